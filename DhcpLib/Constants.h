@@ -1,0 +1,72 @@
+#pragma once
+
+#include <array>
+#include <bit>
+
+#include "DhcpLib/Export.h"
+#include "Kcore/Encoding.h"
+#include "Kcore/Enum.h"
+#include "Kcore/TypeData.h"
+#include "Kcore/Types.h"
+
+namespace DhcpLib {
+
+using Kcore::appendText;
+using Kcore::sequenceToValue;
+using Kcore::stringValue;
+using Kcore::U16;
+using Kcore::U32;
+using Kcore::U64;
+using Kcore::U8;
+using Kcore::operator<<;
+
+/// Direction of a BOOTP message as the relay functions take it (RFC 951, field op).
+enum class BootpOption : U32 { bootpRequest = 1, bootpReply = 2 };
+
+}  // namespace DhcpLib
+
+template <>
+struct Kcore::EnumTable<DhcpLib::BootpOption> {
+    using enum DhcpLib::BootpOption;
+    static constexpr std::string_view name = "BootpOption";
+    static constexpr EnumMember<DhcpLib::BootpOption> members[] = {{bootpRequest, "bootpRequest"},
+                                                                   {bootpReply, "bootpReply"}};
+};
+
+namespace DhcpLib {
+
+inline BootpOption BootpOptionInstance(unsigned number) { return Kcore::enumInstance<BootpOption>(number); }
+inline BootpOption BootpOptionInstance(const Kcore::String& name) { return Kcore::enumInstance<BootpOption>(name); }
+
+/// Numbers that the whole library shares.
+class Constants {
+public:
+    static constexpr U16 dhcpServerPort = 67;
+    static constexpr U16 dhcpClientPort = 68;
+    /// One below the largest value of the one-byte `hops` field, so that a relay still can raise it.
+    static constexpr U8 dhcpHopCountLimit = 254;
+    static constexpr U16 dhcp6ServerPort = 547;
+    static constexpr U16 dhcp6ClientPort = 546;
+    static constexpr U8 dhcp6HopCountLimit = 32;
+    /// The wire bytes 63 82 53 63 (RFC 2131, section 3) as a native load of four bytes gives them: no number in host
+    /// order. On a little-endian host 1666417251.
+    static constexpr U32 dhcpMagicCookie = std::bit_cast<U32>(std::array<U8, 4>{0x63, 0x82, 0x53, 0x63});
+    /// The fixed header up to and including `file`; the magic cookie stands behind it (RFC 2131, section 2).
+    static constexpr U32 bootpHdrSize = 236;
+    static constexpr U16 hardwareTypeEthernet = 1;
+    /// The system's own IANA Private Enterprise Number: marks its block in the vendor-specific sub-option.
+    static constexpr U32 quorvaEntNum = DHCPLIB_ENTERPRISE_NUMBER;
+
+    friend bool operator==(const Constants&, const Constants&) { return true; }
+    static constexpr auto declaration() {
+        using Kcore::constant;
+        return Kcore::declare(
+            "Constants", constant("dhcpServerPort", dhcpServerPort), constant("dhcpClientPort", dhcpClientPort),
+            constant("dhcpHopCountLimit", dhcpHopCountLimit), constant("dhcp6ServerPort", dhcp6ServerPort),
+            constant("dhcp6ClientPort", dhcp6ClientPort), constant("dhcp6HopCountLimit", dhcp6HopCountLimit),
+            constant("dhcpMagicCookie", dhcpMagicCookie), constant("bootpHdrSize", bootpHdrSize),
+            constant("hardwareTypeEthernet", hardwareTypeEthernet), constant("quorvaEntNum", quorvaEntNum));
+    }
+};
+
+}  // namespace DhcpLib

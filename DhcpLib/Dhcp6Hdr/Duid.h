@@ -1,0 +1,123 @@
+#pragma once
+
+#include "DhcpLib/Dhcp6Hdr/OptionView.h"
+#include "Kitnet/EthAddr.h"
+
+namespace DhcpLib {
+
+/// What a DUID says (RFC 8415, section 11; RFC 6355), by its type:
+///   DUID offset 0  type (2)
+///     llt (1)   2  hardware type (2)     4  time, s since 2000 (4)     8  MAC (6)
+///     en (2)    2  enterprise number (4)     6  identifier
+///     ll (3)    2  hardware type (2)     4  MAC (6)
+///     uuid (4)  2  UUID (16)
+/// Fields that the type does not have stay zero or empty. The texts lie in the packet.
+struct DuidFields {
+    U16 duidType = 0;
+    U16 hardwareType = 0;
+    U32 duidTime = 0;
+    Kitnet::EthAddr llAddr;
+    std::string_view uuid;
+    U32 entno = 0;
+    std::string_view entId;
+
+    static constexpr U8 uuidAt = Dhcp6Const::duidType_size;
+    static constexpr U8 entnoAt = Dhcp6Const::duidType_size;
+    static constexpr U8 entIdAt = Dhcp6Const::baseDuiden_size;
+    static constexpr U8 hardwareTypeAt = Dhcp6Const::duidType_size;
+    static constexpr U8 duidTimeAt = hardwareTypeAt + Dhcp6Const::hardwareType_size;
+    static constexpr U8 lltAddrAt = duidTimeAt + Dhcp6Const::duidTime_size;
+    static constexpr U8 llAddrAt = duidTimeAt;
+
+    static bool hasTime(U16 type) { return type == Dhcp6Const::duidType_llt; }
+    static bool hasLinkLayer(U16 type) { return hasTime(type) || type == Dhcp6Const::duidType_ll; }
+    /// Where the MAC stands. Requires: hasLinkLayer(type).
+    static U8 macAt(U16 type) { return hasTime(type) ? lltAddrAt : llAddrAt; }
+    /// The identifier takes the option's length, as it stands in the packet, without 6: for a DUID that does not open
+    /// its option that is more than there is, by contract. The difference wraps at 65536.
+    static U16 entIdBytes(Wire::ByteView bytes, U16 option) {
+        return static_cast<U16>(bytes.load<U16>(optionPosition(option, Dhcp6Const::optlen_offset)) -
+                                Dhcp6Const::baseDuiden_size);
+    }
+};
+
+/// Reads the DUID that stands `offset` bytes behind the code of the option at `option`; nothing is checked against the
+/// option's length.
+inline DuidFields decodeDuid(Wire::ByteView bytes, U16 option, U16 offset) {
+    const auto at = [&](U8 fieldAt) { return optionPosition(option, U32{offset} + fieldAt); };
+    DuidFields duid;
+    duid.duidType = bytes.load<U16>(at(0));
+    if (DuidFields::hasLinkLayer(duid.duidType)) {
+        duid.hardwareType = bytes.load<U16>(at(DuidFields::hardwareTypeAt));
+        if (DuidFields::hasTime(duid.duidType)) duid.duidTime = bytes.load<U32>(at(DuidFields::duidTimeAt));
+        duid.llAddr = bytes.load<Kitnet::EthAddr>(at(DuidFields::macAt(duid.duidType)));
+    } else if (duid.duidType == Dhcp6Const::duidType_uuid) {
+        duid.uuid = bytes.text(at(DuidFields::uuidAt), Dhcp6Const::uuid_size);
+    } else if (duid.duidType == Dhcp6Const::duidType_en) {
+        duid.entno = bytes.load<U32>(at(DuidFields::entnoAt));
+        duid.entId = bytes.text(at(DuidFields::entIdAt), DuidFields::entIdBytes(bytes, option));
+    }
+    return duid;
+}
+
+/// View of the DUID at `offset` inside an option: at 4 it is a whole client-id or server-id, at 8 it stands in a
+/// remote-id. A setter raises Tyk::InternalException, and writes nothing, for a field that the cached `duidType` does
+/// not have: set the type first.
+class DHCPLIB_EXPORT Dhcp6Duid final : public Dhcp6OptionView {
+public:
+    using Ptr = Kcore::Ptr<Dhcp6Duid>;
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+
+    Dhcp6Duid(const Dhcp6OptionPtr& opt, U16 offset) : Dhcp6OptionView(opt), offset_(offset) { handleInitialized(); }
+    static Ptr Dhcp6DuidIs(const Dhcp6OptionPtr& opt, U16 offset);
+    /// Reads the DUID, the first time only.
+    void handleInitialized();
+
+    U16 offset() const { return offset_; }
+    U16 duidType() const { return duidType_; }
+    void duidTypeIs(U16 type);
+    U16 hardwareType() const { return hardwareType_; }
+    void hardwareTypeIs(U16 type);
+    U32 duidTime() const { return duidTime_; }
+    void duidTimeIs(U32 time);
+    const Kitnet::EthAddr& llAddr() const { return llAddr_; }
+    void llAddrIs(const Kitnet::EthAddr& address);
+    const Kcore::String& uuid() const { return uuid_; }
+    /// Takes 16 bytes and refuses every other number of them.
+    void uuidIs(const Kcore::String& uuid);
+    U32 entno() const { return entno_; }
+    void entnoIs(U32 entno);
+    const Kcore::String& entId() const { return entId_; }
+    /// Takes as many bytes as the option's length, as it stands in the packet, leaves behind the first 6.
+    void entIdIs(const Kcore::String& entId);
+
+    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6Duid>(); }
+    static constexpr auto declaration() {
+        using Kcore::attribute;
+        using V = Dhcp6Duid;
+        return declarationOf<V>("Dhcp6Duid", attribute("offset", &V::offset), attribute("duidType", &V::duidType),
+                                attribute("hardwareType", &V::hardwareType), attribute("duidTime", &V::duidTime),
+                                attribute("llAddr", &V::llAddr), attribute("uuid", &V::uuid),
+                                attribute("entno", &V::entno), attribute("entId", &V::entId));
+    }
+
+private:
+    template <class T>
+    void storeField(U8 at, const T& value) {
+        store(U32{offset_} + at, value);
+    }
+
+    U16 offset_;
+    U16 duidType_ = 0;
+    U16 hardwareType_ = 0;
+    U32 duidTime_ = 0;
+    Kitnet::EthAddr llAddr_;
+    Kcore::String uuid_;
+    U32 entno_ = 0;
+    Kcore::String entId_;
+    [[no_unique_address]] KitSlab::Tracked<Dhcp6Duid> tracked_;
+};
+
+DHCPLIB_EXPORT Dhcp6Duid::Ptr dhcp6DuidFactory(const Dhcp6OptionPtr& opt, U16 offset);
+
+}  // namespace DhcpLib

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <optional>
+
+#include "DhcpLib/Dhcp6Hdr/Const.h"
+#include "DhcpLib/PacketView.h"
+#include "Kitnet/NetInteger.h"
+
+namespace DhcpLib {
+
+/// An option's bytes, read where they stand: code (2), length (2), data. An overlay reads the packet at each call and
+/// holds on to it, so that no read passes the packet's end whatever the lengths say; absent bytes read as 0.
+class DHCPLIB_EXPORT Dhcp6OptionNrc {
+public:
+    Dhcp6OptionNrc(const PktPtr& pkt, U16 offset) : pkt_(pkt), offset_(offset) {}
+
+    Kitnet::NetU16 optionCode() const { return field<Kitnet::NetU16>(Dhcp6Const::opttype_offset); }
+    Kitnet::NetU16 optionLen() const { return field<Kitnet::NetU16>(Dhcp6Const::optlen_offset); }
+
+protected:
+    Wire::ByteView bytes() const { return Wire::ByteView(*pkt_); }
+    U32 position(U8 at) const { return U32{offset_} + at; }
+    template <class T>
+    T field(U8 at) const {
+        return bytes().load<T>(position(at));
+    }
+    template <class Overlay, class... More>
+    static constexpr auto declarationOf(std::string_view name, Kcore::Attribute<More>... more) {
+        return Kcore::declare(name, Kcore::attribute("optionCode", &Overlay::optionCode),
+                              Kcore::attribute("optionLen", &Overlay::optionLen), more...);
+    }
+
+public:
+    static constexpr auto declaration() { return declarationOf<Dhcp6OptionNrc>("Dhcp6OptionNrc"); }
+
+private:
+    PktPtr pkt_;
+    U16 offset_;
+};
+
+/// A user class option (RFC 8415, section 21.15): items, each a length (2) and that many bytes.
+class DHCPLIB_EXPORT Dhcp6UserClassOption final : public Dhcp6OptionNrc {
+public:
+    using Dhcp6OptionNrc::Dhcp6OptionNrc;
+
+    /// The item at `index`, counted from 0, cut at the option's end; empty where there is none.
+    Kcore::String userClassData(U16 index) const;
+
+    static constexpr auto declaration() {
+        return declarationOf<Dhcp6UserClassOption>("Dhcp6UserClassOption",
+                                                   Kcore::constant("userClassData", std::string_view("(index)")));
+    }
+};
+
+/// A vendor-specific information option (RFC 8415, section 21.17): enterprise number (4), then vendor options, each
+/// code (2), length (2), data.
+class DHCPLIB_EXPORT Dhcp6VendorSpecificInformationOption final : public Dhcp6OptionNrc {
+public:
+    using Dhcp6OptionNrc::Dhcp6OptionNrc;
+
+    Kitnet::NetU32 enterpriseNumber() const { return field<Kitnet::NetU32>(Dhcp6Const::entno_offset); }
+    /// The data of the first vendor option `code`, cut at the option's end; empty where there is none.
+    /// Requires: an option of at least 4 bytes. The length of what follows the enterprise number wraps at 65536, so
+    /// that a shorter one is searched up to the packet's end.
+    Kcore::String vendorOptionData(U16 code) const;
+
+    static constexpr auto declaration() {
+        using V = Dhcp6VendorSpecificInformationOption;
+        return declarationOf<V>("Dhcp6VendorSpecificInformationOption",
+                                Kcore::attribute("enterpriseNumber", &V::enterpriseNumber),
+                                Kcore::constant("vendorOptionData", std::string_view("(code)")));
+    }
+};
+
+/// A read-only pointer to an overlay; null where there is no such option. The overlay lives as long as the pointer.
+template <class Overlay>
+class Dhcp6OverlayPtr {
+public:
+    Dhcp6OverlayPtr() = default;
+    explicit Dhcp6OverlayPtr(const Overlay& overlay) : overlay_(overlay) {}
+
+    const Overlay* get() const { return overlay_ ? &*overlay_ : nullptr; }
+    const Overlay* operator->() const { return get(); }
+    const Overlay& operator*() const { return *get(); }
+    explicit operator bool() const { return overlay_.has_value(); }
+    friend bool operator==(const Dhcp6OverlayPtr& p, std::nullptr_t) { return !p; }
+
+    void appendText(std::string& out) const { out.append(overlay_ ? "present" : "null"); }
+
+private:
+    std::optional<Overlay> overlay_;
+};
+
+}  // namespace DhcpLib

@@ -1,0 +1,42 @@
+#include "DhcpLib/Dhcp6Hdr/VendorInformation.h"
+
+namespace DhcpLib {
+
+Dhcp6VSI::Ptr dhcp6VSIFactory(const Dhcp6OptionPtr& opt) { return Kcore::makeNode<Dhcp6VSI>(opt); }
+Dhcp6VSI::Ptr Dhcp6VSI::Dhcp6VSIIs(const Dhcp6OptionPtr& opt) { return dhcp6VSIFactory(opt); }
+
+void Dhcp6VSI::handleInitialized() {
+    if (!beginInitialization()) return;
+    read(entno_);
+}
+
+CableLabsSubOption::Ptr cableLabsSubOptionFactory(const PktPtr& pkt, U16 offset) {
+    return Kcore::makeNode<CableLabsSubOption>(pkt, offset);
+}
+CableLabsSubOption::Ptr CableLabsSubOption::CableLabsSubOptionIs(const PktPtr& pkt, U16 offset) {
+    return cableLabsSubOptionFactory(pkt, offset);
+}
+
+void CableLabsSubOption::ip6AddrIs(const Kitnet::Ip6Addr& address, U16 fieldOffset) {
+    Wire::store(*pkt(), optionPosition(offset(), fieldOffset), address);
+}
+
+CableLabsSubOptions::Ptr cableLabsSubOptionsFactory(const PktPtr& pkt, U16 offset) {
+    return Kcore::makeNode<CableLabsSubOptions>(pkt, offset);
+}
+CableLabsSubOptions::Ptr CableLabsSubOptions::CableLabsSubOptionsIs(const PktPtr& pkt, U16 offset) {
+    return cableLabsSubOptionsFactory(pkt, offset);
+}
+
+void CableLabsSubOptions::handleInitialized() {
+    if (!beginInitialization()) return;
+    const Wire::ByteView bytes(*pkt_);
+    const auto inside = [&](U16 cursor) { return U32{offset_} + cursor < bytes.size(); };
+    walkItems<Option6Shape, U16>(bytes, offset_, 0, inside, [&](const auto& head, U16) {
+        optionIs(static_cast<CableLabsSubOptionType>(head.code),
+                 cableLabsSubOptionFactory(pkt_, static_cast<U16>(head.at)));
+        return true;
+    });
+}
+
+}  // namespace DhcpLib

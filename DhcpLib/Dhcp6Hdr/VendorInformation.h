@@ -1,0 +1,97 @@
+#pragma once
+
+#include "DhcpLib/Dhcp6Hdr/OptionView.h"
+#include "Kitnet/IpAddr.h"
+
+namespace DhcpLib {
+
+/// View of a vendor-specific information option (option 17, RFC 8415, section 21.17):
+///   option offset  4  enterprise number (4)     8  that enterprise's own sub-options
+/// Whose sub-options they are is for the caller to look at (Dhcp6Const::cableLabs_entno).
+class DHCPLIB_EXPORT Dhcp6VSI final : public Dhcp6OptionView {
+public:
+    using Ptr = Kcore::Ptr<Dhcp6VSI>;
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+
+    explicit Dhcp6VSI(const Dhcp6OptionPtr& opt) : Dhcp6OptionView(opt) { handleInitialized(); }
+    static Ptr Dhcp6VSIIs(const Dhcp6OptionPtr& opt);
+    /// Reads the enterprise number, the first time only.
+    void handleInitialized();
+
+    U32 entno() const { return entno_.value; }
+    void entnoIs(U32 entno) { write(entno_, entno); }
+
+    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6VSI>(); }
+    static constexpr auto declaration() {
+        return declarationOf<Dhcp6VSI>("Dhcp6VSI", Kcore::attribute("entno", &Dhcp6VSI::entno));
+    }
+
+private:
+    Field<U32, Dhcp6Const::entno_offset> entno_;
+    [[no_unique_address]] KitSlab::Tracked<Dhcp6VSI> tracked_;
+};
+
+DHCPLIB_EXPORT Dhcp6VSI::Ptr dhcp6VSIFactory(const Dhcp6OptionPtr& opt);
+
+struct CableLabsSubOptionTraits {
+    using Type = CableLabsSubOptionType;
+    using Shape = Option6Shape;
+};
+
+/// View of a CableLabs sub-option: code (2), length (2), data. The data of `ccapCoresOpt` (61) are IPv6 addresses.
+class DHCPLIB_EXPORT CableLabsSubOption final : public TlvItem<CableLabsSubOptionTraits> {
+public:
+    using Ptr = Kcore::Ptr<CableLabsSubOption>;
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+
+    using TlvItem::TlvItem;
+    static Ptr CableLabsSubOptionIs(const PktPtr& pkt, U16 offset);
+    /// Writes an address `fieldOffset` bytes behind the code, only the low 8 bits of which count: CCAP core i stands at
+    /// 4 + 16 i. Raises Tyk::InternalException "length value exceeds pkt-length." where it does not fit.
+    void ip6AddrIs(const Kitnet::Ip6Addr& address, U16 fieldOffset);
+
+    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<CableLabsSubOption>(); }
+    static constexpr auto declaration() {
+        return declarationOf<CableLabsSubOption>(
+            "CableLabsSubOption", Kcore::constant("ip6AddrIs", std::string_view("(address, fieldOffset)")));
+    }
+
+private:
+    [[no_unique_address]] KitSlab::Tracked<CableLabsSubOption> tracked_;
+};
+
+DHCPLIB_EXPORT CableLabsSubOption::Ptr cableLabsSubOptionFactory(const PktPtr& pkt, U16 offset);
+
+/// The CableLabs sub-options, by code, from `offset` to the packet's end, whatever the vendor option's length says. The
+/// last of several of one code is kept; the code 0 is an ordinary one, and no end is compared with the packet's.
+class DHCPLIB_EXPORT CableLabsSubOptions final : public OptionMap<CableLabsSubOption> {
+public:
+    using Ptr = Kcore::Ptr<CableLabsSubOptions>;
+    using HN_Option = Map::value_type;  ///< an entry of `option`
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+
+    CableLabsSubOptions(const PktPtr& pkt, U16 offset) : pkt_(pkt), offset_(offset) { handleInitialized(); }
+    static Ptr CableLabsSubOptionsIs(const PktPtr& pkt, U16 offset);
+    void handleInitialized();
+
+    const PktPtr& pkt() const { return pkt_; }
+    U16 offset() const { return offset_; }
+
+    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<CableLabsSubOptions>(); }
+    static constexpr auto declaration() {
+        using Kcore::attribute;
+        using C = CableLabsSubOptions;
+        return Kcore::declare("CableLabsSubOptions", attribute("pkt", &C::pkt_), attribute("offset", &C::offset_),
+                              attribute("option", [](const C& c) -> const Map& { return c.option(); }),
+                              attribute("initialized", &C::initialized));
+    }
+
+private:
+    PktPtr pkt_;
+    U16 offset_;
+    [[no_unique_address]] KitSlab::Tracked<CableLabsSubOptions> tracked_;
+};
+
+DHCPLIB_EXPORT CableLabsSubOptions::Ptr cableLabsSubOptionsFactory(const PktPtr& pkt, U16 offset);
+
+}  // namespace DhcpLib

@@ -1,0 +1,159 @@
+#pragma once
+
+#include "Bridging/Config.h"
+#include "DhcpLib/Dhcp6Hdr/Headers.h"
+#include "DhcpLib/FrameHeaders.h"
+#include "Kitnet/IntfId.h"
+
+namespace DhcpLib {
+
+/// Receive-path parser of DHCPv6 snooping: a frame goes in at its Ethernet header, its fields come out as attributes.
+/// Nothing is cleared between parses: what a parse does not reach keeps the value of the parse before. Use a fresh
+/// parser for each frame, or assign one over it, where that is not wanted.
+/// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2, failed parts of a parse at 1.
+class DHCPLIB_EXPORT Dhcp6PacketParser {
+public:
+    /// `bridgingConfig` may be null for frames without a receiving interface.
+    explicit Dhcp6PacketParser(const Kcore::Ptr<const Bridging::Config>& bridgingConfig)
+        : bridgingConfig_(bridgingConfig) {}
+
+    /// Parses Ethernet, the fixed IPv6 header, UDP and a client/server message; of its options the client identifier
+    /// (1), and of a message that has one the remote-id (37), which is read in the layout `intfIdFormat` whatever its
+    /// sender used. IPv6 extension headers are not walked, relay messages not unwrapped.
+    /// True when a message's options were examined; false, after a trace line, for a frame rejected at any stage.
+    /// Raises Kcore::RangeException for a tag with VLAN 4095.
+    bool doParseDhcp6(const PktPtr& pkt, Kitnet::IntfId srcIntfName);
+
+    const Kcore::Ptr<const Bridging::Config>& bridgingConfig() const { return bridgingConfig_; }
+    U16 etherType() const { return ether_.etherType; }
+    const Kitnet::EthAddr& srcMac() const { return ether_.srcMac; }
+    const Kitnet::EthAddr& dstMac() const { return ether_.dstMac; }
+    bool tagged() const { return ether_.tagged; }
+    Bridging::VlanId vlanId() const { return ether_.vlanId; }
+    U32 etherHdrLen() const { return ether_.etherHdrLen; }
+    bool isIp6() const { return isIp6_; }
+    Kitnet::IpProtocolNumber ipProtocol() const { return ipProtocol_; }
+    const Kitnet::Ip6Addr& srcIp6() const { return srcIp6_; }
+    const Kitnet::Ip6Addr& dstIp6() const { return dstIp6_; }
+    U32 ip6HdrLen() const { return ip6HdrLen_; }
+    bool isUdp() const { return isUdp_; }
+    Kitnet::UdpPort udpSrcPort() const { return udp_.src; }
+    Kitnet::UdpPort udpDstPort() const { return udp_.dst; }
+    /// The UDP header's length field.
+    U32 udpLen() const { return udpLen_; }
+    bool isDhcp6() const { return isDhcp6_; }
+    Dhcp6MsgType dhcp6MsgType() const { return dhcp6MsgType_; }
+    const Dhcp6Xid& dhcp6Xid() const { return dhcp6Xid_; }
+    bool dhcp6ClientMsg() const { return dhcp6ClientMsg_; }
+    /// Position of the first option in the packet.
+    U16 dhcp6OptionsOffset() const { return dhcp6OptionsOffset_; }
+    bool rIdOption() const { return rId_.found.present; }
+    /// Position of the option in the packet.
+    U32 rIdOptOffset() const { return rId_.found.offset; }
+    U16 rIdOptLen() const { return rId_.found.len; }
+    U32 rIdEntno() const { return rId_.entno; }
+    U16 rIdDuidType() const { return rId_.duidType; }
+    U16 rIdDuidHwType() const { return rId_.duidHwType; }
+    const Kitnet::EthAddr& rIdDuidllAddr() const { return rId_.duidllAddr; }
+    U64 rIdL3IntfId() const { return rId_.l3IntfId; }
+    const Kitnet::IntfId& rIdL2IntfId() const { return rId_.l2IntfId; }
+    Bridging::VlanId rIdVlanId() const { return rId_.vlanId; }
+    /// Whether the remote-id's interface and VLAN text could be read.
+    bool l2PortInfoValid() const { return l2PortInfoValid_; }
+    bool cIdOption() const { return cId_.found.present; }
+    /// Position of the option in the packet.
+    U32 cIdOptOffset() const { return cId_.found.offset; }
+    U16 cIdOptLen() const { return cId_.found.len; }
+    U16 cIdDuidType() const { return cId_.duidType; }
+    U16 cIdDuidHwType() const { return cId_.duidHwType; }
+    const Kitnet::EthAddr& cIdDuidllAddr() const { return cId_.duidllAddr; }
+    const Kcore::String& cIdDuidUuid() const { return cId_.duidUuid; }
+    U32 cIdDuidEntno() const { return cId_.duidEntno; }
+    const Kcore::String& cIdDuidEntId() const { return cId_.duidEntId; }
+
+    /// Whether any attribute differs from those of a parser with a null configuration.
+    explicit operator bool() const { return !(*this == Dhcp6PacketParser(Kcore::Ptr<const Bridging::Config>())); }
+    friend bool operator==(const Dhcp6PacketParser& a, const Dhcp6PacketParser& b) {
+        return Kcore::equalAttributes(a, b);
+    }
+    std::size_t hash() const { return Kcore::hashAttributes(*this); }
+    static constexpr auto declaration() {
+        using Kcore::attribute;
+        using P = Dhcp6PacketParser;
+        return Kcore::declare(
+            "Dhcp6PacketParser", attribute("bridgingConfig", &P::bridgingConfig), attribute("etherType", &P::etherType),
+            attribute("srcMac", &P::srcMac), attribute("dstMac", &P::dstMac), attribute("tagged", &P::tagged),
+            attribute("vlanId", &P::vlanId), attribute("etherHdrLen", &P::etherHdrLen), attribute("isIp6", &P::isIp6),
+            attribute("ipProtocol", &P::ipProtocol), attribute("srcIp6", &P::srcIp6), attribute("dstIp6", &P::dstIp6),
+            attribute("ip6HdrLen", &P::ip6HdrLen), attribute("isUdp", &P::isUdp),
+            attribute("udpSrcPort", &P::udpSrcPort), attribute("udpDstPort", &P::udpDstPort),
+            attribute("udpLen", &P::udpLen), attribute("isDhcp6", &P::isDhcp6),
+            attribute("dhcp6MsgType", &P::dhcp6MsgType), attribute("dhcp6Xid", &P::dhcp6Xid),
+            attribute("dhcp6ClientMsg", &P::dhcp6ClientMsg), attribute("dhcp6OptionsOffset", &P::dhcp6OptionsOffset),
+            attribute("rIdOption", &P::rIdOption), attribute("rIdOptOffset", &P::rIdOptOffset),
+            attribute("rIdOptLen", &P::rIdOptLen), attribute("rIdEntno", &P::rIdEntno),
+            attribute("rIdDuidType", &P::rIdDuidType), attribute("rIdDuidHwType", &P::rIdDuidHwType),
+            attribute("rIdDuidllAddr", &P::rIdDuidllAddr), attribute("rIdL3IntfId", &P::rIdL3IntfId),
+            attribute("rIdL2IntfId", &P::rIdL2IntfId), attribute("rIdVlanId", &P::rIdVlanId),
+            attribute("l2PortInfoValid", &P::l2PortInfoValid), attribute("cIdOption", &P::cIdOption),
+            attribute("cIdOptOffset", &P::cIdOptOffset), attribute("cIdOptLen", &P::cIdOptLen),
+            attribute("cIdDuidType", &P::cIdDuidType), attribute("cIdDuidHwType", &P::cIdDuidHwType),
+            attribute("cIdDuidllAddr", &P::cIdDuidllAddr), attribute("cIdDuidUuid", &P::cIdDuidUuid),
+            attribute("cIdDuidEntno", &P::cIdDuidEntno), attribute("cIdDuidEntId", &P::cIdDuidEntId));
+    }
+
+private:
+    /// An option where the walk came across it.
+    struct FoundOption {
+        bool present = false;
+        U16 len = 0;
+        U32 offset = 0;
+    };
+    struct ClientId {
+        FoundOption found;
+        U16 duidType = 0;
+        U16 duidHwType = 0;
+        Kitnet::EthAddr duidllAddr;
+        U32 duidEntno = 0;
+        Kcore::String duidUuid;
+        Kcore::String duidEntId;
+    };
+    struct RemoteId {
+        FoundOption found;
+        U32 entno = 0;
+        U16 duidType = 0;
+        U16 duidHwType = 0;
+        Kitnet::EthAddr duidllAddr;
+        Bridging::VlanId vlanId;
+        U64 l3IntfId = 0;
+        Kitnet::IntfId l2IntfId;
+    };
+
+    bool parseIp6Hdr(Wire::ByteView bytes);
+    bool parseUdpHdr(Wire::ByteView bytes, U32 udpAt);
+    bool parseMsgHdr(Wire::ByteView bytes, U32 msgAt);
+    void parseOptions(Wire::ByteView bytes);
+    void parseClientId(Wire::ByteView bytes);
+    void parseRemoteId(Wire::ByteView bytes);
+
+    Kcore::Ptr<const Bridging::Config> bridgingConfig_;
+    EthernetFields ether_;
+    bool isIp6_ = false;
+    bool isUdp_ = false;
+    bool isDhcp6_ = false;
+    bool dhcp6ClientMsg_ = false;
+    bool l2PortInfoValid_ = false;
+    Kitnet::IpProtocolNumber ipProtocol_;
+    Kitnet::Ip6Addr srcIp6_;
+    Kitnet::Ip6Addr dstIp6_;
+    U32 ip6HdrLen_ = 0;
+    UdpPorts udp_;
+    U32 udpLen_ = 0;
+    Dhcp6MsgType dhcp6MsgType_{};
+    Dhcp6Xid dhcp6Xid_;
+    U16 dhcp6OptionsOffset_ = 0;
+    ClientId cId_;
+    RemoteId rId_;
+};
+
+}  // namespace DhcpLib

@@ -1,0 +1,212 @@
+#pragma once
+
+#include <type_traits>
+
+#include "DhcpLib/DhcpHdr/Enums.h"
+#include "DhcpLib/PacketView.h"
+#include "Kitnet/EthAddr.h"
+#include "Kitnet/IpAddr.h"
+
+namespace DhcpLib {
+
+/// The first 34 bytes of the BOOTP header (RFC 2131, figure 1) as they stand on the wire:
+///    0 op   1 htype   2 hlen   3 hops   4 xid (4)   8 secs (2)   10 flags (2)
+///   12 ciaddr (4)   16 yiaddr (4)   20 siaddr (4)   24 giaddr (4)   28 chaddr (first 6 of 16)
+/// The other 202 bytes up to the magic cookie have no record.
+class DhcpHdr {
+public:
+    constexpr DhcpHdr() = default;
+
+    BootpOp op() const { return op_; }
+    void opIs(BootpOp op) { op_ = op; }
+    /// `bootpOpUnknown` for every op byte but 1 and 2.
+    BootpOpType bootpOp() const {
+        return op_.value() == 1 || op_.value() == 2 ? static_cast<BootpOpType>(op_.value())
+                                                    : BootpOpType::bootpOpUnknown;
+    }
+    void bootpOpIs(BootpOpType type) { op_ = BootpOp(static_cast<U8>(type)); }
+    U8 htype() const { return htype_; }
+    void htypeIs(U8 htype) { htype_ = htype; }
+    U8 hlen() const { return hlen_; }
+    void hlenIs(U8 hlen) { hlen_ = hlen; }
+    U8 hops() const { return hops_; }
+    void hopsIs(U8 hops) { hops_ = hops; }
+    /// Wraps at 256. Keeping to Constants::dhcpHopCountLimit is the caller's part.
+    void hopsInc(U8 n) { hops_ = static_cast<U8>(hops_ + n); }
+    Kitnet::NetU32 xid() const { return xid_; }
+    void xidIs(Kitnet::NetU32 xid) { xid_ = xid; }
+    U32 xidU32() const { return xid_.value(); }
+    void xidU32Is(U32 xid) { xid_.valueIs(xid); }
+    Kitnet::NetU16 secs() const { return secs_; }
+    void secsIs(Kitnet::NetU16 secs) { secs_ = secs; }
+    U16 secsU16() const { return secs_.value(); }
+    void secsU16Is(U16 secs) { secs_.valueIs(secs); }
+    Kitnet::NetU16 flags() const { return flags_; }
+    void flagsIs(Kitnet::NetU16 flags) { flags_ = flags; }
+    U16 flagsU16() const { return flags_.value(); }
+    void flagsU16Is(U16 flags) { flags_.valueIs(flags); }
+    Kitnet::IpAddr ciaddr() const { return ciaddr_; }
+    void ciaddrIs(Kitnet::IpAddr ciaddr) { ciaddr_ = ciaddr; }
+    Kitnet::IpAddr yiaddr() const { return yiaddr_; }
+    void yiaddrIs(Kitnet::IpAddr yiaddr) { yiaddr_ = yiaddr; }
+    Kitnet::IpAddr siaddr() const { return siaddr_; }
+    void siaddrIs(Kitnet::IpAddr siaddr) { siaddr_ = siaddr; }
+    Kitnet::IpAddr giaddr() const { return giaddr_; }
+    void giaddrIs(Kitnet::IpAddr giaddr) { giaddr_ = giaddr; }
+    Kitnet::EthAddr chaddr() const { return chaddr_; }
+    void chaddrIs(const Kitnet::EthAddr& chaddr) { chaddr_ = chaddr; }
+    /// Bit 15 of `flags`.
+    static constexpr Kitnet::NetU16 broadcastFlag() { return Kitnet::NetU16(0x8000); }
+
+    static DhcpHdr fromBytes(const U8* bytes) {
+        DhcpHdr header;
+        std::memcpy(static_cast<void*>(&header), bytes, sizeof header);
+        return header;
+    }
+    const U8* bytes() const { return reinterpret_cast<const U8*>(this); }
+
+    friend bool operator==(const DhcpHdr& a, const DhcpHdr& b) { return Kcore::equalAttributes(a, b); }
+    std::size_t hash() const { return Kcore::hashAttributes(*this); }
+    static constexpr auto declaration() {
+        using Kcore::attribute;
+        using Kcore::derived;
+        return Kcore::declare("DhcpHdr", attribute("op", &DhcpHdr::op_), attribute("htype", &DhcpHdr::htype_),
+                              attribute("hlen", &DhcpHdr::hlen_), attribute("hops", &DhcpHdr::hops_),
+                              attribute("xid", &DhcpHdr::xid_), attribute("secs", &DhcpHdr::secs_),
+                              attribute("flags", &DhcpHdr::flags_), attribute("ciaddr", &DhcpHdr::ciaddr_),
+                              attribute("yiaddr", &DhcpHdr::yiaddr_), attribute("siaddr", &DhcpHdr::siaddr_),
+                              attribute("giaddr", &DhcpHdr::giaddr_), attribute("chaddr", &DhcpHdr::chaddr_),
+                              derived("xidU32", &DhcpHdr::xidU32), derived("secsU16", &DhcpHdr::secsU16),
+                              derived("flagsU16", &DhcpHdr::flagsU16), derived("bootpOp", &DhcpHdr::bootpOp),
+                              Kcore::constant("broadcastFlag", broadcastFlag()));
+    }
+
+private:
+    BootpOp op_;
+    U8 htype_ = 0;
+    U8 hlen_ = 0;
+    U8 hops_ = 0;
+    Kitnet::NetU32 xid_;
+    Kitnet::NetU16 secs_;
+    Kitnet::NetU16 flags_;
+    Kitnet::IpAddr ciaddr_;
+    Kitnet::IpAddr yiaddr_;
+    Kitnet::IpAddr siaddr_;
+    Kitnet::IpAddr giaddr_;
+    Kitnet::EthAddr chaddr_;
+};
+static_assert(sizeof(DhcpHdr) == 34 && alignof(DhcpHdr) == 1 && std::is_trivially_copyable_v<DhcpHdr>);
+
+/// View of the BOOTP header at `offset` of a packet. Getters read the packet through `header` and give zero while there
+/// is none; setters write the packet and do nothing then.
+/// After the packet has grown at its head the view is stale: call handleHeader() again, or make a new one.
+class DHCPLIB_EXPORT DhcpHdrWrapper final : public PacketView {
+public:
+    using Ptr = Kcore::Ptr<DhcpHdrWrapper>;
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+
+    /// Requires: the packet's front segment holds 34 bytes from `offset` on. Asserts otherwise, as handleHeader().
+    DhcpHdrWrapper(const PktPtr& pkt, U32 offset) : PacketView(pkt), offset_(offset) { handleHeader(); }
+    static Ptr DhcpHdrWrapperIs(const PktPtr& pkt, U32 offset);
+
+    U32 offset() const { return offset_; }
+    /// The record inside the packet; null where the packet does not hold it (any more).
+    const DhcpHdr* header() const { return const_cast<DhcpHdrWrapper*>(this)->header(); }
+    DhcpHdr* header();
+    /// Points the view at the packet's current bytes. Asserts "( offset_ + sizeof( DhcpHdr ) ) <= pkt_->frontBytes()".
+    void handleHeader();
+
+    BootpOp op() const { return get(&DhcpHdr::op); }
+    void opIs(BootpOp op) { set(&DhcpHdr::opIs, op); }
+    U8 htype() const { return get(&DhcpHdr::htype); }
+    void htypeIs(U8 htype) { set(&DhcpHdr::htypeIs, htype); }
+    U8 hlen() const { return get(&DhcpHdr::hlen); }
+    void hlenIs(U8 hlen) { set(&DhcpHdr::hlenIs, hlen); }
+    U8 hops() const { return get(&DhcpHdr::hops); }
+    void hopsIs(U8 hops) { set(&DhcpHdr::hopsIs, hops); }
+    U32 xid() const { return get(&DhcpHdr::xidU32); }
+    void xidIs(U32 xid) { set(&DhcpHdr::xidU32Is, xid); }
+    U16 secs() const { return get(&DhcpHdr::secsU16); }
+    void secsIs(U16 secs) { set(&DhcpHdr::secsU16Is, secs); }
+    U16 flags() const { return get(&DhcpHdr::flagsU16); }
+    void flagsIs(U16 flags) { set(&DhcpHdr::flagsU16Is, flags); }
+    Kitnet::IpAddr ciaddr() const { return get(&DhcpHdr::ciaddr); }
+    void ciaddrIs(Kitnet::IpAddr ciaddr) { set(&DhcpHdr::ciaddrIs, ciaddr); }
+    Kitnet::IpAddr yiaddr() const { return get(&DhcpHdr::yiaddr); }
+    void yiaddrIs(Kitnet::IpAddr yiaddr) { set(&DhcpHdr::yiaddrIs, yiaddr); }
+    Kitnet::IpAddr siaddr() const { return get(&DhcpHdr::siaddr); }
+    void siaddrIs(Kitnet::IpAddr siaddr) { set(&DhcpHdr::siaddrIs, siaddr); }
+    Kitnet::IpAddr giaddr() const { return get(&DhcpHdr::giaddr); }
+    void giaddrIs(Kitnet::IpAddr giaddr) { set(&DhcpHdr::giaddrIs, giaddr); }
+    Kitnet::EthAddr chaddr() const { return get(&DhcpHdr::chaddr); }
+    void chaddrIs(const Kitnet::EthAddr& chaddr) { set(&DhcpHdr::chaddrIs, chaddr); }
+
+    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpHdrWrapper>(); }
+    static constexpr auto declaration() {
+        using Kcore::attribute;
+        using W = DhcpHdrWrapper;
+        return Kcore::declare("DhcpHdrWrapper", attribute("pkt", &W::pkt), attribute("offset", &W::offset_),
+                              attribute("header", [](const W& w) { return w.header(); }), attribute("op", &W::op),
+                              attribute("htype", &W::htype), attribute("hlen", &W::hlen), attribute("hops", &W::hops),
+                              attribute("xid", &W::xid), attribute("secs", &W::secs), attribute("flags", &W::flags),
+                              attribute("ciaddr", &W::ciaddr), attribute("yiaddr", &W::yiaddr),
+                              attribute("siaddr", &W::siaddr), attribute("giaddr", &W::giaddr),
+                              attribute("chaddr", &W::chaddr));
+    }
+
+private:
+    template <class T>
+    T get(T (DhcpHdr::*field)() const) const {
+        const DhcpHdr* record = header();
+        return record != nullptr ? (record->*field)() : T{};
+    }
+    template <class T, class V>
+    void set(void (DhcpHdr::*field)(T), const V& value) {
+        if (DhcpHdr* record = header()) (record->*field)(value);
+    }
+
+    U32 offset_;
+    bool hasHeader_ = false;
+    [[no_unique_address]] KitSlab::Tracked<DhcpHdrWrapper> tracked_;
+};
+
+DHCPLIB_EXPORT DhcpHdrWrapper::Ptr dhcpHdrWrapperFactory(const PktPtr& pkt, U32 offset);
+
+/// View of the four bytes that make a BOOTP message a DHCP message (RFC 2131, section 3), at BOOTP header + 236.
+/// Bytes past the packet's end read as 0; a wrong cookie is no error.
+class DHCPLIB_EXPORT MagicCookie final : public PacketView {
+public:
+    using Ptr = Kcore::Ptr<MagicCookie>;
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+
+    MagicCookie(const PktPtr& pkt, U16 offset) : PacketView(pkt), offset_(offset) { handleInitialized(); }
+    static Ptr MagicCookieIs(const PktPtr& pkt, U16 offset);
+
+    /// Reads the packet, the first time only.
+    void handleInitialized();
+    U16 offset() const { return offset_; }
+    /// The four bytes as loaded, without a change of order.
+    U32 cookie() const { return cookie_; }
+    bool isDhcpMagicCookie() const { return isDhcpMagicCookie_; }
+    bool initialized() const { return initialized_; }
+
+    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<MagicCookie>(); }
+    static constexpr auto declaration() {
+        using Kcore::attribute;
+        return Kcore::declare("MagicCookie", attribute("pkt", &MagicCookie::pkt),
+                              attribute("offset", &MagicCookie::offset_), attribute("cookie", &MagicCookie::cookie_),
+                              attribute("isDhcpMagicCookie", &MagicCookie::isDhcpMagicCookie_),
+                              attribute("initialized", &MagicCookie::initialized_));
+    }
+
+private:
+    U16 offset_;
+    U32 cookie_ = 0;
+    bool isDhcpMagicCookie_ = false;
+    bool initialized_ = false;
+    [[no_unique_address]] KitSlab::Tracked<MagicCookie> tracked_;
+};
+
+DHCPLIB_EXPORT MagicCookie::Ptr magicCookieFactory(const PktPtr& pkt, U16 offset);
+
+}  // namespace DhcpLib

@@ -1,0 +1,48 @@
+#include "DhcpLib/DhcpHdr/Options.h"
+
+namespace DhcpLib {
+
+DhcpMsgOption::Ptr dhcpMsgOptionFactory(const PktPtr& pkt, U16 offset) {
+    return Kcore::makeNode<DhcpMsgOption>(pkt, offset);
+}
+DhcpMsgOption::Ptr DhcpMsgOption::DhcpMsgOptionIs(const PktPtr& pkt, U16 offset) {
+    return dhcpMsgOptionFactory(pkt, offset);
+}
+
+DhcpInformationSubOption::Ptr dhcpInformationSubOptionFactory(const PktPtr& pkt, U16 offset) {
+    return Kcore::makeNode<DhcpInformationSubOption>(pkt, offset);
+}
+DhcpInformationSubOption::Ptr DhcpInformationSubOption::DhcpInformationSubOptionIs(const PktPtr& pkt, U16 offset) {
+    return dhcpInformationSubOptionFactory(pkt, offset);
+}
+
+DhcpMsgOptions::Ptr dhcpMsgOptionsFactory(const PktPtr& pkt, U16 offset) {
+    return Kcore::makeNode<DhcpMsgOptions>(pkt, offset);
+}
+DhcpMsgOptions::Ptr DhcpMsgOptions::DhcpMsgOptionsIs(const PktPtr& pkt, U16 offset) {
+    return dhcpMsgOptionsFactory(pkt, offset);
+}
+
+void DhcpMsgOptions::handleInitialized() {
+    if (!beginInitialization()) return;
+    walkMsgOptions(Wire::ByteView(*pkt_), offset_, 0, [&](const auto& head) {
+        keepFirst(pkt_, head.code, head.at);
+        return true;
+    });
+}
+
+DhcpInformationSubOptions::Ptr dhcpInformationSubOptionsFactory(const DhcpMsgOption::Ptr& opt) {
+    return Kcore::makeNode<DhcpInformationSubOptions>(opt);
+}
+DhcpInformationSubOptions::Ptr DhcpInformationSubOptions::DhcpInformationSubOptionsIs(const DhcpMsgOption::Ptr& opt) {
+    return dhcpInformationSubOptionsFactory(opt);
+}
+
+void DhcpInformationSubOptions::handleInitialized() {
+    if (!beginInitialization()) return;
+    const PktPtr& pkt = opt_->pkt();
+    walkSubItems(Wire::ByteView(*pkt), opt_->offset(), DhcpConst::optdata_offset, opt_->len(),
+                 [&](const auto& head) { keepFirst(pkt, head.code, head.at); });
+}
+
+}  // namespace DhcpLib

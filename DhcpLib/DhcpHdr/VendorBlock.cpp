@@ -1,0 +1,69 @@
+#include "DhcpLib/DhcpHdr/VendorBlock.h"
+
+#include "DhcpLib/DhcpHdr/Header.h"
+
+namespace DhcpLib {
+
+namespace {
+
+const Kcore::ModuleTypes<DhcpConst, BootpOp, Flags, DhcpHdr, DhcpHdrWrapper, MagicCookie, DhcpMsgOption, DhcpMsgOptions,
+                         DhcpInformationSubOption, DhcpInformationSubOptions, QuorvaSpecificSubOptionSubOpt,
+                         DhcpVendorSpecificData, DhcpVendorSpecificSubOpt>
+    registration{"DhcpLib/DhcpHdr"};
+
+}  // namespace
+
+QuorvaSpecificSubOptionSubOpt::Ptr quorvaSpecificSubOptionSubOptFactory(const PktPtr& pkt, U16 offset) {
+    return Kcore::makeNode<QuorvaSpecificSubOptionSubOpt>(pkt, offset);
+}
+QuorvaSpecificSubOptionSubOpt::Ptr QuorvaSpecificSubOptionSubOpt::QuorvaSpecificSubOptionSubOptIs(const PktPtr& pkt,
+                                                                                                  U16 offset) {
+    return quorvaSpecificSubOptionSubOptFactory(pkt, offset);
+}
+
+DhcpVendorSpecificData::Ptr dhcpVendorSpecificDataFactory(const PktPtr& pkt, U16 offset, U32 entno, U8 len) {
+    return Kcore::makeNode<DhcpVendorSpecificData>(pkt, offset, entno, len);
+}
+DhcpVendorSpecificData::Ptr DhcpVendorSpecificData::DhcpVendorSpecificDataIs(const PktPtr& pkt, U16 offset, U32 entno,
+                                                                             U8 len) {
+    return dhcpVendorSpecificDataFactory(pkt, offset, entno, len);
+}
+
+void DhcpVendorSpecificData::handleInitialized() {
+    if (initialized()) return;
+    writeHeader();
+    beginInitialization();
+    walkSubItems(Wire::ByteView(*pkt_), offset_, vendorBlockHeaderBytes, len_,
+                 [&](const auto& head) { keepFirst(pkt_, head.code, head.at); });
+}
+
+/// Leaves bytes alone that are right already, so that looking at a block never dirties a shared packet.
+void DhcpVendorSpecificData::writeHeader() {
+    const Wire::ByteView bytes(*pkt_);
+    const U16 lenAt = static_cast<U16>(offset_ + DhcpConst::entno_offset);
+    Wire::requireRoom(*pkt_, offset_, DhcpConst::entno_offset);
+    Wire::requireRoom(*pkt_, lenAt, 1);
+    if (bytes.load<U32>(offset_) != entno_) Wire::store<U32>(*pkt_, offset_, entno_);
+    if (bytes.load<U8>(lenAt) != len_) Wire::store<U8>(*pkt_, lenAt, len_);
+}
+
+DhcpVendorSpecificSubOpt::Ptr dhcpVendorSpecificSubOptFactory(const DhcpInformationSubOption::Ptr& opt) {
+    return Kcore::makeNode<DhcpVendorSpecificSubOpt>(opt);
+}
+DhcpVendorSpecificSubOpt::Ptr DhcpVendorSpecificSubOpt::DhcpVendorSpecificSubOptIs(
+    const DhcpInformationSubOption::Ptr& opt) {
+    return dhcpVendorSpecificSubOptFactory(opt);
+}
+
+void DhcpVendorSpecificSubOpt::handleInitialized() {
+    if (initialized_) return;
+    initialized_ = true;
+    const Wire::ByteView bytes(*opt_->pkt());
+    U16 block = 0;
+    VendorBlockHead head;
+    if (!findQuorvaBlockOfSubOption(bytes, opt_->offset(), opt_->len(), &block)) return;
+    if (vendorBlockAt(bytes, block, &head))
+        quorvaSpecificOpt_ = dhcpVendorSpecificDataFactory(opt_->pkt(), block, head.entno, head.len);
+}
+
+}  // namespace DhcpLib

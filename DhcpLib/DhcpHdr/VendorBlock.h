@@ -1,0 +1,151 @@
+#pragma once
+
+#include "DhcpLib/DhcpHdr/Options.h"
+
+namespace DhcpLib {
+
+struct QuorvaSpecificSubOptionSubOptTraits {
+    using Type = DhcpVendorSpecificDataType;
+    using Shape = SubOptionShape;
+};
+
+/// View of a data item in the system's own enterprise block: code (1), length (1), data. No pads.
+class DHCPLIB_EXPORT QuorvaSpecificSubOptionSubOpt final : public TlvItem<QuorvaSpecificSubOptionSubOptTraits> {
+public:
+    using Ptr = Kcore::Ptr<QuorvaSpecificSubOptionSubOpt>;
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+
+    using TlvItem::TlvItem;
+    static Ptr QuorvaSpecificSubOptionSubOptIs(const PktPtr& pkt, U16 offset);
+
+    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<QuorvaSpecificSubOptionSubOpt>(); }
+    static constexpr auto declaration() {
+        return declarationOf<QuorvaSpecificSubOptionSubOpt>("QuorvaSpecificSubOptionSubOpt");
+    }
+
+private:
+    [[no_unique_address]] KitSlab::Tracked<QuorvaSpecificSubOptionSubOpt> tracked_;
+};
+
+DHCPLIB_EXPORT QuorvaSpecificSubOptionSubOpt::Ptr quorvaSpecificSubOptionSubOptFactory(const PktPtr& pkt, U16 offset);
+
+/// An enterprise block of the vendor-specific sub-option (RFC 4243, section 4), with its data items by code:
+///   offset 0  enterprise number (4)     4  length of the data (1)     5  data items
+inline constexpr U32 vendorBlockHeaderBytes = DhcpConst::entno_offset + 1;
+
+struct VendorBlockHead {
+    U32 entno;
+    U8 len;
+};
+/// The block at `pos`, if its header lies in the packet.
+template <std::unsigned_integral Pos>
+bool vendorBlockAt(Wire::ByteView bytes, Pos pos, VendorBlockHead* head) {
+    const Pos lenAt = static_cast<Pos>(pos + DhcpConst::entno_offset);
+    if (!bytes.has(pos, DhcpConst::entno_offset) || !bytes.has(lenAt, 1)) return false;
+    *head = {bytes.load<U32>(pos), bytes.load<U8>(lenAt)};
+    return true;
+}
+
+/// Finds the system's block among the blocks from `pos` on, in `*found`. The first block is always examined; the walk
+/// ends when the blocks passed take `total` bytes or more, or at a block whose header is not in the packet.
+/// Positions are taken in the width of `Pos`.
+template <std::unsigned_integral Pos>
+bool findQuorvaBlock(Wire::ByteView bytes, Pos pos, U32 total, Pos* found) {
+    VendorBlockHead head;
+    for (U32 passed = 0; vendorBlockAt(bytes, pos, &head);) {
+        if (head.entno == Constants::quorvaEntNum) return *found = pos, true;
+        passed += head.len + vendorBlockHeaderBytes;
+        pos = static_cast<Pos>(pos + head.len + vendorBlockHeaderBytes);
+        if (passed >= total) return false;
+    }
+    return false;
+}
+
+/// View of one enterprise block. Making it writes the block's number and length into the packet (where they do not
+/// stand there already), so it lays down the header of a new block; the items come from the `len` bytes behind it, the
+/// first of one code is kept. Raises Tyk::InternalException "length value exceeds pkt-length." if the header does not
+/// fit.
+class DHCPLIB_EXPORT DhcpVendorSpecificData final : public OptionMap<QuorvaSpecificSubOptionSubOpt> {
+public:
+    using Ptr = Kcore::Ptr<DhcpVendorSpecificData>;
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+
+    DhcpVendorSpecificData(const PktPtr& pkt, U16 offset, U32 entno, U8 len)
+        : pkt_(pkt), offset_(offset), entno_(entno), len_(len) {
+        handleInitialized();
+    }
+    static Ptr DhcpVendorSpecificDataIs(const PktPtr& pkt, U16 offset, U32 entno, U8 len);
+    void handleInitialized();
+
+    const PktPtr& pkt() const { return pkt_; }
+    U16 offset() const { return offset_; }
+    U32 entno() const { return entno_; }
+    U8 len() const { return len_; }
+
+    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpVendorSpecificData>(); }
+    static constexpr auto declaration() {
+        using Kcore::attribute;
+        using C = DhcpVendorSpecificData;
+        return Kcore::declare("DhcpVendorSpecificData", attribute("pkt", &C::pkt_), attribute("offset", &C::offset_),
+                              attribute("entno", &C::entno_), attribute("len", &C::len_),
+                              attribute("option", [](const C& c) -> const Map& { return c.option(); }),
+                              attribute("initialized", &C::initialized));
+    }
+
+private:
+    void writeHeader();
+
+    PktPtr pkt_;
+    U16 offset_;
+    U32 entno_;
+    U8 len_;
+    [[no_unique_address]] KitSlab::Tracked<DhcpVendorSpecificData> tracked_;
+};
+
+DHCPLIB_EXPORT DhcpVendorSpecificData::Ptr dhcpVendorSpecificDataFactory(const PktPtr& pkt, U16 offset, U32 entno,
+                                                                         U8 len);
+
+/// View of sub-option 9 that finds the system's own block: `quorvaSpecificOpt`, null where there is none.
+/// A sub-option of less than 3 bytes is not searched.
+class DHCPLIB_EXPORT DhcpVendorSpecificSubOpt final : public Kcore::Node, public KitSlab::SlabObject {
+public:
+    using Ptr = Kcore::Ptr<DhcpVendorSpecificSubOpt>;
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+
+    explicit DhcpVendorSpecificSubOpt(const DhcpInformationSubOption::Ptr& opt) : opt_(opt) { handleInitialized(); }
+    static Ptr DhcpVendorSpecificSubOptIs(const DhcpInformationSubOption::Ptr& opt);
+    void handleInitialized();
+
+    const DhcpInformationSubOption::Ptr& opt() const { return opt_; }
+    const DhcpVendorSpecificData::Ptr& quorvaSpecificOpt() const { return quorvaSpecificOpt_; }
+    bool initialized() const { return initialized_; }
+
+    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpVendorSpecificSubOpt>(); }
+    static constexpr auto declaration() {
+        using Kcore::attribute;
+        using C = DhcpVendorSpecificSubOpt;
+        return Kcore::declare("DhcpVendorSpecificSubOpt", attribute("opt", &C::opt_),
+                              attribute("quorvaSpecificOpt", &C::quorvaSpecificOpt_),
+                              attribute("initialized", &C::initialized_));
+    }
+
+private:
+    DhcpInformationSubOption::Ptr opt_;
+    DhcpVendorSpecificData::Ptr quorvaSpecificOpt_;
+    bool initialized_ = false;
+    [[no_unique_address]] KitSlab::Tracked<DhcpVendorSpecificSubOpt> tracked_;
+};
+
+DHCPLIB_EXPORT DhcpVendorSpecificSubOpt::Ptr dhcpVendorSpecificSubOptFactory(const DhcpInformationSubOption::Ptr& opt);
+
+/// Where the view of a sub-option 9 at `offset` with `len` data bytes finds the system's block, in `*found`.
+inline bool findQuorvaBlockOfSubOption(Wire::ByteView bytes, U16 offset, U8 len, U16* found) {
+    // A block is searched for only while the bytes passed, counted from the sub-option's code, are below its length:
+    // the comparison takes the two header bytes along, by contract.
+    constexpr U8 shortestSearched = 3;
+    if (len < shortestSearched) return false;
+    const U16 first = static_cast<U16>(offset + DhcpConst::optdata_offset);
+    return findQuorvaBlock<U16>(bytes, first, len - U32{DhcpConst::optdata_offset}, found);
+}
+
+}  // namespace DhcpLib

@@ -1,0 +1,22 @@
+#include "DhcpLib/DhcpLib.h"
+
+namespace DhcpLib {
+
+namespace {
+
+const Kcore::ModuleTypes<Constants, LeaseQueryHelperWrapper> registration{"DhcpLib/DhcpLib"};
+
+}  // namespace
+
+LeaseQueryHelperWrapper::Ptr leaseQueryHelperWrapperFactory() { return Kcore::makeNode<LeaseQueryHelperWrapper>(); }
+LeaseQueryHelperWrapper::Ptr LeaseQueryHelperWrapper::LeaseQueryHelperWrapperIs() {
+    return leaseQueryHelperWrapperFactory();
+}
+
+PktPtr LeaseQueryHelperWrapper::buildDhcpLeaseQueryWrapper(bool queryByMAC, Kitnet::IpAddr giaddr,
+                                                           const Kitnet::EthAddr& chaddr, Kitnet::IpAddr ciaddr,
+                                                           U32 xid) const {
+    return buildDhcpLeaseQuery(queryByMAC, giaddr, chaddr, ciaddr, xid);
+}
+
+}  // namespace DhcpLib

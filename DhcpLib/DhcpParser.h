@@ -1,0 +1,155 @@
+#pragma once
+
+#include "Bridging/Config.h"
+#include "DhcpLib/DhcpHdr/Header.h"
+#include "DhcpLib/FrameHeaders.h"
+#include "Kcore/Assert.h"
+#include "Kcore/Duration.h"
+#include "Kcore/FlatMap.h"
+#include "Kitnet/IntfId.h"
+
+namespace DhcpLib {
+
+/// Receive-path parser of DHCPv4 snooping: a frame goes in at its Ethernet header, its fields come out as attributes.
+/// A parse clears nothing but `offset`: what it does not reach keeps the value of the parse before, and `associatedIps`
+/// only grows. Use a fresh parser for each frame, or assign one over it, where that is not wanted.
+/// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2, failed parts of a parse at 1.
+class DHCPLIB_EXPORT PacketParser {
+public:
+    using HN_AssociatedIps = Kcore::FlatSet<Kitnet::IpAddr>;
+
+    /// `bridgingConfig` may be null for frames without a receiving interface.
+    explicit PacketParser(const Kcore::Ptr<const Bridging::Config>& bridgingConfig) : bridgingConfig_(bridgingConfig) {}
+    explicit PacketParser(std::nullptr_t) : PacketParser(Kcore::Ptr<const Bridging::Config>()) {}
+    /// There is no text form to construct from: asserts.
+    explicit PacketParser(const Kcore::CharRange& text);
+
+    /// Parses Ethernet, IPv4, UDP and the DHCP message; with `dhcpHdrOnly` the packet starts at the BOOTP header, and
+    /// the options are looked for behind the header lengths of the parse before (0 for a fresh parser).
+    /// True for DHCP, and for BOOTP (`isDhcp` false, `dhcpMsgType` "BOOTP"); false, after a trace line, for a frame
+    /// rejected at any stage. Raises Kcore::RangeException for a tag with VLAN 4095.
+    bool doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool dhcpHdrOnly);
+    /// The header stages, for agents that run one alone. Each reads at `offset` and moves it on; one whose header does
+    /// not lie in the frame changes nothing.
+    bool doParseEthHdr(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool resetOffset);
+    bool doParseIpHdr(const PktPtr& pkt);
+    bool doParseUdpHdr(const PktPtr& pkt);
+    /// Adds to `offset`, modulo 65536, and returns it.
+    U16 offsetInc(U16 n) { return offset_ = static_cast<U16>(offset_ + n); }
+
+    const Kcore::Ptr<const Bridging::Config>& bridgingConfig() const { return bridgingConfig_; }
+    U16 etherType() const { return ether_.etherType; }
+    const Kitnet::EthAddr& srcMac() const { return ether_.srcMac; }
+    const Kitnet::EthAddr& dstMac() const { return ether_.dstMac; }
+    bool tagged() const { return ether_.tagged; }
+    Bridging::VlanId vlanId() const { return ether_.vlanId; }
+    U32 etherHdrLen() const { return ether_.etherHdrLen; }
+    bool isIp() const { return isIp_; }
+    Kitnet::IpProtocolNumber ipProtocol() const { return ipProtocol_; }
+    Kitnet::IpAddr srcIp() const { return srcIp_; }
+    Kitnet::IpAddr dstIp() const { return dstIp_; }
+    U32 ipHdrLen() const { return ipHdrLen_; }
+    bool isUdp() const { return isUdp_; }
+    Kitnet::UdpPort udpSrcPort() const { return udp_.src; }
+    Kitnet::UdpPort udpDstPort() const { return udp_.dst; }
+    U32 udpHdrLen() const { return udpHdrLen_; }
+    bool isDhcp() const { return isDhcp_; }
+    BootpOpType dhcpOpType() const { return dhcpOpType_; }
+    const Kcore::String& dhcpMsgType() const { return dhcpMsgType_; }
+    U8 dhcpMsgTypeOpt() const { return dhcpMsgTypeOpt_; }
+    Kitnet::NetU32 xid() const { return xid_; }
+    const Kitnet::EthAddr& chaddr() const { return chaddr_; }
+    Kitnet::IpAddr ciaddr() const { return ciaddr_; }
+    Kitnet::IpAddr yiaddr() const { return yiaddr_; }
+    Kitnet::IpAddr giaddr() const { return giaddr_; }
+    const Kcore::String& circuitId() const { return circuitId_; }
+    const Kcore::String& remoteId() const { return remoteId_; }
+    Kitnet::IpAddr serverId() const { return serverId_; }
+    bool serverIdExist() const { return serverIdExist_; }
+    Kcore::Duration leaseTime() const { return leaseTime_; }
+    bool leaseTimeExist() const { return leaseTimeExist_; }
+    Kcore::Duration lastTransactionTime() const { return lastTransactionTime_; }
+    bool lastTransactionTimeExist() const { return lastTransactionTimeExist_; }
+    const HN_AssociatedIps& associatedIps() const { return associatedIps_; }
+    void associatedIpsIs(Kitnet::IpAddr ip) { associatedIps_.insert(ip); }
+    void associatedIpsDel(Kitnet::IpAddr ip) { associatedIps_.erase(ip); }
+    void associatedIpsDelAll() { associatedIps_.clear(); }
+    bool associatedIpsHas(Kitnet::IpAddr ip) const { return associatedIps_.contains(ip); }
+    const Kcore::String& hostname() const { return hostname_; }
+    const Kcore::String& paramReqList() const { return paramReqList_; }
+    const Kcore::String& vendorClassId() const { return vendorClassId_; }
+    U16 offset() const { return offset_; }
+
+    /// Whether any attribute differs from those of a parser with a null configuration.
+    explicit operator bool() const { return !(*this == PacketParser(nullptr)); }
+    friend bool operator==(const PacketParser& a, const PacketParser& b) { return Kcore::equalAttributes(a, b); }
+    std::size_t hash() const { return Kcore::hashAttributes(*this); }
+    static constexpr auto declaration() {
+        using Kcore::attribute;
+        using P = PacketParser;
+        return Kcore::declare(
+            "PacketParser", attribute("bridgingConfig", &P::bridgingConfig), attribute("etherType", &P::etherType),
+            attribute("srcMac", &P::srcMac), attribute("dstMac", &P::dstMac), attribute("tagged", &P::tagged),
+            attribute("vlanId", &P::vlanId), attribute("etherHdrLen", &P::etherHdrLen), attribute("isIp", &P::isIp),
+            attribute("ipProtocol", &P::ipProtocol), attribute("srcIp", &P::srcIp), attribute("dstIp", &P::dstIp),
+            attribute("ipHdrLen", &P::ipHdrLen), attribute("isUdp", &P::isUdp), attribute("udpSrcPort", &P::udpSrcPort),
+            attribute("udpDstPort", &P::udpDstPort), attribute("udpHdrLen", &P::udpHdrLen),
+            attribute("isDhcp", &P::isDhcp), attribute("dhcpOpType", &P::dhcpOpType),
+            Kcore::text("dhcpMsgType", &P::dhcpMsgType), attribute("dhcpMsgTypeOpt", &P::dhcpMsgTypeOpt),
+            attribute("xid", &P::xid), attribute("chaddr", &P::chaddr), attribute("ciaddr", &P::ciaddr),
+            attribute("yiaddr", &P::yiaddr), attribute("giaddr", &P::giaddr), attribute("circuitId", &P::circuitId),
+            attribute("remoteId", &P::remoteId), attribute("serverId", &P::serverId),
+            attribute("serverIdExist", &P::serverIdExist), attribute("leaseTime", &P::leaseTime),
+            attribute("leaseTimeExist", &P::leaseTimeExist), attribute("lastTransactionTime", &P::lastTransactionTime),
+            attribute("lastTransactionTimeExist", &P::lastTransactionTimeExist),
+            attribute("associatedIps", &P::associatedIps), attribute("hostname", &P::hostname),
+            Kcore::text("paramReqList", &P::paramReqList), attribute("vendorClassId", &P::vendorClassId),
+            attribute("offset", &P::offset));
+    }
+
+private:
+    bool parseEthHdr(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, bool resetOffset);
+    bool parseIpHdr(Wire::ByteView bytes);
+    bool parseUdpHdr(Wire::ByteView bytes);
+    bool parseBootpHdr(Wire::ByteView bytes);
+    bool parseOptions(const class OptionIndex& index);
+    bool parseLeaseQuery(const OptionIndex& index);
+    void takeAssociatedIps(const struct LeaseQueryOptions& options);
+    void parseInfoOption(const OptionIndex& index);
+    bool parseProfiling(const OptionIndex& index);
+
+    Kcore::Ptr<const Bridging::Config> bridgingConfig_;
+    EthernetFields ether_;
+    U32 ipHdrLen_ = 0;
+    U32 udpHdrLen_ = 0;
+    bool isIp_ = false;
+    bool isUdp_ = false;
+    bool isDhcp_ = false;
+    BootpOpType dhcpOpType_ = BootpOpType::bootpOpUnknown;
+    U8 dhcpMsgTypeOpt_ = 0;
+    bool serverIdExist_ = false;
+    bool leaseTimeExist_ = false;
+    bool lastTransactionTimeExist_ = false;
+    Kitnet::IpProtocolNumber ipProtocol_;
+    Kitnet::EthAddr chaddr_;
+    UdpPorts udp_;
+    U16 offset_ = 0;
+    Kitnet::NetU32 xid_;
+    Kitnet::IpAddr srcIp_;
+    Kitnet::IpAddr dstIp_;
+    Kitnet::IpAddr ciaddr_;
+    Kitnet::IpAddr yiaddr_;
+    Kitnet::IpAddr giaddr_;
+    Kitnet::IpAddr serverId_;
+    Kcore::Duration leaseTime_{0};
+    Kcore::Duration lastTransactionTime_{0};
+    HN_AssociatedIps associatedIps_;
+    Kcore::String dhcpMsgType_;
+    Kcore::String circuitId_;
+    Kcore::String remoteId_;
+    Kcore::String hostname_;
+    Kcore::String paramReqList_;
+    Kcore::String vendorClassId_;
+};
+
+}  // namespace DhcpLib

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "DhcpLib/Export.h"
+#include "Interface/EthDevPamManager.h"
+#include "Interface/IntfStatusManager.h"
+#include "KitSlab/Slab.h"
+
+namespace DhcpLib {
+
+/// Gives a snooping agent the DHCP frames of its interfaces: wires the platform's interface status and packet access
+/// together, with a socket filter that lets nothing else through. An agent makes one for each protocol. Named
+/// "Dhcp6PamMan" it takes DHCPv6 (UDP destination port 547 or 546, directly behind the fixed IPv6 header); under any
+/// other name DHCPv4 (UDP destination port 67 or 68, no later fragments). Either looks through one VLAN tag in the
+/// frame, of TPID 0x8100, 0x88a8 or 0x9100.
+///
+/// The agent names the interfaces it wants in `pamDesiredIntfDir`. Its loop polls the descriptor of the kernel network
+/// information and that of each member of `ethDevPamCollection`, lets the first handle what it has, and reads the
+/// frames of the others (`Interface::EthDevPam::readPkt`).
+class DHCPLIB_EXPORT PamManager final : public Kcore::Node, public KitSlab::SlabObject {
+public:
+    using Ptr = Kcore::Ptr<PamManager>;
+    using AllIntfStatusDirPtr = Kcore::Ptr<const Interface::AllIntfStatusDir>;
+    using AllIntfStatusLocalDirPtr = Kcore::Ptr<const Interface::AllIntfStatusLocalDir>;
+    using KniStatusPtr = Kcore::Ptr<const KernelNetInfo::Status>;
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+
+    /// Ready for use when it is made: calls handleInitialized().
+    PamManager(const Kcore::String& name, const AllIntfStatusDirPtr& allIntfStatusDir,
+               const AllIntfStatusLocalDirPtr& allIntfStatusLocalDir, const KniStatusPtr& kniStatus);
+    static Ptr PamManagerIs(const Kcore::String& name, const AllIntfStatusDirPtr& allIntfStatusDir,
+                            const AllIntfStatusLocalDirPtr& allIntfStatusLocalDir, const KniStatusPtr& kniStatus);
+
+    /// Makes and wires the platform's objects and enables packet access. The first call alone does anything.
+    void handleInitialized();
+
+    const Kcore::String& name() const { return name_; }
+    const AllIntfStatusDirPtr& allIntfStatusDir() const { return allIntfStatusDir_; }
+    const AllIntfStatusLocalDirPtr& allIntfStatusLocalDir() const { return allIntfStatusLocalDir_; }
+    const KniStatusPtr& kniStatus() const { return kniStatus_; }
+    bool initialized() const { return initialized_; }
+
+    /// The objects made on initialisation. Each `...Is` makes a new one in place of the one held, and returns it; what
+    /// was wired to the one before keeps that. Each `...Del` drops the reference.
+    const Interface::DeviceIntfStatusDir::Ptr& deviceIntfStatusDir() const { return deviceIntfStatusDir_; }
+    Interface::DeviceIntfStatusDir::Ptr deviceIntfStatusDirIs(const Kcore::String& name);
+    void deviceIntfStatusDirDel() { deviceIntfStatusDir_ = nullptr; }
+    const Interface::PamDesiredIntfDir::Ptr& pamDesiredIntfDir() const { return pamDesiredIntfDir_; }
+    Interface::PamDesiredIntfDir::Ptr pamDesiredIntfDirIs(const Kcore::String& name);
+    void pamDesiredIntfDirDel() { pamDesiredIntfDir_ = nullptr; }
+    const Interface::EthDevPamCollection::Ptr& ethDevPamCollection() const { return ethDevPamCollection_; }
+    Interface::EthDevPamCollection::Ptr ethDevPamCollectionIs(const Kcore::String& name);
+    void ethDevPamCollectionDel() { ethDevPamCollection_ = nullptr; }
+    const Interface::LagLocalDeviceIntfStatusManager::Ptr& intfStatusManager() const { return intfStatusManager_; }
+    Interface::LagLocalDeviceIntfStatusManager::Ptr intfStatusManagerIs(
+        const AllIntfStatusDirPtr& allIntfStatusDir, const AllIntfStatusLocalDirPtr& allIntfStatusLocalDir,
+        const Interface::DeviceIntfStatusDir::Ptr& deviceIntfStatusDir, const KniStatusPtr& kniStatus);
+    void intfStatusManagerDel() { intfStatusManager_ = nullptr; }
+    const Interface::EthDevPamManager::Ptr& ethDevPamManager() const { return ethDevPamManager_; }
+    Interface::EthDevPamManager::Ptr ethDevPamManagerIs(const Interface::PamDesiredIntfDir::Ptr& pamDesiredIntfDir,
+                                                        const Interface::EthDevPamCollection::Ptr& ethDevPamCollection,
+                                                        const Interface::DeviceIntfStatusDir::Ptr& deviceIntfStatusDir);
+    void ethDevPamManagerDel() { ethDevPamManager_ = nullptr; }
+
+    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<PamManager>(); }
+    static constexpr auto declaration() {
+        using Kcore::attribute;
+        using M = PamManager;
+        return Kcore::declare(
+            "PamManager", attribute("name", &M::name_), attribute("allIntfStatusDir", &M::allIntfStatusDir_),
+            attribute("allIntfStatusLocalDir", &M::allIntfStatusLocalDir_), attribute("kniStatus", &M::kniStatus_),
+            attribute("deviceIntfStatusDir", &M::deviceIntfStatusDir_),
+            attribute("pamDesiredIntfDir", &M::pamDesiredIntfDir_),
+            attribute("ethDevPamCollection", &M::ethDevPamCollection_),
+            attribute("intfStatusManager", &M::intfStatusManager_),
+            attribute("ethDevPamManager", &M::ethDevPamManager_), attribute("initialized", &M::initialized_));
+    }
+
+private:
+    // In the order in which they are made, so that they are dropped in the reverse one.
+    const Kcore::String name_;
+    const AllIntfStatusDirPtr allIntfStatusDir_;
+    const AllIntfStatusLocalDirPtr allIntfStatusLocalDir_;
+    const KniStatusPtr kniStatus_;
+    Interface::DeviceIntfStatusDir::Ptr deviceIntfStatusDir_;
+    Interface::PamDesiredIntfDir::Ptr pamDesiredIntfDir_;
+    Interface::EthDevPamCollection::Ptr ethDevPamCollection_;
+    Interface::LagLocalDeviceIntfStatusManager::Ptr intfStatusManager_;
+    Interface::EthDevPamManager::Ptr ethDevPamManager_;
+    bool initialized_ = false;
+    [[no_unique_address]] KitSlab::Tracked<PamManager> tracked_;
+};
+
+DHCPLIB_EXPORT PamManager::Ptr pamManagerFactory(const Kcore::String& name,
+                                                 const PamManager::AllIntfStatusDirPtr& allIntfStatusDir,
+                                                 const PamManager::AllIntfStatusLocalDirPtr& allIntfStatusLocalDir,
+                                                 const PamManager::KniStatusPtr& kniStatus);
+
+}  // namespace DhcpLib

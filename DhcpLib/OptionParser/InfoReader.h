@@ -1,0 +1,64 @@
+#pragma once
+
+#include "DhcpLib/OptionParser/VendorItems.h"
+
+namespace DhcpLib {
+
+/// The sub-options of option 82 that a reader has come across, of the codes that are read.
+class InfoSubOptions {
+public:
+    explicit InfoSubOptions(Wire::ByteView bytes, Positions positions = Positions::ofViews)
+        : bytes_(bytes), positions_(positions) {
+        places_.fill(none);
+    }
+
+    /// The codes that are read, in the order in which they are asked for.
+    static constexpr std::array codes = {DhcpInformationSubOptionType::circuitId,
+                                         DhcpInformationSubOptionType::remoteIdOpt,
+                                         DhcpInformationSubOptionType::vpnId,
+                                         DhcpInformationSubOptionType::vssControl,
+                                         DhcpInformationSubOptionType::serverIdOverride,
+                                         DhcpInformationSubOptionType::linkSelectionId,
+                                         DhcpInformationSubOptionType::vendorSpecificSubOption};
+
+    void keepLast(U8 code, U32 at) {
+        if (const U8 slot = slotOf(code); slot != unread) places_[slot] = at;
+    }
+    void keepFirst(U8 code, U32 at) {
+        if (const U8 slot = slotOf(code); slot != unread && places_[slot] == none) places_[slot] = at;
+    }
+    RawOption operator[](DhcpInformationSubOptionType code) const {
+        const U32 at = places_[slotOf(static_cast<U8>(code))];
+        return at != none ? RawOption(bytes_, at, positions_) : RawOption();
+    }
+
+private:
+    static constexpr U32 none = 0xffffffff;
+    static constexpr U8 unread = 0xff;
+    static constexpr std::array<U8, 256> slots = [] {
+        std::array<U8, 256> all{};
+        all.fill(unread);
+        for (std::size_t i = 0; i < codes.size(); ++i) all[static_cast<U8>(codes[i])] = static_cast<U8>(i);
+        return all;
+    }();
+    static constexpr U8 slotOf(U8 code) { return slots[code]; }
+
+    Wire::ByteView bytes_;
+    Positions positions_;
+    std::array<U32, codes.size()> places_;
+};
+
+/// Whether the options area has all that the views ask for; traces the first that is missing.
+bool isAreaComplete(bool cookie, bool anyOption, bool end);
+/// Whether an option 82 has no data; traces it.
+bool isInfoOptionEmpty(U8 len);
+/// Collects the sub-options of the option 82 at `info` by the rules of its keyed collection.
+void readInfoSubOptions(const RawOption& info, InfoSubOptions& found);
+
+/// What parseInfoOptNew finds in the area that `index` knows, with its results and its trace lines.
+bool readInfoNew(const OptionIndex& index, InfoSubOptions& found);
+/// What the system's block of sub-option 9 holds, by the rules of the views. A source address of a wrong length is
+/// traced and left out.
+VendorItems readVendorBlockNew(const RawOption& vendorSpecific);
+
+}  // namespace DhcpLib

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "DhcpLib/OptionParser/OptionIndex.h"
+
+namespace DhcpLib {
+
+/// The options that profiling looks at.
+struct ProfilingOptions {
+    explicit ProfilingOptions(const OptionIndex& index)
+        : hostName(index.last(DhcpOptionType::hostName)),
+          paramReqList(index.last(DhcpOptionType::parareqOpt)),
+          vendorClassId(index.last(DhcpOptionType::classIdOpt)) {}
+
+    RawOption hostName;
+    RawOption paramReqList;
+    RawOption vendorClassId;
+};
+
+/// The bytes of an option that may be absent.
+inline std::string_view bytesOrNone(const RawOption& option) { return option ? option.data() : std::string_view{}; }
+
+/// "1,3,6" for the bytes 01 03 06.
+Kcore::String decimalList(std::string_view codes);
+
+}  // namespace DhcpLib

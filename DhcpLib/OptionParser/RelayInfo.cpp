@@ -1,0 +1,173 @@
+#include "DhcpLib/OptionParser/RelayInfo.h"
+
+#include "DhcpLib/DhcpHdr/Header.h"
+#include "DhcpLib/DhcpHdr/VendorBlock.h"
+#include "DhcpLib/OptionParser/InfoReader.h"
+#include "DhcpLib/OptionParser/SubOptionWalk.h"
+#include "DhcpLib/OptionParser/VendorItems.h"
+#include "DhcpLib/OptionParser/VendorSubOption.h"
+#include "DhcpLib/Trace.h"
+
+namespace DhcpLib {
+
+namespace {
+
+constexpr char parseByViewsSignature[] =
+    "bool DhcpLib::parseDhcpOptions(const Ptr&, U32, DhcpLib::DhcpMsgOptions::Ptr&, DhcpLib::DhcpMsgOption::Ptr&)";
+constexpr char subOptionsSignature[] =
+    "bool DhcpLib::parseInfoSubOptions(DhcpLib::DhcpMsgOptions::Ptr&, DhcpLib::DhcpMsgOption::Ptr&, "
+    "DhcpLib::DhcpInformationSubOptions::Ptr&)";
+constexpr char parseInfoSignature[] =
+    "bool DhcpLib::parseInfoOpt(const Ptr&, Tyk::String&, Tyk::String&, Tyk::String&, bool&, IpAddr&, IpAddr&, "
+    "Tyk::String&, IpGenAddr&, U32)";
+constexpr char parseInfoNewSignature[] =
+    "bool DhcpLib::parseInfoOptNew(const Ptr&, Tyk::String&, Tyk::String&, Tyk::String&, bool&, IpAddr&, IpAddr&, "
+    "Tyk::String&, IpGenAddr&, U32)";
+
+void traceFailure(const char* signature, std::string_view text) {
+    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {signature}, "{}{}", std::string_view(signature), text);
+}
+
+void traceSubOptPresent(DhcpInformationSubOptionType subType) {
+    Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "infoSubOptPresent subType {}", subType);
+}
+
+/// The outputs of both generations.
+struct InfoOutputs {
+    Tyk::String& circuitId;
+    Tyk::String& remoteId;
+    Tyk::String& vpnId;
+    bool& vssControl;
+    Kitnet::IpAddr& serverIdOverride;
+    Kitnet::IpAddr& linkSelection;
+
+    void take(const InfoSubOptions& found) const {
+        takeText(found[Code::circuitId], circuitId);
+        takeText(found[Code::remoteIdOpt], remoteId);
+        takeText(found[Code::vpnId], vpnId);
+        if (found[Code::vssControl]) vssControl = true;
+        takeAddress(found[Code::serverIdOverride], serverIdOverride);
+        takeAddress(found[Code::linkSelectionId], linkSelection);
+    }
+
+private:
+    using Code = DhcpInformationSubOptionType;
+
+    static void takeText(const RawOption& subOption, Tyk::String& text) {
+        if (subOption) text = subOption.data();
+    }
+    static void takeAddress(const RawOption& subOption, Kitnet::IpAddr& address) {
+        if (subOption) address = subOption.load<Kitnet::IpAddr>();
+    }
+};
+
+}  // namespace
+
+bool isAreaComplete(bool cookie, bool anyOption, bool end) {
+    if (cookie && anyOption && end) return true;
+    traceFailure(parseByViewsSignature, !cookie      ? withoutBlank(noCookieText)
+                                        : !anyOption ? std::string_view("DHCP packet missing all options")
+                                                     : withoutBlank(noEndOptionText));
+    return false;
+}
+
+bool isInfoOptionEmpty(U8 len) {
+    if (len == 0) traceFailure(subOptionsSignature, emptyInfoText);
+    return len == 0;
+}
+
+void readInfoSubOptions(const RawOption& info, InfoSubOptions& found) {
+    walkSubItems(info.bytes(), static_cast<U16>(info.at()), DhcpConst::optdata_offset, info.len(),
+                 [&](const auto& head) { found.keepFirst(head.code, head.at); });
+}
+
+bool parseDhcpOptions(const PktPtr& pkt, U32 offset, DhcpMsgOptions::Ptr& options, DhcpMsgOption::Ptr& endOption) {
+    const U16 cookieAt = static_cast<U16>(offset + Constants::bootpHdrSize);
+    const bool cookie = MagicCookie(pkt, cookieAt).isDhcpMagicCookie();
+    if (cookie) options = dhcpMsgOptionsFactory(pkt, static_cast<U16>(cookieAt + sizeof(U32)));
+    const DhcpMsgOption::Ptr end = cookie ? options->option(DhcpOptionType::endOpt) : nullptr;
+    if (!isAreaComplete(cookie, cookie && !options->option().empty(), static_cast<bool>(end))) return false;
+    endOption = end;
+    return true;
+}
+
+bool parseInfoSubOptions(DhcpMsgOptions::Ptr& options, DhcpMsgOption::Ptr& infoOption,
+                         DhcpInformationSubOptions::Ptr& infoSubOptions) {
+    const DhcpMsgOption::Ptr info = options->option(DhcpOptionType::infoOpt);
+    if (!info) return true;
+    infoOption = info;
+    if (isInfoOptionEmpty(info->len())) return false;
+    infoSubOptions = dhcpInformationSubOptionsFactory(info);
+    return true;
+}
+
+bool infoSubOptPresent(Kcore::Ptr<const DhcpInformationSubOptions> infoSubOptions,
+                       DhcpInformationSubOptionType subType) {
+    traceSubOptPresent(subType);
+    return infoSubOptions && infoSubOptions->option().contains(subType);
+}
+
+bool parseInfoOpt(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remoteId, Tyk::String& vpnId,
+                  bool& vssControl, Kitnet::IpAddr& serverIdOverride, Kitnet::IpAddr& linkSelection,
+                  Tyk::String& intfName, Kitnet::IpGenAddr& srcVtepIp, U32 offset) {
+    const OptionIndex index(Wire::ByteView(*pkt), offset);
+    traceAreaFailure(index.state());
+    if (!index.wellFormed()) return false;
+    const RawOption info = index.last(DhcpOptionType::infoOpt);
+    if (!info) return traceFailure(parseInfoSignature, " DHCP packet has no Option 82 information"), true;
+    if (info.len() == 0) return traceFailure(parseInfoSignature, " Option 82 information length is 0"), true;
+
+    constexpr U8 vendorSpecific = static_cast<U8>(DhcpInformationSubOptionType::vendorSpecificSubOption);
+    InfoSubOptions found(index.bytes(), Positions::plain);
+    const U32 end = index.last(DhcpOptionType::endOpt).at();
+    walkSubOptionsUpTo(index.bytes(), info.dataAt(), end, [&](const auto& head) {
+        found.keepLast(head.code, head.at);
+        // Each of several may hold a part of what is asked for.
+        if (head.code == vendorSpecific) parseVendorSpecificSubOpt(index.bytes(), head.at, intfName, srcVtepIp);
+    });
+    InfoOutputs{circuitId, remoteId, vpnId, vssControl, serverIdOverride, linkSelection}.take(found);
+    return true;
+}
+
+bool readInfoNew(const OptionIndex& index, InfoSubOptions& found) {
+    Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {parseInfoNewSignature}, "{}",
+                   std::string_view(parseInfoNewSignature));
+    const OptionIndex::Collected area = index.collected();
+    if (!isAreaComplete(area.cookie, area.any, static_cast<bool>(area.end))) return false;
+    if (area.info && isInfoOptionEmpty(area.info.len())) return false;
+    if (area.info) readInfoSubOptions(area.info, found);
+    if (traceHandle().wanted(TraceLevel::verbose) || Tyk::RingTrace::wanted(TraceLevel::verbose)) [[unlikely]]
+        for (const DhcpInformationSubOptionType code : InfoSubOptions::codes) traceSubOptPresent(code);
+    return true;
+}
+
+VendorItems readVendorBlockNew(const RawOption& vendorSpecific) {
+    const Wire::ByteView bytes = vendorSpecific.bytes();
+    VendorItems items;
+    U16 block = 0;
+    VendorBlockHead blockHead;
+    if (!findQuorvaBlockOfSubOption(bytes, static_cast<U16>(vendorSpecific.at()), vendorSpecific.len(), &block) ||
+        !vendorBlockAt(bytes, block, &blockHead))
+        return items;
+    walkSubItems(bytes, block, vendorBlockHeaderBytes, blockHead.len,
+                 [&](const auto& head) { items.keepFirst(head.code, RawOption(bytes, head.at, Positions::ofViews)); });
+    if (items.srcVtep && !isVtepWellFormed(items.srcVtep, "parseInfoOptNew")) items.srcVtep = {};
+    return items;
+}
+
+bool parseInfoOptNew(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remoteId, Tyk::String& vpnId,
+                     bool& vssControl, Kitnet::IpAddr& serverIdOverride, Kitnet::IpAddr& linkSelection,
+                     Tyk::String& intfName, Kitnet::IpGenAddr& srcVtepIp, U32 offset) {
+    const Wire::ByteView bytes(*pkt);
+    InfoSubOptions found(bytes);
+    if (!readInfoNew(OptionIndex(bytes, offset), found)) return false;
+    InfoOutputs{circuitId, remoteId, vpnId, vssControl, serverIdOverride, linkSelection}.take(found);
+    if (const RawOption vendorSpecific = found[DhcpInformationSubOptionType::vendorSpecificSubOption]) {
+        const VendorItems items = readVendorBlockNew(vendorSpecific);
+        if (items.intfName) intfName = items.intfName.data();
+        if (items.srcVtep) srcVtepIp = vtepOf(items.srcVtep);
+    }
+    return true;
+}
+
+}  // namespace DhcpLib

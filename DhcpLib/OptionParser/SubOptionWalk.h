@@ -1,0 +1,36 @@
+#pragma once
+
+#include "DhcpLib/Walk.h"
+
+namespace DhcpLib {
+
+/// Texts that several functions trace, each behind its own signature; some of them without the leading blank.
+inline constexpr std::string_view noCookieText = " DHCP packet missing magic cookie";
+inline constexpr std::string_view noEndOptionText = " DHCP packet missing end option";
+inline constexpr std::string_view emptyInfoText = "Info opt present but length is zero";
+inline constexpr std::string_view withoutBlank(std::string_view text) { return text.substr(1); }
+
+/// Calls `visit(code, at)` for the sub-options from `first` on, until the bytes walked reach `total`. The count takes a
+/// length byte even behind a pad, while the position moves by one there, by contract.
+template <class Visit>
+void walkSubOptsInOption(Wire::ByteView bytes, U32 first, std::size_t total, Visit visit) {
+    std::size_t walked = 0;
+    const auto always = [](U32) { return true; };
+    walkItems<PaddedItemShape, U32>(bytes, 0, first, always, [&](const auto& head, U32) {
+        visit(static_cast<U8>(head.code), head.at);
+        walked += bytes.load<U8>(head.at + 1) + PaddedItemShape::headerBytes;
+        return walked < total;
+    });
+}
+
+/// Calls `visit(head)` for the sub-options from `first` on, until one starts at `end` or beyond. No pads.
+template <class Visit>
+void walkSubOptionsUpTo(Wire::ByteView bytes, U32 first, U32 end, Visit visit) {
+    const auto inside = [&](U32 at) { return at < end; };
+    walkItems<SubOptionShape, U32>(bytes, 0, first, inside, [&](const auto& head, U32) {
+        visit(head);
+        return true;
+    });
+}
+
+}  // namespace DhcpLib

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "DhcpLib/PacketView.h"
+#include "DhcpLib/Walk.h"
+
+namespace DhcpLib {
+
+/// View of one code/length/data item at `offset` of a packet. `Traits` says what differs between the kinds: `Type`,
+/// the enumeration that names the codes, and `Shape`, the layout.
+///   offset 0                code
+///   offset sizeof(code)     length, of the data only
+///   offset 2 sizeof(code)   data
+/// Code and length are read when the view is made; positions wrap at 65536. Stale once the packet grows at its head.
+template <class Traits>
+class TlvItem : public PacketView {
+public:
+    using Type = typename Traits::Type;
+    using Shape = typename Traits::Shape;
+    using Width = typename Shape::Width;
+
+    TlvItem(const PktPtr& pkt, U16 offset) : PacketView(pkt), offset_(offset) { handleInitialized(); }
+
+    /// Reads the packet, the first time only. Bytes past the packet's end read as 0.
+    void handleInitialized() {
+        if (initialized_) return;
+        const auto head = headAt<Shape>(bytes(), offset_, 1);
+        opt_ = head.code;
+        len_ = head.len;
+        hasData_ = !head.pad;
+        initialized_ = true;
+    }
+
+    U16 offset() const { return offset_; }
+    Width opt() const { return opt_; }
+    Width len() const { return len_; }
+    /// The first data byte inside the packet; null for a pad, and where the data would lie past the packet's end.
+    const U8* data() const { return hasData_ && dataAt() <= pkt()->bytes() ? pkt()->data() + dataAt() : nullptr; }
+    /// The data, cut at the packet's end.
+    std::string_view dataText() const { return hasData_ ? bytes().text(dataAt(), len_) : std::string_view{}; }
+    /// The code; it need not be a member of the enumeration.
+    Type optType() const { return static_cast<Type>(opt_); }
+    bool initialized() const { return initialized_; }
+
+    /// Writes the code. Raises Tyk::InternalException "length value exceeds pkt-length." past the packet's end.
+    void optTypeIs(Type type) { writeCode(static_cast<Width>(type)); }
+    /// Writes the length. Raises Tyk::InternalException "length value exceeds pkt-length." if `n` data bytes would pass
+    /// the packet's front segment; nothing is written then.
+    void lenIs(Width n) {
+        requireFrontRoom(n);
+        Wire::store<Width>(*pkt(), position(sizeof(Width)), n);
+        len_ = n;
+    }
+    /// Copies `len()` bytes into the packet. Raises as lenIs, and for a view that was made over a pad.
+    void dataIs(const U8* from) {
+        if (!hasData_) Wire::raiseNoRoom();
+        requireFrontRoom(len_);
+        Wire::store(*pkt(), dataAt(), std::span<const U8>(from, len_));
+    }
+
+protected:
+    U16 position(U32 at) const { return packetPosition(offset_ + at); }
+    void writeCode(Width code) {
+        Wire::store<Width>(*pkt(), offset_, code);
+        opt_ = code;
+    }
+
+    template <class Item, class... More>
+    static constexpr auto declarationOf(std::string_view name, Kcore::Attribute<More>... more) {
+        using Kcore::attribute;
+        return Kcore::declare(name, attribute("pkt", &Item::pkt), attribute("offset", &Item::offset),
+                              attribute("opt", &Item::opt), attribute("len", &Item::len),
+                              attribute("data", &Item::dataText), attribute("optType", &Item::optType),
+                              attribute("initialized", &Item::initialized), more...);
+    }
+
+private:
+    U16 dataAt() const { return position(Shape::headerBytes); }
+    void requireFrontRoom(U32 n) const {
+        if (offset_ + Shape::headerBytes + n > pkt()->frontBytes()) Wire::raiseNoRoom();
+    }
+
+    U16 offset_;
+    Width opt_ = 0;
+    Width len_ = 0;
+    bool hasData_ = false;
+    bool initialized_ = false;
+};
+
+}  // namespace DhcpLib

@@ -1,0 +1,150 @@
+#pragma once
+
+#include <algorithm>
+#include <concepts>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+#include "DhcpLib/Export.h"
+#include "Kcore/Types.h"
+#include "Kitnet/BigEndian.h"
+#include "Kitnet/Pkt.h"
+
+namespace DhcpLib {
+
+using Kcore::U16;
+using Kcore::U32;
+using Kcore::U64;
+using Kcore::U8;
+
+/// Bounded access to packet bytes: the one place where the library reads or writes them. Integers are big-endian on
+/// the wire. A byte past the end reads as 0; a write that does not fit raises and changes nothing.
+namespace Wire {
+
+inline constexpr char noRoomText[] = "length value exceeds pkt-length.";
+
+/// A value that stands on the wire as it stands in memory, such as an address.
+template <class T>
+concept WireImage = requires(const U8* bytes, const T& value) {
+    { T::fromBytes(bytes) } -> std::same_as<T>;
+    { value.bytes() } -> std::convertible_to<const U8*>;
+};
+
+/// The bytes of `value` as they stand on the wire, as long as it lives.
+template <WireImage T>
+std::string_view imageOf(const T& value) {
+    return {reinterpret_cast<const char*>(value.bytes()), sizeof value};
+}
+
+/// Size of bytes whose end nobody told: for functions that are given a pointer and nothing else.
+inline constexpr U32 unbounded = 0xffffffff;
+
+/// Looks at bytes that somebody else owns.
+class ByteView {
+public:
+    constexpr ByteView() = default;
+    constexpr ByteView(const U8* data, U32 size) : data_(data), size_(size) {}
+    explicit ByteView(const Kitnet::Pkt& pkt) : ByteView(pkt.data(), pkt.bytes()) {}
+
+    const U8* data() const { return data_; }
+    U32 size() const { return size_; }
+    /// Whether `n` bytes stand at `pos`.
+    bool has(U32 pos, U32 n) const { return pos <= size_ && n <= size_ - pos; }
+    /// How many bytes there are from `pos` on.
+    U32 from(U32 pos) const { return pos < size_ ? size_ - pos : 0; }
+
+    template <std::unsigned_integral T>
+    T load(U32 pos) const {
+        if (!has(pos, sizeof(T))) [[unlikely]]
+            return loadCut<T>(pos);
+        return Kitnet::loadBigEndian<T>(data_ + pos);
+    }
+    template <WireImage T>
+    T load(U32 pos) const {
+        if (has(pos, sizeof(T))) [[likely]]
+            return T::fromBytes(data_ + pos);
+        U8 whole[sizeof(T)] = {};
+        if (from(pos) != 0) std::memcpy(whole, data_ + pos, from(pos));
+        return T::fromBytes(whole);
+    }
+    /// The four bytes at `pos` as they stand, without a change of order.
+    U32 loadRaw(U32 pos) const { return Kitnet::networkOrder(load<U32>(pos)); }
+    /// At most `n` bytes from `pos`; what lies past the end is not there.
+    std::string_view text(U32 pos, U32 n) const {
+        if (from(pos) == 0) return {};
+        return {reinterpret_cast<const char*>(data_ + pos), std::min(n, size_ - pos)};
+    }
+    /// How many zero bytes follow each other from `pos` on, `most` at the most.
+    U32 zeroRun(U32 pos, U32 most) const;
+
+private:
+    template <std::unsigned_integral T>
+    T loadCut(U32 pos) const {
+        U64 value = 0;
+        for (U32 i = 0; i < sizeof(T); ++i) value = value << 8 | (from(pos) > i ? data_[pos + i] : 0u);
+        return static_cast<T>(value);
+    }
+
+    const U8* data_ = nullptr;
+    U32 size_ = 0;
+};
+
+inline U32 ByteView::zeroRun(U32 pos, U32 most) const {
+    const U32 limit = std::min(most, from(pos));
+    U32 n = 0;
+    for (U64 word; n + sizeof word <= limit; n += static_cast<U32>(sizeof word)) {
+        std::memcpy(&word, data_ + pos + n, sizeof word);
+        if (word != 0) break;
+    }
+    while (n < limit && data_[pos + n] == 0) ++n;
+    return n;
+}
+
+template <class T>
+T load(const Kitnet::Pkt& pkt, U32 pos) {
+    return ByteView(pkt).load<T>(pos);
+}
+
+/// Raises Tyk::InternalException "length value exceeds pkt-length.".
+[[noreturn]] DHCPLIB_EXPORT void raiseNoRoom();
+
+/// Raises as that unless `n` bytes stand at `pos`.
+inline void requireRoom(const Kitnet::Pkt& pkt, U32 pos, U32 n) {
+    if (!ByteView(pkt).has(pos, n)) [[unlikely]]
+        raiseNoRoom();
+}
+
+/// Writes `bytes` at `pos`.
+template <std::size_t Extent>
+void store(Kitnet::Pkt& pkt, U32 pos, std::span<const U8, Extent> bytes) {
+    requireRoom(pkt, pos, static_cast<U32>(bytes.size()));
+    if (!bytes.empty()) std::memcpy(pkt.data() + pos, bytes.data(), bytes.size());
+}
+inline void store(Kitnet::Pkt& pkt, U32 pos, std::string_view bytes) {
+    store(pkt, pos, std::span(reinterpret_cast<const U8*>(bytes.data()), bytes.size()));
+}
+template <std::unsigned_integral T>
+void store(Kitnet::Pkt& pkt, U32 pos, T value) {
+    requireRoom(pkt, pos, sizeof(T));
+    Kitnet::storeBigEndian(pkt.data() + pos, value);
+}
+template <WireImage T>
+void store(Kitnet::Pkt& pkt, U32 pos, const T& value) {
+    store(pkt, pos, std::span<const U8>(value.bytes(), sizeof(T)));
+}
+/// Writes `n` times `byte` from `pos` on.
+inline void fill(Kitnet::Pkt& pkt, U32 pos, U32 n, U8 byte) {
+    requireRoom(pkt, pos, n);
+    if (n != 0) std::memset(pkt.data() + pos, byte, n);
+}
+/// Moves `n` bytes inside the packet; the two places may overlap.
+inline void move(Kitnet::Pkt& pkt, U32 to, U32 from, U32 n) {
+    requireRoom(pkt, to, n);
+    requireRoom(pkt, from, n);
+    if (n != 0) std::memmove(pkt.data() + to, pkt.data() + from, n);
+}
+
+}  // namespace Wire
+
+}  // namespace DhcpLib

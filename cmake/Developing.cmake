@@ -1,0 +1,29 @@
+# How the project is compiled when it is built for itself. A project that adds it as a sub-folder keeps its own ways.
+get_property(has_configurations GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
+if(NOT has_configurations AND NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+# The installed files find each other wherever the prefix is moved to.
+set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+# Trace lines and assertions name files from the top of the sources, wherever these lie.
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(DHCPLIB_SANITIZE)
+  add_compile_options(-fsanitize=${DHCPLIB_SANITIZE} -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${DHCPLIB_SANITIZE})
+endif()
+if(DHCPLIB_LIBFUZZER)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

@@ -1,0 +1,24 @@
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/DhcpLib)
+
+install(TARGETS DhcpPlatform DhcpLib EXPORT DhcpLib)
+install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DhcpPlatform FILES_MATCHING PATTERN "*.h")
+# What only the library's sources include stays here: its functions are hidden.
+set(readers InfoInsertion|InfoReader|LeaseQueryReader|OptionIndex|ProfilingReader|RewritePlan|SubOptionWalk|VendorItems)
+install(DIRECTORY DhcpLib ${PROJECT_BINARY_DIR}/generated/DhcpLib DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        FILES_MATCHING PATTERN "*.h"
+        REGEX "/DhcpLib/(Toggle|Trace|OptionParser/(${readers}))\\.h$" EXCLUDE)
+install(FILES DhcpLib/DhcpLib.json DESTINATION ${CMAKE_INSTALL_DATADIR}/DhcpLib)
+
+# The libraries need no other package, so the exported targets are the whole package file.
+install(EXPORT DhcpLib NAMESPACE DhcpLib:: FILE DhcpLibConfig.cmake DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/DhcpLibConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/DhcpLibConfigVersion.cmake DESTINATION ${package_dir})
+
+# The pkg-config file names the prefix from its own place, so that the installed tree can be moved.
+set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}/${pkgconfig_dir}
+           OUTPUT_VARIABLE prefix_from_pkgconfig)
+configure_file(cmake/DhcpLib.pc.in DhcpLib.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/DhcpLib.pc DESTINATION ${pkgconfig_dir})

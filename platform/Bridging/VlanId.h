@@ -1,0 +1,63 @@
+#pragma once
+
+#include <compare>
+
+#include "Kcore/Encoding.h"
+#include "Kcore/Exception.h"
+#include "Kcore/Types.h"
+
+namespace Bridging {
+
+using Kcore::appendText;
+using Kcore::operator<<;
+
+/// A VLAN number with an upper bound: `Self` names it (`maxValue`) and the text with which a larger number is refused
+/// (`refusal`). 0 by default.
+template <class Self>
+class VlanNumber {
+public:
+    constexpr VlanNumber() = default;
+    /// Raises RangeException if `value` is above the bound.
+    constexpr explicit VlanNumber(unsigned value) { valueIs(value); }
+
+    constexpr Kcore::U16 value() const { return value_; }
+    constexpr void valueIs(unsigned value) {
+        if (value > Self::maxValue) Kcore::throwException(Self::refusal);
+        value_ = static_cast<Kcore::U16>(value);
+    }
+
+    std::size_t hash() const { return Kcore::hashOf(value_); }
+    void appendText(std::string& out) const { Kcore::appendText(out, value_); }
+    static bool parse(std::string_view text, Self* vlan) {
+        Kcore::CharRange range(text);
+        unsigned number = 0;
+        if (!Kcore::sequenceToValue(range, &number) || !range.empty() || number > Self::maxValue) return false;
+        vlan->valueIs(number);
+        return true;
+    }
+
+    friend constexpr bool operator==(const Self& a, const Self& b) { return a.value_ == b.value_; }
+    friend constexpr std::strong_ordering operator<=>(const Self& a, const Self& b) { return a.value_ <=> b.value_; }
+
+private:
+    Kcore::U16 value_ = 0;
+};
+
+/// A VLAN identifier: 0 to 4095, the 12 bits of the tag.
+class VlanId : public VlanNumber<VlanId> {
+public:
+    static constexpr unsigned maxValue = 4095;
+    static constexpr std::string_view refusal = "Bridging::VlanId::value > 4095 not allowed";
+    using VlanNumber::VlanNumber;
+};
+
+/// A VLAN identifier, or 0 for none: 0 to 4094, since 4095 is reserved (IEEE 802.1Q).
+class VlanIdOrNone : public VlanNumber<VlanIdOrNone> {
+public:
+    static constexpr unsigned maxValue = 4094;
+    static constexpr std::string_view refusal = "Bridging::VlanIdOrNone::value > 4094 not allowed";
+    using VlanNumber::VlanNumber;
+    constexpr operator VlanId() const { return VlanId(value()); }
+};
+
+}  // namespace Bridging

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Interface/EthDevPam.h"
+#include "Interface/Trace.h"
+#include "Kcore/FlatMap.h"
+
+namespace Interface {
+
+/// The packet access of each desired interface, for the agent's loop to poll and to read. Kept by an EthDevPamManager,
+/// which must not run while the loop walks it: handle the status directories before or after.
+class DHCPPLATFORM_EXPORT EthDevPamCollection final : public Kcore::Node {
+public:
+    using Ptr = Kcore::Ptr<EthDevPamCollection>;
+    using Pams = Kcore::FlatMap<Kitnet::IntfId, EthDevPam::Ptr>;
+
+    explicit EthDevPamCollection(const Kcore::String& name) : name_(name), life_("EthDevPamCollection", name) {}
+    ~EthDevPamCollection() override;
+    const Kcore::TypeData& typeData() const override;
+    static constexpr auto declaration() {
+        return Kcore::declare("EthDevPamCollection", Kcore::attribute("name", &EthDevPamCollection::name_),
+                              Kcore::attribute("ethDevPam", &EthDevPamCollection::ethDevPam_));
+    }
+
+    const Kcore::String& name() const { return name_; }
+    const Pams& ethDevPam() const { return ethDevPam_; }
+    /// Null for an interface that is not desired.
+    EthDevPam::Ptr ethDevPam(const Kitnet::IntfId& intf) const {
+        const EthDevPam::Ptr* const pam = ethDevPam_.find(intf);
+        return pam != nullptr ? *pam : nullptr;
+    }
+
+private:
+    friend class EthDevPamManager;
+
+    const Kcore::String name_;
+    Pams ethDevPam_;
+    const LifeTrace life_;
+};
+
+}  // namespace Interface

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "KernelNetInfo/Status.h"
+#include "Kitnet/IntfId.h"
+
+namespace Interface {
+
+/// Interfaces by their names, each with the name of the kernel device that carries it.
+class DHCPPLATFORM_EXPORT IntfStatusDir : public Kcore::Node {
+public:
+    using DeviceNames = Kcore::Directory<Kitnet::IntfId, Kcore::String>;
+
+    ~IntfStatusDir() override;
+
+    const DeviceNames& deviceName() const { return deviceName_; }
+    /// Null where the interface is not in the directory.
+    const Kcore::String* deviceName(const Kitnet::IntfId& intf) const { return deviceName_.find(intf); }
+
+protected:
+    template <class Dir>
+    static constexpr auto declarationOf(std::string_view className) {
+        return Kcore::declare(
+            className, Kcore::attribute(
+                           "deviceName", [](const Dir& dir) -> const auto& { return dir.deviceName().entries(); }));
+    }
+
+    DeviceNames deviceName_;
+};
+
+/// Every interface of the system, under the name of its device: follows the kernel's devices. A device whose name is
+/// not that of an interface (`Kitnet::IntfId`) is not here; give it one in the AllIntfStatusLocalDir.
+class DHCPPLATFORM_EXPORT AllIntfStatusDir final : public IntfStatusDir {
+public:
+    using Ptr = Kcore::Ptr<AllIntfStatusDir>;
+
+    explicit AllIntfStatusDir(const Kcore::Ptr<const KernelNetInfo::Status>& kniStatus);
+    ~AllIntfStatusDir() override;
+    const Kcore::TypeData& typeData() const override;
+    static constexpr auto declaration() { return declarationOf<AllIntfStatusDir>("AllIntfStatusDir"); }
+
+private:
+    void handleDevice(const Kcore::String& deviceName);
+
+    const Kcore::Ptr<const KernelNetInfo::Status> kniStatus_;
+    const Kcore::Observers<const Kcore::String&>::Observation devices_;
+};
+
+/// The names that this machine alone gives to devices, such as "Ethernet1" to "et1". A name that stands in
+/// AllIntfStatusDir as well means the device that is told here.
+class DHCPPLATFORM_EXPORT AllIntfStatusLocalDir final : public IntfStatusDir {
+public:
+    using Ptr = Kcore::Ptr<AllIntfStatusLocalDir>;
+
+    ~AllIntfStatusLocalDir() override;
+    const Kcore::TypeData& typeData() const override;
+    static constexpr auto declaration() { return declarationOf<AllIntfStatusLocalDir>("AllIntfStatusLocalDir"); }
+
+    /// The device need not exist.
+    void deviceNameIs(const Kitnet::IntfId& intf, const Kcore::String& name) { deviceName_.entryIs(intf, name); }
+    void deviceNameDel(const Kitnet::IntfId& intf) { deviceName_.entryDel(intf); }
+};
+
+}  // namespace Interface

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Interface/DeviceIntfStatusDir.h"
+#include "Interface/IntfStatusDir.h"
+
+namespace Interface {
+
+/// Keeps a directory of the interfaces that have a kernel device, here those that are known by that alone. What it
+/// put into the directory leaves with it.
+class DHCPPLATFORM_EXPORT KniIntfStatusManager : public Kcore::Node {
+public:
+    using Ptr = Kcore::Ptr<KniIntfStatusManager>;
+
+    KniIntfStatusManager(const DeviceIntfStatusDir::Ptr& deviceIntfStatusDir,
+                         const Kcore::Ptr<const KernelNetInfo::Status>& kniStatus);
+    ~KniIntfStatusManager() override;
+    const Kcore::TypeData& typeData() const override;
+    static constexpr auto declaration() {
+        return Kcore::declare("KniIntfStatusManager",
+                              Kcore::attribute("kernelOnlyInterface", &KniIntfStatusManager::kernelOnlyInterface));
+    }
+
+    /// Interfaces that no interface directory has, with the names of their devices.
+    const Kcore::FlatMap<Kitnet::IntfId, Kcore::String>& kernelOnlyInterface() const { return kernelOnlyInterface_; }
+    void kernelOnlyInterfaceIs(const Kitnet::IntfId& intf, const Kcore::String& deviceName);
+    void kernelOnlyInterfaceDel(Kitnet::IntfId intf);
+
+protected:
+    /// The name of the device that carries the interface; null for an unknown interface.
+    virtual const Kcore::String* deviceName(const Kitnet::IntfId& intf) const;
+    /// Brings the directory's entry of `intf` up to date.
+    void handleIntf(const Kitnet::IntfId& intf);
+
+private:
+    void handleDevice(const Kcore::String& deviceName);
+
+    const DeviceIntfStatusDir::Ptr deviceIntfStatusDir_;
+    const Kcore::Ptr<const KernelNetInfo::Status> kniStatus_;
+    Kcore::FlatMap<Kitnet::IntfId, Kcore::String> kernelOnlyInterface_;
+    Kcore::FlatMap<Kitnet::IntfId, Kcore::String> deviceOfIntf_;  // of every interface known at present
+    const Kcore::Observers<const Kcore::String&>::Observation devices_;
+};
+
+/// As its base, for the interfaces of this machine and those bundled of them, as the interface directories name them.
+/// Where several name one interface, the local directory is right before the other, and that before a kernel-only one.
+class DHCPPLATFORM_EXPORT LagLocalDeviceIntfStatusManager final : public KniIntfStatusManager {
+public:
+    using Ptr = Kcore::Ptr<LagLocalDeviceIntfStatusManager>;
+
+    LagLocalDeviceIntfStatusManager(const Kcore::Ptr<const AllIntfStatusDir>& allIntfStatusDir,
+                                    const Kcore::Ptr<const AllIntfStatusLocalDir>& allIntfStatusLocalDir,
+                                    const DeviceIntfStatusDir::Ptr& deviceIntfStatusDir,
+                                    const Kcore::Ptr<const KernelNetInfo::Status>& kniStatus);
+    ~LagLocalDeviceIntfStatusManager() override;
+    const Kcore::TypeData& typeData() const override;
+    static constexpr auto declaration() {
+        return Kcore::declare(
+            "LagLocalDeviceIntfStatusManager",
+            Kcore::attribute("kernelOnlyInterface", &LagLocalDeviceIntfStatusManager::kernelOnlyInterface));
+    }
+
+private:
+    using Observation = Kcore::Observers<const Kitnet::IntfId&>::Observation;
+
+    const Kcore::String* deviceName(const Kitnet::IntfId& intf) const override;
+    Observation observe(const IntfStatusDir& dir);
+
+    const Kcore::Ptr<const AllIntfStatusDir> allIntfStatusDir_;
+    const Kcore::Ptr<const AllIntfStatusLocalDir> allIntfStatusLocalDir_;
+    const LifeTrace life_;
+    const Observation all_;
+    const Observation local_;
+};
+
+}  // namespace Interface

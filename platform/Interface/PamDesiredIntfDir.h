@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Interface/Trace.h"
+#include "Kcore/Directory.h"
+#include "Kcore/TypeData.h"
+#include "Kitnet/IntfId.h"
+
+namespace Interface {
+
+/// The interfaces whose frames the agent wants, whether they exist at present or not.
+class DHCPPLATFORM_EXPORT PamDesiredIntfDir final : public Kcore::Node {
+public:
+    using Ptr = Kcore::Ptr<PamDesiredIntfDir>;
+
+    explicit PamDesiredIntfDir(const Kcore::String& name) : name_(name), life_("PamDesiredIntfDir", name) {}
+    ~PamDesiredIntfDir() override;
+    const Kcore::TypeData& typeData() const override;
+    static constexpr auto declaration() {
+        return Kcore::declare("PamDesiredIntfDir", Kcore::attribute("name", &PamDesiredIntfDir::name_),
+                              Kcore::attribute("intf", &PamDesiredIntfDir::intf_));
+    }
+
+    const Kcore::String& name() const { return name_; }
+    const Kcore::FlatSet<Kitnet::IntfId>& intf() const { return intf_; }
+    const Kcore::Observers<const Kitnet::IntfId&>& observers() const { return observers_; }
+    void intfIs(const Kitnet::IntfId& intf) {
+        if (intf_.insert(intf)) observers_.notify(intf);
+    }
+    void intfDel(Kitnet::IntfId intf) {
+        if (intf_.erase(intf)) observers_.notify(intf);
+    }
+
+private:
+    const Kcore::String name_;
+    Kcore::FlatSet<Kitnet::IntfId> intf_;
+    Kcore::Observers<const Kitnet::IntfId&> observers_;
+    const LifeTrace life_;
+};
+
+}  // namespace Interface

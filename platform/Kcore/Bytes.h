@@ -1,0 +1,76 @@
+#pragma once
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "Kcore/Types.h"
+
+namespace Kcore {
+
+/// A growable byte string in which option bytes are assembled. What one option can hold needs no allocation.
+class Bytes {
+public:
+    static constexpr std::size_t inlineCapacity = 272;
+
+    Bytes() = default;
+    Bytes(const Bytes& other) { append(other.span()); }
+    Bytes& operator=(const Bytes& other) {
+        if (this == &other) return *this;
+        clear();
+        append(other.span());
+        return *this;
+    }
+
+    std::size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+    const U8* data() const { return more_.empty() ? inline_ : more_.data(); }
+    U8* data() { return more_.empty() ? inline_ : more_.data(); }
+    const U8* begin() const { return data(); }
+    const U8* end() const { return data() + size_; }
+    std::span<const U8> span() const { return {data(), size_}; }
+    /// Requires: `i` < size().
+    U8 operator[](std::size_t i) const { return data()[i]; }
+    U8& operator[](std::size_t i) { return data()[i]; }
+
+    void clear() {
+        size_ = 0;
+        more_.clear();
+    }
+    /// New bytes are zero.
+    void resize(std::size_t n) {
+        if (n > inlineCapacity || !more_.empty())
+            spill(n);
+        else if (n > size_)
+            std::memset(inline_ + size_, 0, n - size_);
+        size_ = n;
+    }
+    void push_back(U8 byte) { append({&byte, 1}); }
+    void append(std::span<const U8> bytes) {
+        if (bytes.empty()) return;
+        const std::size_t at = size_;
+        if (size_ + bytes.size() > inlineCapacity || !more_.empty()) spill(size_ + bytes.size());
+        size_ += bytes.size();
+        std::memcpy(data() + at, bytes.data(), bytes.size());
+    }
+    void append(std::string_view bytes) { append({reinterpret_cast<const U8*>(bytes.data()), bytes.size()}); }
+
+    friend bool operator==(const Bytes& a, const Bytes& b) { return std::ranges::equal(a.span(), b.span()); }
+
+private:
+    void spill(std::size_t n) {
+        if (more_.empty()) {
+            more_.reserve(std::max(n, 2 * inlineCapacity));
+            more_.assign(inline_, inline_ + size_);
+        }
+        more_.resize(n);
+    }
+
+    std::vector<U8> more_;  // holds everything once the inline room was too small
+    std::size_t size_ = 0;
+    U8 inline_[inlineCapacity];
+};
+
+}  // namespace Kcore

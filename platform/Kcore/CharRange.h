@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string_view>
+
+namespace Kcore {
+
+/// Characters that are still to be decoded. A decoder that succeeds moves the start past what it took; one that
+/// fails leaves the range as it was.
+class CharRange {
+public:
+    CharRange(std::string_view text) : rest_(text) {}
+    CharRange(const char* text) : rest_(text) {}
+
+    std::string_view rest() const { return rest_; }
+    bool empty() const { return rest_.empty(); }
+    /// Takes `token` off the front; false, and nothing taken, where something else stands there.
+    bool take(std::string_view token) {
+        if (!rest_.starts_with(token)) return false;
+        rest_.remove_prefix(token.size());
+        return true;
+    }
+    /// Takes as many leading characters as satisfy `wanted`.
+    template <class Predicate>
+    std::string_view takeWhile(Predicate wanted) {
+        std::size_t n = 0;
+        while (n < rest_.size() && wanted(rest_[n])) ++n;
+        const std::string_view taken = rest_.substr(0, n);
+        rest_.remove_prefix(n);
+        return taken;
+    }
+
+private:
+    std::string_view rest_;
+};
+
+}  // namespace Kcore

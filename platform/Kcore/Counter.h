@@ -1,0 +1,47 @@
+#pragma once
+
+#include <atomic>
+
+#include "Kcore/Export.h"
+#include "Kcore/Types.h"
+
+namespace Kcore {
+
+/// Whether the process runs more than one thread. Declare it before the second thread starts and leave it set.
+class DHCPPLATFORM_EXPORT ThreadControl {
+public:
+    static bool multiThreaded() { return multiThreaded_.load(std::memory_order_relaxed); }
+    static void multiThreadedIs(bool on) { multiThreaded_.store(on, std::memory_order_relaxed); }
+
+private:
+    static std::atomic<bool> multiThreaded_;
+};
+
+/// A use or instance count: atomic read-modify-write once the process is multi-threaded, plain load and store before.
+class Counter {
+public:
+    explicit constexpr Counter(U32 start = 0) : count_(start) {}
+    Counter(const Counter&) = delete;
+    Counter& operator=(const Counter&) = delete;
+
+    U32 value() const { return count_.load(std::memory_order_relaxed); }
+    void increment() {
+        if (ThreadControl::multiThreaded()) [[unlikely]]
+            count_.fetch_add(1, std::memory_order_relaxed);
+        else
+            count_.store(value() + 1, std::memory_order_relaxed);
+    }
+    /// Returns the count that is left. What other holders wrote is visible to the one who reaches 0.
+    U32 decrement() {
+        if (ThreadControl::multiThreaded()) [[unlikely]]
+            return count_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+        const U32 left = value() - 1;
+        count_.store(left, std::memory_order_relaxed);
+        return left;
+    }
+
+private:
+    std::atomic<U32> count_;
+};
+
+}  // namespace Kcore

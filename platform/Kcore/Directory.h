@@ -1,0 +1,37 @@
+#pragma once
+
+#include <iterator>
+
+#include "Kcore/FlatMap.h"
+#include "Kcore/Observers.h"
+
+namespace Kcore {
+
+/// A map whose observers are called with the key of each entry that was added, changed or removed.
+template <class Key, class Value>
+class Directory {
+public:
+    const FlatMap<Key, Value>& entries() const { return entries_; }
+    /// The key's value, or null. Valid until the directory changes.
+    const Value* find(const Key& key) const { return entries_.find(key); }
+    const Observers<const Key&>& observers() const { return observers_; }
+
+    /// Calls nobody where the key has that value already. `key` is a copy: it may come from an entry.
+    void entryIs(Key key, const Value& value) {
+        if (const Value* const known = find(key); known != nullptr && *known == value) return;
+        entries_.insertOrAssign(key, value);
+        observers_.notify(key);
+    }
+    void entryDel(Key key) {
+        if (entries_.erase(key)) observers_.notify(key);
+    }
+    void entryDelAll() {
+        while (!entries_.empty()) entryDel(std::prev(entries_.end())->first);
+    }
+
+private:
+    FlatMap<Key, Value> entries_;
+    Observers<const Key&> observers_;
+};
+
+}  // namespace Kcore

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <charconv>
+#include <string>
+
+#include "Kcore/CharRange.h"
+#include "Kcore/Export.h"
+#include "Kcore/TypeData.h"
+
+namespace Kcore {
+
+/// Byte strings are encoded between quotes, with \", \\ and \xHH for what is not printable ASCII.
+DHCPPLATFORM_EXPORT void appendQuoted(std::string& out, std::string_view bytes);
+DHCPPLATFORM_EXPORT bool sequenceToValue(CharRange& range, String* value);
+DHCPPLATFORM_EXPORT bool sequenceToValue(CharRange& range, bool* value);
+
+template <class T>
+requires(std::is_integral_v<T> && !std::same_as<T, bool>) bool sequenceToValue(CharRange& range, T* value) {
+    const std::string_view text = range.rest();
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), *value);
+    if (error != std::errc{}) return false;
+    range.take(text.substr(0, static_cast<std::size_t>(end - text.data())));
+    return true;
+}
+
+/// A type that reads its own text form: `static bool parse(std::string_view, T*)`. Its text ends at a comma or brace.
+template <class T>
+requires requires(std::string_view text, T* value) {
+    { T::parse(text, value) } -> std::same_as<bool>;
+}
+bool sequenceToValue(CharRange& range, T* value) {
+    CharRange ahead = range;
+    const std::string_view text = ahead.takeWhile([](char c) { return c != ',' && c != '}'; });
+    if (!T::parse(text, value)) return false;
+    range = ahead;
+    return true;
+}
+
+/// "Name{first=1,second="ab"}": a value type, from its declaration. Derived attributes are left out; to be read back,
+/// the others are data members.
+template <Declared T>
+void appendEncoded(std::string& out, const T& value) {
+    out.append(T::declaration().name).push_back('{');
+    std::string_view gap;
+    const auto append = [&]<class Access>(const Attribute<Access>& attribute) {
+        if constexpr (!isDerived<Access>) {
+            const auto& member = std::invoke(attribute.access, value);
+            using Member = std::remove_cvref_t<decltype(member)>;
+            out.append(gap).append(attribute.name).push_back('=');
+            if constexpr (std::same_as<Member, String>)
+                appendQuoted(out, member);
+            else if constexpr (Declared<Member>)
+                appendEncoded(out, member);
+            else
+                appendText(out, member);
+            gap = ",";
+        }
+    };
+    std::apply([&](const auto&... attribute) { (append(attribute), ...); }, T::declaration().attributes);
+    out.push_back('}');
+}
+
+template <Declared T>
+std::string encoded(const T& value) {
+    std::string out;
+    appendEncoded(out, value);
+    return out;
+}
+
+/// Reads what `appendEncoded` wrote: true and the range advanced past it, or false and nothing touched.
+template <Declared T>
+requires std::is_copy_constructible_v<T>
+bool sequenceToValue(CharRange& range, T* value) {
+    CharRange ahead = range;
+    T read = *value;
+    bool good = ahead.take(T::declaration().name) && ahead.take("{");
+    std::string_view gap;
+    const auto readOne = [&]<class Access>(const Attribute<Access>& attribute) {
+        if constexpr (!isDerived<Access>) {
+            good = good && ahead.take(gap) && ahead.take(attribute.name) && ahead.take("=") &&
+                   sequenceToValue(ahead, &(read.*attribute.access));
+            gap = ",";
+        }
+    };
+    std::apply([&](const auto&... attribute) { (readOne(attribute), ...); }, T::declaration().attributes);
+    if (!good || !ahead.take("}")) return false;
+    *value = read;
+    range = ahead;
+    return true;
+}
+
+}  // namespace Kcore

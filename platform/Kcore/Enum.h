@@ -1,0 +1,87 @@
+#pragma once
+
+#include <array>
+#include <charconv>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "Kcore/CharRange.h"
+#include "Kcore/Exception.h"
+#include "Kcore/String.h"
+
+namespace Kcore {
+
+template <class E>
+struct EnumMember {
+    E value;
+    std::string_view name;
+};
+
+/// The names of an enumeration, listed once in a specialisation beside it:
+/// `static constexpr std::string_view name` and `static constexpr EnumMember<E> members[]`.
+template <class E>
+struct EnumTable;
+
+template <class E>
+concept NamedEnum = std::is_enum_v<E> && requires {
+    EnumTable<E>::members[0].name;
+};
+
+/// The member's name, or empty where `e` names no member.
+template <NamedEnum E>
+constexpr std::string_view enumName(E e) {
+    for (const auto& member : EnumTable<E>::members)
+        if (member.value == e) return member.name;
+    return {};
+}
+
+/// The member's name; the decimal number of a value that names no member.
+template <NamedEnum E>
+String stringValue(E e) {
+    if (const std::string_view name = enumName(e); !name.empty()) return name;
+    return std::to_string(static_cast<std::underlying_type_t<E>>(e));
+}
+
+/// Decodes the longest member name at the start of `range`: true and the range advanced past it, or false and
+/// nothing touched. A name must not go on behind the match with a letter, digit or underscore.
+template <NamedEnum E>
+bool sequenceToValue(CharRange& range, E* value) {
+    CharRange ahead = range;
+    const std::string_view word = ahead.takeWhile(
+        [](char c) { return c == '_' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); });
+    for (const auto& member : EnumTable<E>::members) {
+        if (member.name != word) continue;
+        *value = member.value;
+        range = ahead;
+        return true;
+    }
+    return false;
+}
+
+namespace Detail {
+
+[[noreturn]] inline void noSuchMember(std::string_view enumeration, std::string_view given) {
+    std::string message(enumeration);
+    throwException(message.append(" has no member ").append(given));
+}
+
+}  // namespace Detail
+
+/// The member of that number. Raises RangeException where there is none.
+template <NamedEnum E>
+E enumInstance(unsigned number) {
+    for (const auto& member : EnumTable<E>::members)
+        if (static_cast<U64>(member.value) == number) return member.value;
+    Detail::noSuchMember(EnumTable<E>::name, std::to_string(number));
+}
+
+/// The member of that name. Raises RangeException where there is none.
+template <NamedEnum E>
+E enumInstance(const String& name) {
+    for (const auto& member : EnumTable<E>::members)
+        if (member.name == name.view()) return member.value;
+    Detail::noSuchMember(EnumTable<E>::name, name);
+}
+
+}  // namespace Kcore

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Kcore/Assert.h"
+#include "Kcore/Bytes.h"
+#include "Kcore/CharRange.h"
+#include "Kcore/Duration.h"
+#include "Kcore/Encoding.h"
+#include "Kcore/Enum.h"
+#include "Kcore/Exception.h"
+#include "Kcore/FlatMap.h"
+#include "Kcore/Ptr.h"
+#include "Kcore/String.h"
+#include "Kcore/Text.h"
+#include "Kcore/TypeData.h"
+#include "Kcore/Types.h"

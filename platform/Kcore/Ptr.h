@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <type_traits>
+#include <utility>
+
+#include "Kcore/Node.h"
+
+namespace Kcore {
+
+/// Intrusive pointer to a `Node`: copying it raises the use count, destroying it lowers it.
+template <class T>
+class Ptr {
+public:
+    using element_type = T;
+
+    Ptr() = default;
+    Ptr(std::nullptr_t) {}
+    /// Takes part in the ownership of `object` (which may be null): raises its count.
+    explicit Ptr(T* object) : object_(object) { hold(); }
+    Ptr(const Ptr& other) : object_(other.object_) { hold(); }
+    Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    template <class U>
+    requires std::is_convertible_v<U*, T*> Ptr(const Ptr<U>& other) : object_(other.get()) { hold(); }
+    template <class U>
+    requires std::is_convertible_v<U*, T*> Ptr(Ptr<U>&& other)
+    noexcept : object_(other.release()) {}
+    ~Ptr() { letGo(); }
+
+    Ptr& operator=(Ptr other) noexcept {
+        std::swap(object_, other.object_);
+        return *this;
+    }
+
+    T* get() const { return object_; }
+    T* operator->() const { return object_; }
+    T& operator*() const { return *object_; }
+    explicit operator bool() const { return object_ != nullptr; }
+
+    /// Takes over a count that is already held, such as the 1 of a new object.
+    static Ptr adopt(T* object) {
+        Ptr p;
+        p.object_ = object;
+        return p;
+    }
+    /// Gives the held count away without lowering it.
+    T* release() { return std::exchange(object_, nullptr); }
+
+private:
+    void hold() const {
+        if (object_ != nullptr) object_->incUse();
+    }
+    void letGo() const {
+        if (object_ != nullptr) object_->decUse();
+    }
+
+    T* object_ = nullptr;
+};
+
+template <class T, class U>
+bool operator==(const Ptr<T>& a, const Ptr<U>& b) {
+    return a.get() == b.get();
+}
+template <class T>
+bool operator==(const Ptr<T>& a, std::nullptr_t) {
+    return a.get() == nullptr;
+}
+
+/// A new `T`, owned by the pointer that is returned.
+template <class T, class... Args>
+Ptr<T> makeNode(Args&&... args) {
+    return Ptr<T>::adopt(new T(std::forward<Args>(args)...));
+}
+
+}  // namespace Kcore
+
+template <class T>
+struct std::hash<Kcore::Ptr<T>> {
+    std::size_t operator()(const Kcore::Ptr<T>& p) const noexcept { return std::hash<T*>{}(p.get()); }
+};

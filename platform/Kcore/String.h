@@ -1,0 +1,143 @@
+#pragma once
+
+#include <compare>
+#include <concepts>
+#include <cstring>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "Kcore/Counter.h"
+#include "Kcore/Export.h"
+#include "Kcore/Hash.h"
+
+namespace Kcore {
+
+/// An immutable byte string (any bytes, zero included; not terminated). Up to `inlineCapacity` bytes live in the
+/// object itself, longer ones in a shared block, so that a copy never copies many bytes.
+class DHCPPLATFORM_EXPORT String {
+public:
+    static constexpr std::size_t inlineCapacity = 30;
+    static constexpr std::size_t npos = std::string_view::npos;
+
+    String() : size_(0) {}
+    String(std::string_view bytes) { assign(bytes); }
+    String(const char* text) : String(std::string_view(text)) {}
+    String(const std::string& bytes) : String(std::string_view(bytes)) {}
+    String(const char* bytes, std::size_t size) : String(std::string_view(bytes, size)) {}
+    String(const String& other) { copyFrom(other); }
+    String(String&& other) noexcept { takeFrom(other); }
+    ~String() {
+        if (isShared()) letGo();
+    }
+
+    String& operator=(const String& other) { return *this = String(other); }
+    String& operator=(String&& other) noexcept {
+        if (this == &other) return *this;
+        if (isShared()) letGo();
+        takeFrom(other);
+        return *this;
+    }
+
+    std::size_t size() const { return isShared() ? shared()->size : size_; }
+    bool empty() const { return size_ == 0; }
+    const char* data() const { return isShared() ? shared()->bytes() : inline_; }
+    const char* begin() const { return data(); }
+    const char* end() const { return data() + size(); }
+    operator std::string_view() const { return view(); }
+    std::string_view view() const { return {data(), size()}; }
+    std::string str() const { return std::string(view()); }
+
+    /// Requires: `i` < size().
+    char operator[](std::size_t i) const { return data()[i]; }
+    /// Raises RangeException if `i` is not below size().
+    char at(std::size_t i) const;
+    std::size_t find(std::string_view what, std::size_t from = 0) const { return view().find(what, from); }
+    std::size_t find(char what, std::size_t from = 0) const { return view().find(what, from); }
+    /// At most `count` bytes from `pos`. Raises RangeException if `pos` is beyond size().
+    String substr(std::size_t pos, std::size_t count = npos) const;
+    /// As substr, but empty where `pos` is beyond size().
+    String substrOrEmpty(std::size_t pos, std::size_t count = npos) const;
+
+    std::size_t hash() const { return hashBytes(data(), size()); }
+    void appendText(std::string& out) const { out.append(view()); }
+
+    friend bool operator==(const String& a, const String& b) { return a.view() == b.view(); }
+    template <class T>
+    requires(!std::same_as<T, String> && std::convertible_to<const T&, std::string_view>) friend bool operator==(
+        const String& a, const T& b) {
+        return a.view() == std::string_view(b);
+    }
+    friend std::strong_ordering operator<=>(const String& a, const String& b) { return a.view() <=> b.view(); }
+    friend String operator+(const String& a, const String& b) { return joined(a, b); }
+
+private:
+    struct Shared {
+        Counter uses{1};
+        U32 size;
+        char* bytes() { return reinterpret_cast<char*>(this + 1); }
+    };
+    static constexpr U8 sharedMark = 0xff;
+
+    bool isShared() const { return size_ == sharedMark; }
+    Shared* shared() const {
+        Shared* block;
+        std::memcpy(&block, inline_, sizeof block);
+        return block;
+    }
+    void assign(std::string_view bytes) {
+        if (bytes.size() > inlineCapacity) return assignShared(bytes, {});
+        size_ = static_cast<U8>(bytes.size());
+        copyShort(inline_, bytes.data(), bytes.size());
+    }
+    /// At most `inlineCapacity` bytes, in two overlapping words: most strings here are too short for a call.
+    static void copyShort(char* to, const char* from, std::size_t n) {
+        if (n >= 16)
+            copyEnds<16>(to, from, n);
+        else if (n >= 8)
+            copyEnds<8>(to, from, n);
+        else if (n >= 4)
+            copyEnds<4>(to, from, n);
+        else
+            for (std::size_t i = 0; i < n; ++i) to[i] = from[i];
+    }
+    template <std::size_t Word>
+    static void copyEnds(char* to, const char* from, std::size_t n) {
+        char first[Word], last[Word];
+        std::memcpy(first, from, Word);
+        std::memcpy(last, from + n - Word, Word);
+        std::memcpy(to, first, Word);
+        std::memcpy(to + n - Word, last, Word);
+    }
+    void copyFrom(const String& other) {
+        copyStorage(other);
+        size_ = other.size_;
+        if (isShared()) shared()->uses.increment();
+    }
+    void takeFrom(String& other) {
+        copyStorage(other);
+        size_ = std::exchange(other.size_, U8{0});
+    }
+// Bytes that a short string does not use are copied with it, of which compilers warn.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#endif
+    void copyStorage(const String& other) { std::memcpy(inline_, other.inline_, sizeof inline_); }
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+    void assignShared(std::string_view head, std::string_view tail);
+    void letGo();
+    static String joined(std::string_view a, std::string_view b);
+
+    alignas(void*) char inline_[inlineCapacity + 1];
+    U8 size_;  // of the inline bytes, or `sharedMark`
+};
+static_assert(sizeof(String) == 32);
+
+DHCPPLATFORM_EXPORT std::ostream& operator<<(std::ostream& out, const String& s);
+
+}  // namespace Kcore

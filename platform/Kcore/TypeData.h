@@ -1,0 +1,166 @@
+#pragma once
+
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <vector>
+
+#include "Kcore/Export.h"
+#include "Kcore/Hash.h"
+#include "Kcore/Node.h"
+#include "Kcore/Text.h"
+
+namespace Kcore {
+
+/// One attribute of a class: its name, and the data member or the accessor that gives its value.
+template <class Access>
+struct Attribute {
+    std::string_view name;
+    Access access;
+};
+template <class Access>
+constexpr Attribute<Access> attribute(std::string_view name, Access access) {
+    return {name, access};
+}
+
+/// Marks the access to a value that follows from other attributes.
+template <class Access>
+struct DerivedAccess {
+    Access access;
+    decltype(auto) operator()(const auto& object) const { return std::invoke(access, object); }
+};
+template <class Access>
+inline constexpr bool isDerived = false;
+template <class Access>
+inline constexpr bool isDerived<DerivedAccess<Access>> = true;
+
+/// An attribute that follows from others: it stands in the table, and not in the text form.
+template <class Access>
+constexpr auto derived(std::string_view name, Access access) {
+    return attribute(name, DerivedAccess<Access>{access});
+}
+/// A constant among the attributes, the same for every object: as a derived one.
+template <class T>
+constexpr auto constant(std::string_view name, T value) {
+    return derived(name, [value](const auto&) { return value; });
+}
+
+/// A string attribute that holds text of the program's own making, not bytes from elsewhere: its value is a
+/// std::string_view, while byte strings are `String`.
+template <class T>
+constexpr auto text(std::string_view name, const String& (T::*access)() const) {
+    return attribute(name, [access](const T& object) { return (object.*access)().view(); });
+}
+
+/// What a class says of itself, once, in `static constexpr auto declaration()`: its name and its attributes in order.
+/// The attribute table, equality, hashing, text encoding and decoding all come from there.
+template <class... Accesses>
+struct Declaration {
+    std::string_view name;
+    std::tuple<Attribute<Accesses>...> attributes;
+};
+template <class... Accesses>
+constexpr Declaration<Accesses...> declare(std::string_view name, Attribute<Accesses>... attributes) {
+    return {name, {attributes...}};
+}
+
+template <class T>
+concept Declared = requires {
+    T::declaration().attributes;
+};
+
+/// Calls `visit(name, value)` for each attribute of `object`, in order.
+template <class T, class Visit>
+void forEachAttribute(const T& object, Visit visit) {
+    std::apply([&](const auto&... a) { (visit(a.name, std::invoke(a.access, object)), ...); },
+               T::declaration().attributes);
+}
+
+template <class T>
+bool equalAttributes(const T& a, const T& b) {
+    return std::apply(
+        [&](const auto&... attribute) {
+            return ((std::invoke(attribute.access, a) == std::invoke(attribute.access, b)) && ...);
+        },
+        T::declaration().attributes);
+}
+
+template <class T>
+std::size_t hashAttributes(const T& object) {
+    U64 h = 0;
+    forEachAttribute(object, [&](std::string_view, const auto& value) { h = mixBits(h ^ hashOf(value)); });
+    return h;
+}
+
+/// One row of an attribute table. `appendText` takes the address of the object, for a `Node` class that of its Node.
+struct AttributeData {
+    std::string_view name;
+    void (*appendText)(std::string& out, const void* object);
+};
+
+/// The attribute table of a class, as it is seen at run time.
+class TypeData {
+public:
+    TypeData(std::string_view name, std::vector<AttributeData> attributes)
+        : name_(name), attributes_(std::move(attributes)) {}
+    std::string_view name() const { return name_; }
+    std::span<const AttributeData> attributes() const { return attributes_; }
+
+private:
+    std::string_view name_;
+    std::vector<AttributeData> attributes_;
+};
+
+namespace Detail {
+
+template <class T, std::size_t I>
+void appendAttribute(std::string& out, const void* address) {
+    using Seen = std::conditional_t<std::is_base_of_v<Node, T>, Node, T>;
+    const T& object = static_cast<const T&>(*static_cast<const Seen*>(address));
+    appendText(out, std::invoke(std::get<I>(T::declaration().attributes).access, object));
+}
+
+template <class T, std::size_t... I>
+std::vector<AttributeData> attributeRows(std::index_sequence<I...>) {
+    return {AttributeData{std::get<I>(T::declaration().attributes).name, &appendAttribute<T, I>}...};
+}
+
+}  // namespace Detail
+
+/// Not constrained by `Declared`: a class may call it from a member function above its declaration().
+template <class T>
+const TypeData& typeDataOf() {
+    constexpr std::size_t count = std::tuple_size_v<decltype(T::declaration().attributes)>;
+    static const TypeData data{T::declaration().name, Detail::attributeRows<T>(std::make_index_sequence<count>{})};
+    return data;
+}
+
+/// The types of each source module, in the order in which they were registered.
+class DHCPPLATFORM_EXPORT TypeRegistry {
+public:
+    struct Module {
+        std::string_view name;
+        std::vector<const TypeData*> types;
+    };
+    static TypeRegistry& instance();
+    void moduleIs(std::string_view name, std::vector<const TypeData*> types);
+    const std::vector<Module>& modules() const { return modules_; }
+    /// Null where no type of that name is registered.
+    const TypeData* type(std::string_view name) const;
+
+private:
+    std::vector<Module> modules_;
+};
+
+/// Registers the classes of a source module when the module is loaded.
+template <class... Types>
+struct ModuleTypes {
+    explicit ModuleTypes(std::string_view module) {
+        TypeRegistry::instance().moduleIs(module, {&typeDataOf<Types>()...});
+    }
+};
+
+}  // namespace Kcore

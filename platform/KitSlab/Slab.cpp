@@ -1,0 +1,77 @@
+#include "KitSlab/Slab.h"
+
+#include <array>
+#include <new>
+
+namespace KitSlab {
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool slabsInUse = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
+constexpr bool slabsInUse = false;
+#else
+constexpr bool slabsInUse = true;
+#endif
+#else
+constexpr bool slabsInUse = true;
+#endif
+
+constexpr std::size_t grain = 16;
+constexpr std::size_t keptPerSize = 1024;  // what a burst leaves behind is bounded
+
+struct FreeSlot {
+    FreeSlot* next;
+};
+
+struct FreeList {
+    FreeSlot* first = nullptr;
+    std::size_t count = 0;
+};
+
+struct FreeLists {
+    std::array<FreeList, largestSlab / grain + 1> bySize;
+    ~FreeLists();
+};
+
+// Views may outlive the lists while a thread ends; they are then freed the ordinary way.
+thread_local bool listsGone = false;
+thread_local FreeLists lists;
+
+FreeLists::~FreeLists() {
+    listsGone = true;
+    for (FreeList& list : bySize)
+        while (FreeSlot* slot = list.first) {
+            list.first = slot->next;
+            ::operator delete(slot);
+        }
+}
+
+bool isSlab(std::size_t size) { return slabsInUse && size <= largestSlab && !listsGone; }
+std::size_t rounded(std::size_t size) { return (size + grain - 1) / grain * grain; }
+FreeList& listOf(std::size_t size) { return lists.bySize[(size + grain - 1) / grain]; }
+
+}  // namespace
+
+void* slabAlloc(std::size_t size) {
+    if (!isSlab(size)) return ::operator new(rounded(size));
+    FreeList& list = listOf(size);
+    if (list.first == nullptr) return ::operator new(rounded(size));
+    --list.count;
+    FreeSlot* slot = list.first;
+    list.first = slot->next;
+    return slot;
+}
+
+void slabFree(void* memory, std::size_t size) noexcept {
+    if (memory == nullptr) return;
+    if (!isSlab(size)) return ::operator delete(memory);
+    FreeList& list = listOf(size);
+    if (list.count == keptPerSize) return ::operator delete(memory);
+    ++list.count;
+    list.first = new (memory) FreeSlot{list.first};
+}
+
+}  // namespace KitSlab

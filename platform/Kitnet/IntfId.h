@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <bit>
+
+#include "Kitnet/WireBytes.h"
+
+namespace Kitnet {
+
+/// The name of an interface, held in the object itself: names also come from the wire, so none is ever kept in a
+/// table. 1 to 63 characters, first a letter, then letters, digits, '-', '_', '.' and '/'. Empty by default.
+class DHCPPLATFORM_EXPORT IntfId {
+public:
+    static constexpr std::size_t maxNameBytes = 63;
+
+    IntfId() = default;
+    /// Raises RangeException where `name` is not a valid one.
+    explicit IntfId(std::string_view name) { handleInitialized(name); }
+    /// As the constructor; a refused name changes nothing.
+    void handleInitialized(std::string_view name);
+    static bool isValidName(std::string_view name);
+
+    std::string_view name() const { return {name_, size_}; }
+    bool isEmpty() const { return size_ == 0; }
+    /// "Et1" for "Ethernet1", likewise for the other kinds of port that are numbered; else the name itself.
+    Kcore::String shortName() const;
+
+    /// Every byte behind the name is zero, so whole words do.
+    std::size_t hash() const { return Kcore::hashBytes(name_, wordCount() * sizeof(U64)); }
+    void appendText(std::string& out) const { out.append(name()); }
+    /// As handleInitialized, but tells by its result; the empty text is the empty identifier.
+    static bool parse(std::string_view text, IntfId* value);
+
+    friend bool operator==(const IntfId& a, const IntfId& b) {
+        if (a.size_ != b.size_) return false;
+        const auto words = std::bit_cast<Words>(a), others = std::bit_cast<Words>(b);
+        for (std::size_t i = 0; i < a.wordCount(); ++i)
+            if (words[i] != others[i]) return false;
+        return true;
+    }
+    friend std::strong_ordering operator<=>(const IntfId& a, const IntfId& b) { return a.name() <=> b.name(); }
+
+private:
+    using Words = std::array<U64, 8>;
+
+    /// Requires: a valid name, or the empty one.
+    void assign(std::string_view name);
+    std::size_t wordCount() const { return (size_ + sizeof(U64) - 1) / sizeof(U64); }
+
+    alignas(U64) char name_[maxNameBytes] = {};
+    U8 size_ = 0;
+};
+static_assert(sizeof(IntfId) == 64 && std::is_trivially_copyable_v<IntfId>);
+
+}  // namespace Kitnet

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "Kcore/Enum.h"
+#include "Kitnet/IpAddr.h"
+
+namespace Kitnet {
+
+enum class AddressFamily : U8 { unset, ipv4, ipv6 };
+
+}  // namespace Kitnet
+
+template <>
+struct Kcore::EnumTable<Kitnet::AddressFamily> {
+    static constexpr std::string_view name = "AddressFamily";
+    static constexpr EnumMember<Kitnet::AddressFamily> members[] = {
+        {Kitnet::AddressFamily::unset, "unset"},
+        {Kitnet::AddressFamily::ipv4, "ipv4"},
+        {Kitnet::AddressFamily::ipv6, "ipv6"},
+    };
+};
+
+namespace Kitnet {
+
+using Kcore::sequenceToValue;
+using Kcore::stringValue;
+
+inline AddressFamily AddressFamilyInstance(unsigned number) { return Kcore::enumInstance<AddressFamily>(number); }
+inline AddressFamily AddressFamilyInstance(const Kcore::String& name) {
+    return Kcore::enumInstance<AddressFamily>(name);
+}
+
+/// An address of either family, or none yet (the default).
+class DHCPPLATFORM_EXPORT IpGenAddr {
+public:
+    constexpr IpGenAddr() = default;
+    /// The all-zero address of that family.
+    constexpr explicit IpGenAddr(AddressFamily family) : family_(family) {}
+    constexpr IpGenAddr(const IpAddr& address) { handleV4Addr(address); }
+    constexpr IpGenAddr(const Ip6Addr& address) { handleV6Addr(address); }
+    /// Raises RangeException where `text` is an address of neither family.
+    static IpGenAddr fromText(std::string_view text);
+
+    constexpr void handleV4Addr(const IpAddr& address) {
+        family_ = AddressFamily::ipv4;
+        v4_ = address;
+        v6_ = {};
+    }
+    constexpr void handleV6Addr(const Ip6Addr& address) {
+        family_ = AddressFamily::ipv6;
+        v4_ = {};
+        v6_ = address;
+    }
+
+    constexpr AddressFamily family() const { return family_; }
+    constexpr bool isV4() const { return family_ == AddressFamily::ipv4; }
+    constexpr bool isV6() const { return family_ == AddressFamily::ipv6; }
+    /// The address, or the all-zero one where the family is another.
+    constexpr const IpAddr& v4Addr() const { return v4_; }
+    constexpr const Ip6Addr& v6Addr() const { return v6_; }
+    /// An address of some family that is not all zero.
+    constexpr bool isUsable() const { return !v4_.isAny() || !v6_.isUnspecified(); }
+
+    std::size_t hash() const { return Kcore::hashBytes(this, sizeof *this); }
+    /// The text of the address it holds; empty where it is unset.
+    void appendText(std::string& out) const;
+    static bool parse(std::string_view text, IpGenAddr* value);
+
+    friend constexpr bool operator==(const IpGenAddr&, const IpGenAddr&) = default;
+    friend constexpr std::strong_ordering operator<=>(const IpGenAddr&, const IpGenAddr&) = default;
+
+private:
+    AddressFamily family_ = AddressFamily::unset;
+    IpAddr v4_;
+    Ip6Addr v6_;
+};
+static_assert(sizeof(IpGenAddr) == 21 && std::has_unique_object_representations_v<IpGenAddr>);
+
+}  // namespace Kitnet

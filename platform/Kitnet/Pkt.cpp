@@ -1,0 +1,111 @@
+#include "Kitnet/Pkt.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <string_view>
+
+#include "Kcore/Exception.h"
+
+namespace Kitnet {
+
+namespace {
+
+const Kcore::ModuleTypes<Pkt> registration{"Kitnet"};
+
+U32 checkedBytes(Kcore::U64 n) {
+    if (n > std::numeric_limits<U32>::max()) Kcore::throwException("Kitnet::Pkt::bytes > 4294967295 not allowed");
+    return static_cast<U32>(n);
+}
+
+Pkt::Storage storageOfEnvironment() {
+    const char* const wanted = std::getenv("DHCPLIB_PKT_STORAGE");
+    return wanted != nullptr && std::string_view(wanted) == "tight" ? Pkt::Storage::tight : Pkt::Storage::roomy;
+}
+
+}  // namespace
+
+KitSlab::AllocationTracker Pkt::memAllocationTracker_;
+
+Pkt::Pkt(std::span<const U8> bytes, Storage storage) : bytes_(checkedBytes(bytes.size())), mode_(storage) {
+    const bool roomy = mode_ == Storage::roomy;
+    move(roomy ? headRoom : 0, 0, bytes_ + (roomy ? std::size_t{tailRoom} + guardBytes : 0));
+    std::copy(bytes.begin(), bytes.end(), data_);
+    freeTail_ -= bytes_;
+}
+
+Pkt::~Pkt() = default;
+
+const Kcore::TypeData& Pkt::typeData() const { return Kcore::typeDataOf<Pkt>(); }
+
+U32 Pkt::grownBy(U32 n) const { return checkedBytes(Kcore::U64{bytes_} + n); }
+
+/// Moves the first `kept` bytes into new storage that has `head` bytes in front of them and `tail` zero ones behind.
+void Pkt::move(std::size_t head, U32 kept, std::size_t tail) {
+    auto storage = std::make_unique_for_overwrite<U8[]>(head + kept + tail);
+    U8* const data = storage.get() + head;
+    std::fill_n(std::copy_n(data_, kept, data), tail, U8{0});
+    storage_ = std::move(storage);
+    data_ = data;
+    freeTail_ = tail;
+}
+
+/// Sees to `head` free bytes in front of the packet and `tail` behind it. An end that has to move gets as much again
+/// as the packet will have then, so that the cost of growth by small steps stays linear.
+void Pkt::makeRoom(std::size_t head, std::size_t tail) {
+    if (mode_ == Storage::tight) return move(head, bytes_, tail);
+    const std::size_t headNow = freeHead(), tailNow = freeTail_ - guardBytes;
+    if (head <= headNow && tail <= tailNow) return;
+    const std::size_t grown = bytes_ + head + tail;
+    const auto room = [grown](std::size_t wanted, std::size_t now, std::size_t usual) {
+        return wanted <= now ? now : wanted + std::max(usual, grown);
+    };
+    move(room(head, headNow, headRoom), bytes_, room(tail, tailNow, tailRoom) + guardBytes);
+}
+
+void Pkt::newSharedHeadData(U32 n) {
+    const U32 grown = grownBy(n);
+    makeRoom(n, 0);
+    data_ -= n;
+    std::fill_n(data_, n, U8{0});
+    bytes_ = grown;
+}
+
+void Pkt::newSharedTailData(U32 n) {
+    const U32 grown = grownBy(n);
+    makeRoom(0, n);
+    std::fill_n(data_ + bytes_, n, U8{0});  // it may have shrunk from there
+    freeTail_ -= n;
+    bytes_ = grown;
+}
+
+void Pkt::delSharedTailData(U32 n) {
+    if (n > bytes_) Kcore::throwException("Kitnet::Pkt::delSharedTailData > bytes() not allowed");
+    if (mode_ == Storage::tight)
+        move(0, bytes_ - n, 0);
+    else
+        freeTail_ += n;
+    bytes_ -= n;
+}
+
+void Pkt::vlanTagIs(U16 tpid, U16 tci) {
+    vlanTagPresent_ = true;
+    vlanTagTpid_ = tpid;
+    vlanTagTci_ = tci;
+}
+
+void Pkt::vlanTagDel() {
+    vlanTagPresent_ = false;
+    vlanTagTpid_ = vlanTagTci_ = 0;
+}
+
+Kcore::Ptr<Pkt> Pkt::Manager::newPkt(std::span<const U8> bytes) {
+    return Kcore::Ptr<Pkt>::adopt(new Pkt(bytes, storage()));
+}
+
+Pkt::Manager& globalPktManager() {
+    static Pkt::Manager manager(storageOfEnvironment());
+    return manager;
+}
+
+}  // namespace Kitnet

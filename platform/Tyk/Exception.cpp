@@ -1,0 +1,10 @@
+#include "Tyk/Exception.h"
+
+#include <string>
+
+namespace Tyk {
+
+InternalException::InternalException(std::string_view message) : std::runtime_error(std::string(message)) {}
+InternalException::~InternalException() = default;
+
+}  // namespace Tyk

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <compare>
+#include <concepts>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "Kcore/Exception.h"
+#include "Kcore/String.h"
+
+namespace Tyk {
+
+using String = Kcore::String;
+
+/// A byte string of at most `N` bytes, read like a `String`. Made from or assigned more bytes it raises
+/// Kcore::RangeException "Tyk::String::bytes > maxLength() not allowed"; an assignment then changes nothing.
+template <std::size_t N>
+class BoundedString {
+public:
+    static constexpr std::size_t maxLength() { return N; }
+
+    BoundedString() = default;
+    template <class Bytes>
+    requires std::convertible_to<const Bytes&, std::string_view> BoundedString(const Bytes& bytes)
+        : bytes_(checked(bytes)) {}
+
+    std::size_t size() const { return bytes_.size(); }
+    bool empty() const { return bytes_.empty(); }
+    const char* data() const { return bytes_.data(); }
+    const char* begin() const { return bytes_.begin(); }
+    const char* end() const { return bytes_.end(); }
+    operator std::string_view() const { return bytes_; }
+    std::string_view view() const { return bytes_; }
+    const String& string() const { return bytes_; }
+
+    /// Requires: `i` < size().
+    char operator[](std::size_t i) const { return bytes_[i]; }
+    /// Raises Kcore::RangeException if `i` is not below size().
+    char at(std::size_t i) const { return bytes_.at(i); }
+    template <class What>
+    std::size_t find(const What& what, std::size_t from = 0) const {
+        return bytes_.find(what, from);
+    }
+    String substr(std::size_t pos, std::size_t count = String::npos) const { return bytes_.substr(pos, count); }
+    String substrOrEmpty(std::size_t pos, std::size_t count = String::npos) const {
+        return bytes_.substrOrEmpty(pos, count);
+    }
+
+    std::size_t hash() const { return bytes_.hash(); }
+    void appendText(std::string& out) const { bytes_.appendText(out); }
+
+    friend bool operator==(const BoundedString& a, const BoundedString& b) { return a.bytes_ == b.bytes_; }
+    template <class Bytes>
+    requires std::convertible_to<const Bytes&, std::string_view>
+    friend bool operator==(const BoundedString& a, const Bytes& b) { return a.view() == std::string_view(b); }
+    friend std::strong_ordering operator<=>(const BoundedString& a, const BoundedString& b) {
+        return a.bytes_ <=> b.bytes_;
+    }
+
+private:
+    template <class Bytes>
+    static const Bytes& checked(const Bytes& bytes) {
+        if (std::string_view(bytes).size() > N) Kcore::throwException("Tyk::String::bytes > maxLength() not allowed");
+        return bytes;
+    }
+
+    String bytes_;
+};
+
+}  // namespace Tyk

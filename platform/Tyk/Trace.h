@@ -1,0 +1,138 @@
+#pragma once
+
+#include <array>
+#include <concepts>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "Kcore/Export.h"
+#include "Kcore/Text.h"
+#include "Tyk/RingTrace.h"
+#include "Tyk/TraceHandle.h"
+
+namespace Tyk {
+
+/// The text of a trace line, with one `{}` for each argument; their number is checked when it is compiled.
+template <class... Args>
+class TraceText {
+public:
+    template <std::convertible_to<std::string_view> Text>
+    consteval TraceText(const Text& text) : text_(text) {
+        if (placeholders() != sizeof...(Args)) placeholdersAndArgumentsDiffer();
+    }
+    constexpr std::string_view view() const { return text_; }
+
+private:
+    constexpr std::size_t placeholders() const {
+        std::size_t count = 0;
+        for (auto at = text_.find("{}"); at != text_.npos; at = text_.find("{}", at + 2)) ++count;
+        return count;
+    }
+    static void placeholdersAndArgumentsDiffer() {}  // not constexpr: naming it is the compiler's complaint
+
+    std::string_view text_;
+};
+
+namespace Detail {
+
+enum class TraceTo : bool { text, textAndRing };
+
+struct TraceArg {
+    const void* value;
+    void (*append)(std::string& out, const void* value);
+};
+
+template <class T>
+void appendTraceArg(std::string& out, const void* value) {
+    Kcore::appendText(out, *static_cast<const T*>(value));
+}
+
+[[gnu::cold]] DHCPPLATFORM_EXPORT void trace(TraceTo to, const TraceHandle& handle, int level, const TraceSite& site,
+                                             std::string_view text, std::span<const TraceArg> args);
+/// Hands a finished line to the sink, else to stderr.
+[[gnu::cold]] DHCPPLATFORM_EXPORT void emitTrace(const TraceHandle& handle, int level, const TraceSite& site,
+                                                 std::string_view text);
+
+/// How an argument reaches the formatter. Small ones travel by value, and so does the site: an address that escapes,
+/// even on a path that is never taken, would keep the caller's variable out of its registers.
+template <class T>
+using TraceParam =
+    std::conditional_t<std::convertible_to<const T&, std::string_view>, std::string_view,
+                       std::conditional_t<std::is_trivially_copyable_v<T> && sizeof(T) <= 16, const T, const T&>>;
+
+template <class T>
+void formatterIsRegistered() {
+    if constexpr (Kcore::NamedEnum<T>) {
+        static const bool once = (RingTrace::formatterIs({Kcore::EnumTable<T>::name,
+                                                          [](std::string& out, Kcore::U64 v) {
+                                                              Kcore::appendText(out, static_cast<T>(v));
+                                                          }}),
+                                  true);
+        static_cast<void>(once);
+    }
+}
+
+template <TraceTo to, class... Params>
+[[gnu::cold, gnu::noinline]] void traceWanted(const TraceHandle& handle, int level, TraceSite site,
+                                              std::string_view text, Params... args) {
+    if constexpr (to == TraceTo::textAndRing) (formatterIsRegistered<std::remove_cvref_t<Params>>(), ...);
+    const std::array<TraceArg, sizeof...(Params)> erased{
+        TraceArg{std::addressof(args), &appendTraceArg<std::remove_cvref_t<Params>>}...};
+    trace(to, handle, level, site, text, erased);
+}
+
+}  // namespace Detail
+
+/// Traces `text` with the arguments' text forms (`Kcore::appendText`) in place of its `{}`:
+/// `fmtrace(handle, 2, {}, "{} bytes left, {} needed", left, needed)`. A line that is not wanted costs a compare.
+template <class... Args>
+void fmtrace(const TraceHandle& handle, int level, TraceSite site, TraceText<std::type_identity_t<Args>...> text,
+             const Args&... args) {
+    if (handle.wanted(level)) [[unlikely]]
+        Detail::traceWanted<Detail::TraceTo::text, Detail::TraceParam<Args>...>(handle, level, site, text.view(),
+                                                                                args...);
+}
+
+/// As `fmtrace`, to the text trace and to `RingTrace`, each by its own level; formatted once. The enumerations among
+/// the arguments register their formatter with the ring.
+template <class... Args>
+void DualTrace(const TraceHandle& handle, int level, TraceSite site, TraceText<std::type_identity_t<Args>...> text,
+               const Args&... args) {
+    if (handle.wanted(level) || RingTrace::wanted(level)) [[unlikely]]
+        Detail::traceWanted<Detail::TraceTo::textAndRing, Detail::TraceParam<Args>...>(handle, level, site, text.view(),
+                                                                                       args...);
+}
+
+/// Builds a line piece by piece and traces it when destroyed: `TraceHelper(handle, 2).stream() << "left: " << left;`.
+/// Pieces of a line that was not wanted at its beginning are not formatted.
+class DHCPPLATFORM_EXPORT TraceHelper {
+public:
+    TraceHelper(const TraceHandle& handle, int level, TraceSite site = {})
+        : handle_(handle), site_(site), level_(level), wanted_(handle.wanted(level)) {}
+    TraceHelper(const TraceHelper&) = delete;
+    TraceHelper& operator=(const TraceHelper&) = delete;
+    ~TraceHelper() {
+        if (wanted_) [[unlikely]]
+            Detail::emitTrace(handle_, level_, site_, text_);
+    }
+
+    TraceHelper& stream() { return *this; }
+    template <class T>
+    TraceHelper& operator<<(const T& piece) {
+        if (wanted_) [[unlikely]]
+            Detail::appendTraceArg<T>(text_, std::addressof(piece));
+        return *this;
+    }
+
+private:
+    TraceHandle handle_;
+    TraceSite site_;
+    int level_;
+    bool wanted_;
+    std::string text_;
+};
+
+}  // namespace Tyk

@@ -1,0 +1,161 @@
+#include "DhcpLib/OptionParser/RelayInfo.h"
+
+#include <gtest/gtest.h>
+
+#include "Bytes.h"
+#include "OptionModel.h"
+#include "Recorders.h"
+
+using namespace DhcpLib;
+using namespace DhcpTest;
+
+namespace {
+
+constexpr char byViews[] =
+    "bool DhcpLib::parseDhcpOptions(const Ptr&, U32, DhcpLib::DhcpMsgOptions::Ptr&, DhcpLib::DhcpMsgOption::Ptr&)";
+constexpr char subOptions[] =
+    "bool DhcpLib::parseInfoSubOptions(DhcpLib::DhcpMsgOptions::Ptr&, DhcpLib::DhcpMsgOption::Ptr&, "
+    "DhcpLib::DhcpInformationSubOptions::Ptr&)";
+
+/// The outputs that were written.
+std::string textOf(const Model::RelayInfo& r) {
+    const Model::RelayInfo untouched;
+    std::string out = r.ok ? "true" : "false";
+    const auto add = [&](const char* name, const auto& value, const auto& before) {
+        if (!(value == before)) Kcore::appendText(out.append(name), value);
+    };
+    add(" c=", r.circuitId, untouched.circuitId);
+    add(" r=", r.remoteId, untouched.remoteId);
+    add(" vpn=", r.vpnId, untouched.vpnId);
+    add(" vss=", r.vssControl, untouched.vssControl);
+    add(" s=", r.serverIdOverride, untouched.serverIdOverride);
+    add(" l=", r.linkSelection, untouched.linkSelection);
+    add(" i=", r.intfName, untouched.intfName);
+    add(" v=", r.srcVtepIp, untouched.srcVtepIp);
+    return out;
+}
+
+/// The end of each line, behind the signature, one a word group.
+std::string endsOf(const std::vector<std::string>& lines) {
+    std::string out;
+    for (const std::string& line : lines) {
+        const auto end = line.rfind(')');
+        out.append(out.empty() ? "" : ";").append(line.substr(end == line.npos ? 0 : end + 1));
+    }
+    return out;
+}
+
+struct Message {
+    const char* rule;
+    Octets bytes;
+    const char *raw, *rawLines;      ///< parseInfoOpt: outputs, and its lines at level 1
+    const char *views, *viewsLines;  ///< parseInfoOptNew
+};
+class RelayInfo : public testing::TestWithParam<Message> {};
+
+TEST_P(RelayInfo, BothGenerationsReadThis) {
+    const Message& row = GetParam();
+    TraceRecorder trace(1);
+    for (const U32 offset : {0u, 7u}) {  // an option may overrun the packet by these
+        for (const PktPtr& pkt : packets(Octets(offset, scratch) + row.bytes)) {
+            EXPECT_EQ(textOf(Model::readInfo(parseInfoOpt, pkt, offset)), row.raw);
+            EXPECT_EQ(endsOf(trace.lines()), row.rawLines);
+            EXPECT_EQ(textOf(Model::readInfo(parseInfoOptNew, pkt, offset)), row.views);
+            EXPECT_EQ(endsOf(trace.lines()), row.viewsLines);
+            EXPECT_EQ(bytesOf(*pkt), Octets(offset, scratch) + row.bytes);
+        }
+    }
+}
+
+constexpr char noCookie[] = "DHCP packet missing magic cookie", noEnd[] = "DHCP packet missing end option";
+
+INSTANTIATE_TEST_SUITE_P(
+    Messages, RelayInfo,
+    testing::Values(
+        Message{"EverySubOption",
+                message("52 2C 01 03 'abc' 02 02 'de' 97 01 'f' 98 00 05 04 0A 00 00 02 0B 04 0A 00 00 03 "
+                        "09 10 00 00 7E D9 0B 01 03 'ghi' 02 04 0A 00 00 04 FF 00"),
+                "true c=abc r=de vpn=f vss=true s=10.0.0.3 l=10.0.0.2 i=ghi v=10.0.0.4", "",
+                "true c=abc r=de vpn=f vss=true s=10.0.0.3 l=10.0.0.2 i=ghi v=10.0.0.4", ""},
+        Message{"NoOption82", message("35 01 01 FF 00"), "true", " DHCP packet has no Option 82 information", "true",
+                ""},
+        Message{"EmptyOption82", message("52 00 01 01 61 FF 00"), "true", " Option 82 information length is 0", "false",
+                "Info opt present but length is zero"},
+        Message{"NoCookie", Octets(300, 0), "false", noCookie, "false", noCookie},
+        Message{"NoOptionAtAll", message("00 00"), "false", " DHCP packet missing end option", "false",
+                "DHCP packet missing all options"},
+        Message{"NoEnd", message("52 03 01 01 61"), "false", " DHCP packet missing end option", "false", noEnd},
+        Message{"WhatFollowsOption82", message("52 03 02 01 61 01 02 62 63 FF 00"), "true c=bc r=a", "", "true r=a",
+                ""},
+        Message{"SubOptionPassesOption82", message("52 03 01 02 61 62 00 FF 00"), "true c=ab", "", "true", ""},
+        Message{"LastAndFirstSubOption", message("52 06 01 01 61 01 01 62 FF 00"), "true c=b", "", "true c=a", ""},
+        Message{"LastAndFirstOption82", message("52 03 01 01 61 52 03 01 01 62 FF 00"), "true c=b", "", "true c=a", ""},
+        Message{"AddressOfTwoBytes", message("52 07 0B 02 0A 01 01 01 63 FF 00"), "true c=c s=10.1.1.1", "",
+                "true c=c s=10.1.1.1", ""},
+        Message{"AddressPastThePacket", message("FF 00 52 04 05 02 0A 0B"), "true",
+                " DHCP packet has no Option 82 information", "true l=10.11.0.0", ""},
+        Message{"NoPadsInside", message("52 04 00 02 01 00 FF 00"), "true", "", "true", ""},
+        Message{"Option82BehindTheEnd", message("FF 00 52 03 01 01 61"), "true",
+                " DHCP packet has no Option 82 information", "true c=a", ""},
+        Message{"ItsDataIsCutAtThePacketsEnd", message("FF 00 52 08 01 06 61 62"), "true",
+                " DHCP packet has no Option 82 information", "true c=ab", ""},
+        Message{"OverrunBeyondTheOffset", message("FF 00 52 FF 01 06 61 62"), "true",
+                " DHCP packet has no Option 82 information", "true", ""},
+        Message{"EndWhoseLengthOverruns", message("52 03 01 01 61 FF FF"), "true c=a", "", "false", noEnd},
+        Message{"SourceAddressOfSixBytes", message("52 12 09 10 00 00 7E D9 0B 02 06 0A 00 00 04 00 00 01 01 78 FF 00"),
+                "true i=x", "1 parseVendorSpecificSubOpt vs subopt src vtep malformed ", "true i=x",
+                "1 parseInfoOptNew vs subopt src vtep malformed "},
+        Message{"SixteenBytesOfIt", message("52 19 09 17 00 00 7E D9 12 02 10 20 01 0D B8 00*11 01 FF 00"),
+                "true v=2001:db8::1", "", "true v=2001:db8::1", ""},
+        Message{"AnotherEnterprise", message("52 0A 09 08 00 00 00 09 03 01 01 61 FF 00"), "true", "", "true", ""}),
+    [](const auto& row) { return row.param.rule; });
+
+TEST(RelayInfoViews, AreHandedOutStepByStep) {
+    const PktPtr pkt = packet(message("52 03 01 01 61 FF 00"));
+    DhcpMsgOptions::Ptr options;
+    DhcpMsgOption::Ptr end, info;
+    DhcpInformationSubOptions::Ptr subs;
+    ASSERT_TRUE(parseDhcpOptions(pkt, 0, options, end));
+    EXPECT_EQ(end->offset(), 245);
+    ASSERT_TRUE(parseInfoSubOptions(options, info, subs));
+    EXPECT_EQ(info->offset(), 240);
+    EXPECT_EQ(subs->option(DhcpInformationSubOptionType::circuitId)->dataText(), "a");
+
+    TraceRecorder trace(4);
+    for (const auto& none : {message("52 00"), message(""), Octets(300, 0)}) {
+        DhcpMsgOptions::Ptr found;
+        DhcpMsgOption::Ptr stays = end;
+        EXPECT_FALSE(parseDhcpOptions(packet(none), 0, found, stays));
+        EXPECT_EQ(stays, end);
+        EXPECT_EQ(static_cast<bool>(found), none.size() < 300);  // set whatever comes behind the cookie
+    }
+    EXPECT_EQ(trace.lines(), (std::vector<std::string>{std::string("1 ") + byViews + noEnd,
+                                                       std::string("1 ") + byViews + "DHCP packet missing all options",
+                                                       std::string("1 ") + byViews + noCookie}));
+    const auto empty = dhcpMsgOptionsFactory(packet(message("52 00 FF 00")), 240);
+    subs = nullptr;
+    DhcpMsgOptions::Ptr area = empty;
+    EXPECT_FALSE(parseInfoSubOptions(area, info, subs));
+    EXPECT_TRUE(info == empty->option(DhcpOptionType::infoOpt) && !subs);
+    EXPECT_EQ(trace.lines(),
+              std::vector<std::string>{std::string("1 ") + subOptions + "Info opt present but length is zero"});
+}
+
+TEST(RelayInfoViews, TellWhatTheyAskAtTheVerboseLevel) {
+    TraceRecorder trace(4);
+    Model::readInfo(parseInfoOptNew, packet(message("52 03 01 01 61 FF 00")), 0);
+    const auto lines = trace.lines();
+    ASSERT_EQ(lines.size(), 8u);
+    EXPECT_TRUE(lines[0].starts_with("4 bool DhcpLib::parseInfoOptNew(const Ptr&, "));
+    std::string asked;
+    for (std::size_t i = 1; i < lines.size(); ++i) {
+        EXPECT_TRUE(lines[i].starts_with("4 infoSubOptPresent subType "));
+        asked += lines[i].substr(27);
+    }
+    EXPECT_EQ(asked,
+              " circuitId remoteIdOpt vpnId vssControl serverIdOverride linkSelectionId vendorSpecificSubOption");
+    EXPECT_FALSE(infoSubOptPresent(nullptr, DhcpInformationSubOptionType::vpnId));
+    EXPECT_EQ(trace.lines(), std::vector<std::string>{"4 infoSubOptPresent subType vpnId"});
+}
+
+}  // namespace

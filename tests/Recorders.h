@@ -1,0 +1,63 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Kcore/Assert.h"
+#include "Tyk/Exception.h"
+#include "Tyk/Trace.h"
+
+namespace DhcpTest {
+
+/// Records what the library traces while it lives, as "level text".
+class TraceRecorder {
+public:
+    explicit TraceRecorder(int level) {
+        Tyk::TraceHandle("DhcpLib", false).levelIs(level);
+        Tyk::traceSinkIs([this](const Tyk::TraceLine& line) {
+            if (line.handle == "DhcpLib") lines_.push_back(std::to_string(line.level) + ' ' + std::string(line.text));
+        });
+    }
+    ~TraceRecorder() {
+        Tyk::traceSinkIs({});
+        Tyk::TraceHandle("DhcpLib", false).levelIs(0);
+    }
+    TraceRecorder(const TraceRecorder&) = delete;
+    TraceRecorder& operator=(const TraceRecorder&) = delete;
+
+    /// The lines since the last call.
+    std::vector<std::string> lines() { return std::exchange(lines_, {}); }
+
+private:
+    std::vector<std::string> lines_;
+};
+
+/// "module|function|expression" of the assertion that `act` fails; empty where it fails none.
+template <class Act>
+std::string assertionOf(Act act) {
+    static thread_local std::string failed;
+    failed.clear();
+    const auto before = Kcore::assertionHandlerIs([](const Kcore::Assertion& a) {
+        failed = std::string(a.module) + '|' + std::string(a.function) + '|' + std::string(a.expression);
+        throw Kcore::AssertionError(a);
+    });
+    try {
+        act();
+    } catch (const Kcore::AssertionError&) {
+    }
+    Kcore::assertionHandlerIs(before);
+    return failed;
+}
+
+/// The message of the internal exception that `act` raises; empty where it raises none.
+template <class Act>
+std::string internalErrorOf(Act act) {
+    try {
+        act();
+    } catch (const Tyk::InternalException& e) {
+        return e.what();
+    }
+    return {};
+}
+
+}  // namespace DhcpTest

@@ -1,0 +1,321 @@
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <memory>
+#include <optional>
+
+#include "NetNamespace.h"
+
+using namespace DhcpTest;
+using namespace Interface;
+using KernelNetInfo::IntfStatus;
+using Kitnet::IntfId;
+
+namespace {
+
+/// Everything that packet access consists of, in a namespace of its own.
+class PacketAccess : public NetNamespace {
+protected:
+    void SetUp() override {
+        NetNamespace::SetUp();
+        if (IsSkipped() || HasFatalFailure()) return;
+        kni = Kcore::makeNode<KernelNetInfo::Status>();
+        all = Kcore::makeNode<AllIntfStatusDir>(kni);
+        local = Kcore::makeNode<AllIntfStatusLocalDir>();
+        statusManager = Kcore::makeNode<LagLocalDeviceIntfStatusManager>(all, local, devices, kni);
+        manager = Kcore::makeNode<EthDevPamManager>(desired, pams, devices);
+        manager->protocolIs(3);
+    }
+
+    EthDevPam::Ptr pam(const char* intf) const { return pams->ethDevPam(IntfId(intf)); }
+    EthDevPam::Ptr openPam(const char* intf) const {
+        desired->intfIs(IntfId(intf));
+        manager->enabledIs(true);
+        return pam(intf);
+    }
+    const IntfStatus* device(const char* intf) const { return devices->deviceIntfStatus(IntfId(intf)); }
+    bool operUp(const char* intf) const { return device(intf) != nullptr && device(intf)->operUp(); }
+    template <class Seen>
+    void until(Seen seen) const {
+        followUntil(*kni, seen);
+    }
+
+    KernelNetInfo::Status::Ptr kni;
+    AllIntfStatusDir::Ptr all;
+    AllIntfStatusLocalDir::Ptr local;
+    DeviceIntfStatusDir::Ptr devices = Kcore::makeNode<DeviceIntfStatusDir>("devices");
+    PamDesiredIntfDir::Ptr desired = Kcore::makeNode<PamDesiredIntfDir>("desired");
+    EthDevPamCollection::Ptr pams = Kcore::makeNode<EthDevPamCollection>("pams");
+    LagLocalDeviceIntfStatusManager::Ptr statusManager;
+    EthDevPamManager::Ptr manager;
+};
+
+const Octets untagged = hex("02 00 00 00 00 02  02 00 00 00 00 01  08 00  45*50");
+
+TEST_F(PacketAccess, KernelDevicesAreFollowed) {
+    const auto status = [&](const char* name) {
+        const IntfStatus* const found = kni->intfStatus().find(name);
+        return found != nullptr ? *found : IntfStatus();
+    };
+    std::vector<std::string> changed;
+    const auto observation = kni->intfStatus().observers().observe([&](const Kcore::String& name) {
+        if (name != "vb") changed.push_back(name.str());
+    });
+    const auto changes = [&] { return std::exchange(changed, {}); };
+    using Names = std::vector<std::string>;
+    const U32 index = if_nametoindex("va");
+    EXPECT_EQ(status("va").ifIndex(), index);
+    EXPECT_TRUE(status("va").enabled() && status("va").operUp());
+
+    // The new size changes nothing that is kept.
+    ip("link set va mtu 1400 && ip link set va address 02:00:00:00:00:0a");
+    until([&] { return Kcore::textOf(status("va").macAddr()) == "02:00:00:00:00:0a"; });
+    EXPECT_EQ(changes(), Names{"va"});
+    ip("link set vb down");
+    until([&] { return !status("va").operUp(); });
+    EXPECT_TRUE(status("va").enabled());
+    ip("link set va down");
+    until([&] { return !status("va").enabled(); });
+    EXPECT_EQ(changes(), (Names{"va", "va"}));
+    ip("link set va name 0x");
+    until([&] { return status("0x").ifIndex() == index; });
+    EXPECT_EQ(changes(), (Names{"va", "0x"}));
+    EXPECT_EQ(status("va"), IntfStatus());
+    ip("link del 0x");
+    until([&] { return kni->intfStatus().entries().size() == 1; });  // the loopback device
+    EXPECT_EQ(changes(), Names{"0x"});
+}
+
+TEST_F(PacketAccess, LostNotificationsAreMadeUpFor) {
+    // Far more than the socket holds; behind that, both devices go, and their names to others, unseen.
+    std::string batch;
+    for (int i = 0; i < 400; ++i) batch += "link set va down\nlink set va up\n";
+    ip("-batch - <<'END'\n" + batch + "link set lo up\nlink del va\nEND");
+    linkAdd();
+    kni->handleReadable();
+    EXPECT_EQ(kni->intfStatus().entries().size(), 3u);
+    EXPECT_TRUE(kni->intfStatus().find("lo")->enabled());
+    for (const char* name : {"va", "vb"}) {
+        ASSERT_NE(kni->intfStatus().find(name), nullptr);
+        EXPECT_EQ(kni->intfStatus().find(name)->ifIndex(), if_nametoindex(name));
+        EXPECT_TRUE(operUp(name));
+    }
+    ip("link del va");
+    until([&] { return kni->intfStatus().entries().size() == 1; });
+}
+
+TEST_F(PacketAccess, InterfacesAreFoundUnderEachOfTheirNames) {
+    const U32 va = if_nametoindex("va"), vb = if_nametoindex("vb");
+    const auto indexOf = [&](const char* intf) { return device(intf) != nullptr ? device(intf)->ifIndex() : 0; };
+    statusManager->kernelOnlyInterfaceIs(IntfId("Cpu"), "vb");
+    statusManager->kernelOnlyInterfaceIs(IntfId("Later"), "0x");
+    local->deviceNameIs(IntfId("Ethernet1"), "va");
+    EXPECT_EQ(indexOf("va"), va);
+    EXPECT_EQ(indexOf("Cpu"), vb);
+    EXPECT_EQ(indexOf("Ethernet1"), va);
+    EXPECT_EQ(indexOf("Later"), 0u);
+
+    local->deviceNameIs(IntfId("Cpu"), "va");
+    local->deviceNameIs(IntfId("vb"), "va");
+    EXPECT_EQ(indexOf("Cpu"), va);
+    EXPECT_EQ(indexOf("vb"), va);
+    local->deviceNameDel(IntfId("Cpu"));
+    local->deviceNameDel(IntfId("vb"));
+    EXPECT_EQ(indexOf("Cpu"), vb);
+    EXPECT_EQ(indexOf("vb"), vb);
+
+    ip("link set vb down && ip link set vb name 0x");
+    until([&] { return indexOf("Later") == vb; });
+    EXPECT_EQ(indexOf("Cpu"), 0u);
+    EXPECT_EQ(indexOf("vb"), 0u);
+    EXPECT_EQ(all->deviceName(IntfId("vb")), nullptr);
+    EXPECT_FALSE(device("Later")->enabled());
+    quietLinkUp("0x");
+    until([&] { return operUp("Later") && operUp("Ethernet1"); });
+    statusManager->kernelOnlyInterfaceDel(IntfId("Later"));
+    EXPECT_EQ(indexOf("Later"), 0u);
+    statusManager = {};
+    EXPECT_TRUE(devices->deviceIntfStatus().entries().empty());
+}
+
+TEST_F(PacketAccess, TagsAreDeliveredBesideTheFrame) {
+    struct Row {
+        const char* rule;
+        Octets sent;
+        Octets read;
+        std::optional<std::pair<U16, U16>> tag;  // TPID, TCI
+    };
+    const Octets addresses = hex("02 00 00 00 00 02  02 00 00 00 00 01"), rest = hex("08 00  45*50");
+    const auto tagged = [&](const char* tags) { return addresses + hex(tags) + rest; };
+    const Row rows[] = {
+        {"untagged", untagged, untagged, {}},
+        {"tagged", tagged("81 00 A0 05"), untagged, {{0x8100, 0xa005}}},
+        {"priority-tagged, all bits zero", tagged("81 00 00 00"), untagged, {{0x8100, 0}}},
+        {"service tag", tagged("88 A8 0F FE"), untagged, {{0x88a8, 0x0ffe}}},
+        {"other tag value", tagged("91 00 00 05"), tagged("91 00 00 05"), {}},
+        {"two tags", tagged("88 A8 00 07 81 00 00 05"), tagged("81 00 00 05"), {{0x88a8, 7}}},
+    };
+    const EthDevPam::Ptr va = openPam("va"), vb = openPam("vb");
+    const RawSender sender("vb");
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.rule);
+        sender.send(row.sent);
+        sender.send(lastFrame);
+        const auto incoming = framesBeforeLast(*va), outgoing = framesBeforeLast(*vb);
+        ASSERT_TRUE(incoming.size() == 1 && outgoing.size() == 1);
+        const Kitnet::Pkt& pkt = *incoming[0].pkt;
+        EXPECT_EQ(bytesOf(pkt), row.read);
+        EXPECT_EQ(pkt.vlanTagPresent(), row.tag.has_value());
+        EXPECT_EQ(std::pair(pkt.vlanTagTpid(), pkt.vlanTagTci()), row.tag.value_or(std::pair<U16, U16>()));
+        EXPECT_EQ(incoming[0].intf, IntfId("va"));
+        EXPECT_FALSE(incoming[0].outgoing);
+        // On its way out the frame is whole, and a tag in it stays there.
+        EXPECT_EQ(bytesOf(*outgoing[0].pkt), row.sent);
+        EXPECT_EQ(outgoing[0].intf, IntfId("vb"));
+        EXPECT_TRUE(outgoing[0].outgoing && !outgoing[0].pkt->vlanTagPresent());
+
+        // Sent on as it was read, it arrives as it was read; the sender's own socket does not see it.
+        EXPECT_TRUE(va->sendPkt(incoming[0].pkt));
+        EXPECT_TRUE(va->sendPkt(packet(lastFrame)));
+        const auto returned = framesBeforeLast(*vb);
+        ASSERT_EQ(returned.size(), 1u);
+        EXPECT_EQ(bytesOf(*returned[0].pkt), row.read);
+        EXPECT_EQ(returned[0].pkt->vlanTagPresent(), row.tag.has_value());
+        EXPECT_EQ(std::pair(returned[0].pkt->vlanTagTpid(), returned[0].pkt->vlanTagTci()),
+                  row.tag.value_or(std::pair<U16, U16>()));
+        EXPECT_FALSE(returned[0].outgoing || va->readPkt());
+    }
+    EXPECT_EQ(va->received(), 2 * std::size(rows));
+    EXPECT_EQ(va->sent(), 2 * std::size(rows));
+    EXPECT_EQ(va->errors() + va->dropped() + vb->errors() + vb->dropped() + vb->sent(), 0u);
+}
+
+TEST_F(PacketAccess, WhatCannotBeSentIsRefusedAndCounted) {
+    const EthDevPam::Ptr va = openPam("va");
+    EXPECT_FALSE(va->sendPkt(packet(Octets(11, scratch))));
+    EXPECT_FALSE(va->sendPkt(packet(Octets(1515, scratch))));
+    EXPECT_TRUE(va->sendPkt(packet(Octets(1514, scratch))));
+    desired->intfDel(IntfId("va"));
+    EXPECT_EQ(va->fd(), -1);
+    EXPECT_FALSE(va->sendPkt(packet(untagged)));
+    EXPECT_FALSE(va->readPkt());
+    EXPECT_EQ(va->sent(), 1u);
+    EXPECT_EQ(va->errors(), 3u);
+}
+
+TEST_F(PacketAccess, SocketsComeAndGoWithTheirInterface) {
+    ip("link add vc type veth peer name vd");
+    until([&] { return device("vc") != nullptr; });
+    const EthDevPam::Ptr va = openPam("va"), vc = openPam("vc"), missing = openPam("missing");
+    EXPECT_EQ(missing->fd(), -1);
+    EXPECT_EQ(missing->error(), "there is no such interface");
+    const int otherFd = vc->fd();
+    const auto exchanged = [&] {
+        const RawSender sender("vb");
+        sender.send(untagged);
+        sender.send(lastFrame);
+        return framesBeforeLast(*va).size();
+    };
+    EXPECT_EQ(exchanged(), 1u);
+
+    // Down and up: the socket stays, tells nothing but the frames, and those that waited are read still.
+    const int fd = va->fd();
+    RawSender("vb").send(untagged);
+    ip("link set va down");
+    until([&] { return !device("va")->enabled(); });
+    EXPECT_TRUE(becomesReadable(fd));
+    EXPECT_TRUE(va->readPkt());
+    EXPECT_FALSE(va->readPkt());
+    EXPECT_FALSE(va->sendPkt(packet(untagged)));
+    quietLinkUp("va");
+    until([&] { return operUp("va") && operUp("vb"); });
+    EXPECT_EQ(va->fd(), fd);
+    EXPECT_EQ(exchanged(), 1u);
+
+    // Removed and made again: another socket, the same counters. In between another interface comes and is served.
+    ip("link del va");
+    EXPECT_FALSE(va->readPkt());
+    until([&] { return va->fd() == -1; });
+    EXPECT_EQ(va->error(), "there is no such interface");
+    EXPECT_FALSE(va->readPkt());
+    linkAdd();
+    ip("link add missing type veth peer name other");
+    until([&] { return missing->fd() >= 0; });
+    ASSERT_GE(va->fd(), 0);
+    EXPECT_EQ(va->error(), "");
+    EXPECT_EQ(exchanged(), 1u);
+    EXPECT_EQ(va->received(), 7u);
+    EXPECT_EQ(va->errors(), 1u);
+    EXPECT_EQ(vc->fd(), otherFd);
+    EXPECT_EQ(vc->errors(), 0u);
+
+    manager = {};
+    EXPECT_EQ(va->fd(), -1);
+    EXPECT_TRUE(pams->ethDevPam().empty());
+}
+
+TEST_F(PacketAccess, SettingsReachTheSocket) {
+    desired->intfIs(IntfId("va"));
+    manager->receiveBufferIs(204800);
+    EXPECT_FALSE(pam("va")) << "not enabled yet";
+    manager->enabledIs(true);
+    const auto option = [&](int level, int name) {
+        int value = 0;
+        socklen_t size = sizeof value;
+        EXPECT_EQ(getsockopt(pam("va")->fd(), level, name, &value, &size), 0);
+        return value;
+    };
+    const auto protocol = [&] {
+        sockaddr_ll address{};
+        socklen_t size = sizeof address;
+        EXPECT_EQ(getsockname(pam("va")->fd(), reinterpret_cast<sockaddr*>(&address), &size), 0);
+        EXPECT_EQ(address.sll_ifindex, static_cast<int>(if_nametoindex("va")));
+        return ntohs(address.sll_protocol);
+    };
+    EXPECT_EQ(option(SOL_SOCKET, SO_RCVBUF), 2 * 204800);
+    EXPECT_EQ(protocol(), 3);
+    EXPECT_NE(fcntl(pam("va")->fd(), F_GETFL) & O_NONBLOCK, 0);
+    manager->protocolIs(0x0800);
+    EXPECT_EQ(protocol(), 0x0800);
+    manager->protocolIs(3);
+
+    // A buffer for a few frames only: the others are counted.
+    manager->receiveBufferIs(4096);
+    const RawSender sender("vb");
+    for (int i = 0; i < 50; ++i) sender.send(untagged);
+    while (pam("va")->readPkt()) {
+    }
+    EXPECT_GT(pam("va")->received(), 0u);
+    manager->receiveBufferIs(204800);
+    EXPECT_GT(pam("va")->dropped(), 0u);
+    EXPECT_EQ(pam("va")->received() + pam("va")->dropped(), 50u);
+    sender.send(untagged);
+    manager->enabledIs(true);
+    EXPECT_TRUE(becomesReadable(pam("va")->fd()) && pam("va")->readPkt()) << "enabled already: nothing is renewed";
+
+    const Kitnet::SockFilter unknownInstruction{0xffff, 0, 0, 0};
+    manager->filterProgramIs({1, &unknownInstruction});
+    EXPECT_EQ(pam("va")->fd(), -1);
+    EXPECT_EQ(pam("va")->error(), "filter program: Invalid argument");
+    manager->filterProgramIs({});
+    EXPECT_GE(pam("va")->fd(), 0);
+    EXPECT_EQ(pam("va")->received() + pam("va")->dropped(), 51u);
+    manager->enabledIs(false);
+    EXPECT_FALSE(pam("va"));
+}
+
+TEST_F(PacketAccess, AMissingPrivilegeIsNamed) {
+    ASSERT_EQ(seteuid(65534), 0);
+    const EthDevPam::Ptr va = openPam("va");
+    ASSERT_EQ(seteuid(0), 0);
+    ASSERT_TRUE(va);
+    EXPECT_EQ(va->fd(), -1);
+    EXPECT_EQ(va->error(), "packet socket, CAP_NET_RAW is missing: Operation not permitted");
+    EXPECT_FALSE(va->readPkt());
+    ip("link set va address 02:00:00:00:00:0a");
+    until([&] { return va->fd() >= 0; });  // tried again when its interface changes
+    EXPECT_EQ(va->error(), "");
+}
+
+}  // namespace

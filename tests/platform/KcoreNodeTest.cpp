@@ -1,0 +1,129 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "Kcore/Kcore.h"
+#include "KitSlab/Slab.h"
+
+using namespace Kcore;
+
+namespace {
+
+struct Leaf : Node, KitSlab::SlabObject {
+    static inline KitSlab::AllocationTracker memAllocationTracker_;
+    explicit Leaf(int n = 0) : number(n) {}
+    const TypeData& typeData() const override { return typeDataOf<Leaf>(); }
+    static constexpr auto declaration() { return declare("Leaf", attribute("number", &Leaf::number)); }
+    int number;
+    [[no_unique_address]] KitSlab::Tracked<Leaf> tracked;
+};
+
+U32 live() { return Leaf::memAllocationTracker_.live(); }
+
+TEST(KcorePtr, TheLastPointerDestroysTheNode) {
+    Ptr<Leaf> first = makeNode<Leaf>(7);
+    EXPECT_EQ(first->useCount(), 1u);
+    {
+        const Ptr<const Node> asBase = first;
+        Ptr<Leaf> moved = std::move(first);
+        EXPECT_EQ(moved->useCount(), 2u);
+        EXPECT_TRUE(first == nullptr && asBase == moved);
+        first = moved;
+        moved = moved;  // NOLINT: what it is about
+        EXPECT_EQ(moved->useCount(), 3u);
+        const Ptr<Leaf> held(moved.get());
+        EXPECT_EQ(moved->useCount(), 4u);
+        Leaf* released = moved.release();
+        EXPECT_EQ(Ptr<Leaf>::adopt(released)->number, 7);
+        EXPECT_EQ(first->useCount(), 3u);
+    }
+    EXPECT_EQ(first->useCount(), 1u);
+    EXPECT_EQ(live(), 1u);
+    first = makeNode<Leaf>();
+    EXPECT_EQ(live(), 1u);
+    first = nullptr;
+    EXPECT_EQ(live(), 0u);
+}
+
+TEST(KitSlab, MemoryIsReusedAcrossThreadsAndNeverHandedOutTwice) {
+    std::vector<Ptr<Leaf>> leaves(3000);
+    const auto churn = [&leaves](unsigned seed) {
+        std::mt19937 random(seed);
+        for (int i = 0; i < 20'000; ++i) leaves[random() % leaves.size()] = makeNode<Leaf>(i);
+    };
+    churn(1);
+    std::thread(churn, 2).join();
+    std::map<const Leaf*, int> numbers;
+    for (auto& leaf : leaves) EXPECT_TRUE(!leaf || numbers.emplace(leaf.get(), leaf->number).second);
+    EXPECT_EQ(live(), numbers.size());
+    leaves.clear();
+    EXPECT_EQ(live(), 0u);
+    for (const std::size_t size : {std::size_t{1}, KitSlab::largestSlab, KitSlab::largestSlab + 1, std::size_t{5000}}) {
+        void* const memory = KitSlab::slabAlloc(size);
+        std::memset(memory, 0xa5, size);
+        KitSlab::slabFree(memory, size);
+    }
+    KitSlab::slabFree(nullptr, 8);
+}
+
+/// Keys that collide in pairs, as chosen ones would.
+struct Key {
+    int value;
+    std::size_t hash() const { return static_cast<std::size_t>(value / 2) * 64; }
+    friend bool operator==(const Key&, const Key&) = default;
+};
+
+TEST(KcoreFlatMap, AgreesWithAnOrderedMapAndKeepsTheOrderOfInsertion) {
+    std::mt19937 random(5);
+    for (const int keys : {6, 9, 40, 700}) {
+        FlatMap<Key, int> map;
+        FlatSet<Key> set;
+        std::vector<std::pair<int, int>> model;
+        for (int step = 0; step < 12 * keys; ++step) {
+            const Key key{static_cast<int>(random() % static_cast<unsigned>(keys))};
+            const auto place = std::ranges::find(model, key.value, &std::pair<int, int>::first);
+            const bool there = place != model.end();
+            ASSERT_EQ(map.contains(key), there);
+            ASSERT_EQ(map.find(key) != nullptr ? *map.find(key) : -1, there ? place->second : -1);
+            switch (random() % 4) {
+                case 0:
+                    ASSERT_EQ(map.erase(key), there ? std::optional(place->second) : std::nullopt);
+                    ASSERT_EQ(set.erase(key), there);
+                    if (there) model.erase(place);
+                    break;
+                case 1:
+                    map.insertOrAssign(key, step);
+                    set.insert(key);
+                    if (there)
+                        place->second = step;
+                    else
+                        model.emplace_back(key.value, step);
+                    break;
+                default:
+                    ASSERT_EQ(map.insert(key, step), !there);
+                    ASSERT_EQ(set.insert(key), !there);
+                    if (!there) model.emplace_back(key.value, step);
+            }
+            ASSERT_EQ(set.size(), model.size());
+        }
+        FlatMap<Key, int> backwards;
+        FlatSet<Key> reversed;
+        for (std::size_t i = model.size(); i-- > 0;) {
+            EXPECT_TRUE(map.begin()[static_cast<std::ptrdiff_t>(i)].first.value == model[i].first);
+            backwards.insert({model[i].first}, model[i].second);
+            reversed.insert({model[i].first});
+        }
+        EXPECT_TRUE(map == backwards && set == reversed);
+        EXPECT_EQ(set.hash(), reversed.hash());
+        reversed.erase({model[0].first});
+        backwards.insertOrAssign({model[0].first}, -2);
+        EXPECT_FALSE(map == backwards || set == reversed);
+        map.clear();
+        EXPECT_TRUE(map.empty() && !map.contains({model[0].first}) && map.insert({1}, 1));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,118 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+#include "Kcore/Bytes.h"
+#include "Kcore/Kcore.h"
+#include "Refusal.h"
+
+using namespace Kcore;
+
+namespace {
+
+constexpr std::size_t boundary = String::inlineCapacity;  // behind it the bytes are shared
+
+std::string letters(std::size_t size) {
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i % 251);
+    return bytes;
+}
+
+TEST(KcoreString, HoldsAnyBytesOnBothSidesOfItsInlineCapacity) {
+    const std::size_t sizes[] = {0, 1, 3, 4, 7, 8, 15, 16, boundary - 1, boundary, boundary + 1, 254, 255, 256, 65536};
+    for (const std::size_t size : sizes) {
+        SCOPED_TRACE(size);
+        const std::string bytes = letters(size);
+        const String made(bytes);
+        EXPECT_EQ(made.view(), bytes);
+        EXPECT_EQ(made.size(), size);
+        EXPECT_EQ(made.empty(), size == 0);
+        EXPECT_TRUE(made == String(bytes.data(), size) && made == bytes && made != bytes + "x");
+        EXPECT_EQ(made.hash(), String(bytes).hash());
+        EXPECT_NE(made.hash(), String(bytes + '\0').hash());
+        EXPECT_EQ(made.find(String(bytes).view()), 0u);
+        EXPECT_EQ(refusalOf([&] { made.at(size); }), "Kcore::String::at beyond size() not allowed");
+        EXPECT_EQ(refusalOf([&] { made.substr(size + 1); }), "Kcore::String::substr beyond size() not allowed");
+        EXPECT_EQ(made.substrOrEmpty(size + 1), "");
+        for (const std::size_t cut : {std::size_t{0}, size / 2, size}) {
+            EXPECT_EQ(made.substr(cut).view(), bytes.substr(cut));
+            EXPECT_EQ(made.substrOrEmpty(0, cut) + made.substrOrEmpty(cut), made);
+        }
+        for (const std::size_t other : sizes) {
+            String assigned(letters(other));
+            assigned = made;
+            EXPECT_EQ(assigned, made);
+            assigned = *&assigned;
+            EXPECT_EQ(assigned, made);
+            String moved(std::move(assigned));
+            EXPECT_TRUE(moved == made && assigned.empty());
+            assigned = letters(other);
+            EXPECT_EQ((moved + assigned).view(), bytes + letters(other));
+            EXPECT_EQ(moved <=> assigned, std::string_view(bytes) <=> letters(other));
+        }
+    }
+    std::ostringstream out;
+    out << String("a\0b", 3) << '|' << String(letters(40).substr(33));
+    EXPECT_EQ(out.str(), std::string("a\0b|", 4) + letters(40).substr(33));
+}
+
+TEST(KcoreBytes, GrowPastTheirInlineRoomLikeAVector) {
+    std::mt19937 random(3);
+    for (int round = 0; round < 50; ++round) {
+        Bytes bytes;
+        std::vector<U8> model;
+        for (int step = 0; step < 40; ++step) {
+            const std::vector<U8> more(random() % 40, static_cast<U8>(random()));
+            switch (random() % 4) {
+                case 0:
+                    bytes.resize(random() % (Bytes::inlineCapacity + 20));
+                    model.resize(bytes.size());
+                    break;
+                case 1:
+                    bytes.push_back(7);
+                    model.push_back(7);
+                    break;
+                default:
+                    bytes.append(more);
+                    model.insert(model.end(), more.begin(), more.end());
+            }
+            if (!model.empty()) bytes[model.size() / 2] = model[model.size() / 2] = static_cast<U8>(step);
+            const Bytes copy(bytes);
+            ASSERT_TRUE(std::ranges::equal(copy.span(), model) && copy == bytes);
+        }
+        Bytes assigned;
+        assigned.append("old");
+        assigned = bytes;
+        EXPECT_TRUE(assigned == bytes);
+        bytes.clear();
+        EXPECT_TRUE(bytes.empty() && !(assigned == bytes));
+    }
+}
+
+/// Run with the thread sanitizer it also shows that the counts are atomic.
+TEST(KcoreThreads, ShareStringsAndNodesOnceTheProcessIsMultiThreaded) {
+    struct Shared final : Node {
+        const TypeData& typeData() const override { std::abort(); }
+    };
+    ThreadControl::multiThreadedIs(true);
+    const String text(letters(100));
+    const auto node = makeNode<Shared>();
+    const auto copyAround = [&] {
+        for (int i = 0; i < 50'000; ++i) {
+            const String copy(text);
+            const Ptr<Shared> other(node);
+            ASSERT_TRUE(copy == text && other->useCount() > 1);
+        }
+    };
+    std::thread one(copyAround), two(copyAround);
+    one.join();
+    two.join();
+    ThreadControl::multiThreadedIs(false);
+    EXPECT_EQ(node->useCount(), 1u);
+    EXPECT_EQ(text.view(), letters(100));
+}
+
+}  // namespace

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Kcore/Types.h"
+
+namespace DhcpTool {
+
+using Kcore::U64;
+
+/// A bar on stderr that shows how much of a large file is done; nothing where stderr is no terminal.
+class Progress {
+public:
+    explicit Progress(U64 total);
+    ~Progress() { hide(); }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    void at(U64 done);
+    /// Clears the bar's line for other output.
+    void hide();
+
+private:
+    static constexpr U64 largeFile = U64{8} << 20;
+
+    U64 total_;  // 0: nothing is shown
+    U64 percent_ = 0;
+    bool shown_ = false;
+};
+
+}  // namespace DhcpTool

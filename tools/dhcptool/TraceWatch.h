@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Kcore/Types.h"
+#include "Tyk/TraceHandle.h"
+
+namespace DhcpTool {
+
+/// Receives the library's trace lines while it lives: shows those that were asked for on stderr, each with its frame,
+/// and learns from them why a frame was rejected.
+class TraceWatch {
+public:
+    /// Shows lines up to `level`; without one, up to the level that the environment gave.
+    explicit TraceWatch(std::optional<int> level);
+    ~TraceWatch();
+    TraceWatch(const TraceWatch&) = delete;
+    TraceWatch& operator=(const TraceWatch&) = delete;
+
+    /// The frame that the lines are about from now on.
+    void frameIs(Kcore::U64 number);
+    /// Why this frame was rejected: the last line at or above the level of rejections, without the frame's own numbers
+    /// that follow its first comma. So there are no more reasons than texts.
+    const std::string& reason() const { return reason_; }
+
+private:
+    void take(const Tyk::TraceLine& line);
+
+    Tyk::TraceHandle handle_;
+    int levelBefore_;
+    int shown_;
+    Tyk::TraceSink sinkBefore_;
+    Kcore::U64 frame_ = 0;
+    std::string reason_;
+};
+
+}  // namespace DhcpTool

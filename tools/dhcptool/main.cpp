@@ -1,0 +1,40 @@
+#include <CLI/CLI.hpp>
+
+#include "Capture.h"
+#include "Output.h"
+#include "Printable.h"
+#include "RelayCommand.h"
+#include "SnoopCommand.h"
+
+namespace {
+
+/// The exit status.
+enum Status { done = 0, failed = 1, badCapture = 2 };
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    using namespace DhcpTool;
+    try {
+        CLI::App app("Looks at DHCP traffic.", "dhcptool");
+        app.set_version_flag("--version", DHCPTOOL_VERSION);
+        app.require_subcommand(1);
+        addRelayCommand(app);
+        addSnoopCommand(app);
+        try {
+            app.parse(argc, argv);
+        } catch (const CLI::Success& help) {
+            return app.exit(help);
+        } catch (const CLI::ParseError& error) {
+            complain(harmless(error.what()) + "; --help tells the usage");
+            return failed;
+        }
+    } catch (const CaptureError& error) {
+        complain(error.what());
+        return badCapture;
+    } catch (const std::exception& error) {
+        complain(harmless(error.what()));
+        return failed;
+    }
+    return done;
+}
