@@ -1,0 +1,91 @@
+// PacketParser: what it finds does not depend on what stands behind the frame nor on how the stages are called, and a
+// parser that is assigned a fresh one forgets everything.
+
+#include "DhcpLib/DhcpParser.h"
+#include "Kcore/Exception.h"
+#include "OptionsInput.h"
+
+using namespace DhcpLib;
+using namespace DhcpTest;
+using namespace DhcpTest::Fuzz;
+
+namespace {
+
+const Kitnet::IntfId ports[] = {Kitnet::IntfId(), Kitnet::IntfId("Ethernet1"), Kitnet::IntfId("Ethernet2"),
+                                Kitnet::IntfId("Ethernet3")};
+
+Kcore::Ptr<const Bridging::Config> config() {
+    const auto made = Kcore::makeNode<Bridging::Config>();
+    made->switchIntfConfigIs(ports[1])->nativeVlanIs(Bridging::VlanId(10));
+    made->switchIntfConfigIs(ports[2])->switchportModeIs(Bridging::SwitchportMode::dot1qTunnel);
+    return made;
+}
+
+/// How a frame comes in: bits 0 and 1 the port, 2 a bare message, 3 a tag beside the frame, 4 of another kind.
+struct Arrival {
+    U8 how;
+    bool bare() const { return (how & 4) != 0; }
+    const Kitnet::IntfId& port() const { return ports[how & 3]; }
+    void apply(Kitnet::Pkt& pkt) const {
+        if ((how & 8) != 0) pkt.vlanTagIs((how & 16) != 0 ? 0x88a8 : 0x8100, static_cast<U16>(how * 0x0111));
+    }
+};
+
+enum class Outcome : U8 { refused, accepted, raised };
+
+template <class Parse>
+Outcome outcomeOf(Parse parse) {
+    try {
+        return parse() ? Outcome::accepted : Outcome::refused;
+    } catch (const Kcore::RangeException&) {  // a tag with VLAN 4095
+        return Outcome::raised;
+    }
+}
+
+void checkStages(const PktPtr& pkt, const Arrival& arrival, const PacketParser& whole, Outcome outcome) {
+    PacketParser staged(whole.bridgingConfig());
+    const Outcome headers = outcomeOf([&] {
+        return staged.doParseEthHdr(pkt, arrival.port(), true) && staged.doParseIpHdr(pkt) && staged.doParseUdpHdr(pkt);
+    });
+    expect(headers == outcome || (headers == Outcome::accepted && outcome == Outcome::refused));
+    expect(staged.offset() == whole.offset() && staged.vlanId() == whole.vlanId() && staged.tagged() == whole.tagged());
+    expect(staged.srcIp() == whole.srcIp() && staged.udpDstPort() == whole.udpDstPort());
+    if (outcome != Outcome::accepted) return;
+    expect(whole.offset() == whole.etherHdrLen() + whole.ipHdrLen() + whole.udpHdrLen());
+    expect(whole.isDhcp() == (whole.dhcpMsgType() != "BOOTP"));
+    expect(whole.dhcpMsgTypeOpt() <= 13 && whole.vlanId().value() <= 4094);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
+    if (size < 2) return 0;
+    const Arrival arrival{data[0]};
+    const Octets frame(data + 2, data + size);
+    const std::size_t second = frame.size() * data[1] / 256;  // where another frame starts, for a parser that is kept
+    const auto bridging = config();
+    PacketParser first(bridging), kept(bridging);
+    Outcome outcome = Outcome::refused;
+    bool any = false;
+    for (const PktPtr& pkt : packets(frame)) {
+        arrival.apply(*pkt);
+        PacketParser parser(bridging);
+        const Outcome here = outcomeOf([&] { return parser.doParse(pkt, arrival.port(), arrival.bare()); });
+        expect(!any || (parser == first && here == outcome && parser.hash() == first.hash()));
+        expect(bytesOf(*pkt) == frame);
+        if (!arrival.bare()) checkStages(pkt, arrival, parser, here);
+        first = parser;
+        outcome = here;
+        any = true;
+    }
+    const auto parseKept = [&](const Octets& bytes, bool bare) {
+        outcomeOf([&] { return kept.doParse(packet(bytes), arrival.port(), bare); });
+    };
+    parseKept(Octets(frame.begin() + static_cast<std::ptrdiff_t>(second), frame.end()), false);
+    const auto ips = kept.associatedIps();
+    parseKept(frame, true);  // with the header lengths of the one before
+    for (const auto& ip : ips) expect(kept.associatedIpsHas(ip));
+    kept = PacketParser(bridging);
+    expect(kept == PacketParser(bridging));
+    return 0;
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Bytes.h"
+#include "OptionModel.h"
+
+namespace DhcpTest::Fuzz {
+
+/// Ends the run where an invariant does not hold.
+inline void expect(bool holds) {
+    if (!holds) __builtin_trap();
+}
+
+/// A message as the input spells it: the first byte says how many bytes lie in front of it (bits 0 to 5) and whether
+/// the header and the cookie are part of the input (bit 7) or added; the rest is the message, or its options.
+struct OptionsInput {
+    OptionsInput(const U8* data, std::size_t size) {
+        const U8 first = size == 0 ? U8{0} : data[0];
+        const Octets rest(data + std::min<std::size_t>(size, 1), data + size);
+        offset = first & 63;
+        bytes = Octets(offset, scratch) + ((first & 128) != 0 ? rest : message(rest));
+    }
+    U32 offset;
+    Octets bytes;
+};
+
+}  // namespace DhcpTest::Fuzz

@@ -1,0 +1,237 @@
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "Bytes.h"
+#include "DhcpLib/OptionParser.h"
+#include "Kcore/Assert.h"
+
+/// What holds for every rewrite of every packet, whichever generation and direction.
+namespace DhcpFuzz {
+
+using DhcpLib::BootpOption;
+using DhcpLib::RelayRewrite;
+using DhcpLib::RelayRewriteForecast;
+using DhcpTest::hex;
+using DhcpTest::Octets;
+using DhcpTest::PktPtr;
+using DhcpTest::operator+;
+using Generation = DhcpLib::RelayGeneration;
+using Verdict = DhcpLib::RelayRewriteVerdict;
+using Kcore::U32;
+using Kcore::U8;
+
+inline constexpr U32 optionsAt = 240;
+inline constexpr U8 endCode = 255, infoCode = 82;
+
+inline void require(bool holds, const char* what) {
+    if (holds) return;
+    std::fprintf(stderr, "does not hold: %s\n", what);
+    std::abort();
+}
+
+inline Octets slice(const Octets& bytes, std::size_t from, std::size_t to) {
+    return {bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.begin() + static_cast<std::ptrdiff_t>(to)};
+}
+
+/// A packet and the arguments of its rewrite, taken from the front of a fuzzer's input.
+class Case {
+public:
+    Case(const U8* data, std::size_t size) : rest_(data, size) {
+        const U8 first = byte(), second = byte();
+        args.op = BootpOption{first % 4u};
+        args.infoOpt = (first & 0x04) == 0;
+        args.vssControlDisable = (first & 0x08) != 0;
+        args.circuitId = text((first & 0x10) != 0);
+        args.remoteId = text((first & 0x20) != 0);
+        args.vpnId = text((first & 0x40) != 0);
+        args.vendorSpecificSubOptIntfName = text((first & 0x80) != 0);
+        if ((second & 0x01) != 0) args.serverId = address<Kitnet::IpAddr>();
+        if ((second & 0x02) != 0) args.linkselectionId = address<Kitnet::IpAddr>();
+        if ((second & 0x0c) == 0x04) args.vendorSpecificSubOptSrcVtepIp = address<Kitnet::IpAddr>();
+        if ((second & 0x0c) == 0x08) args.vendorSpecificSubOptSrcVtepIp = address<Kitnet::Ip6Addr>();
+        args.offset = (second & 0x10) != 0 ? byte() : 0;
+        // Most packets are to get as far as their options.
+        if ((second & 0x60) != 0) packet = Octets(args.offset, DhcpTest::scratch) + DhcpTest::message(Octets{});
+        packet.insert(packet.end(), rest_.begin(), rest_.end());
+    }
+
+    RelayRewrite args;
+    Octets packet;
+
+private:
+    std::span<const U8> take(std::size_t n) {
+        const auto taken = rest_.first(std::min(n, rest_.size()));
+        rest_ = rest_.subspan(taken.size());
+        return taken;
+    }
+    U8 byte() {
+        const auto one = take(1);
+        return one.empty() ? U8{0} : one[0];
+    }
+    /// At most 255 bytes of the input; 256 that are none, for a length byte of 255.
+    Tyk::String text(bool present) {
+        if (!present) return {};
+        const U8 n = byte();
+        if (n == 255) return std::string(256, 'x');
+        const auto bytes = take(n);
+        return std::string(bytes.begin(), bytes.end());
+    }
+    template <class Address>
+    Address address() {
+        Octets bytes(sizeof(Address), 0);
+        const auto taken = take(bytes.size());
+        std::copy(taken.begin(), taken.end(), bytes.begin());
+        return Address::fromBytes(bytes.data());
+    }
+
+    std::span<const U8> rest_;
+};
+
+/// Where the options stand, by a plain walk to the first end option.
+struct Layout {
+    U32 info = 0;  ///< the last option 82, or the first one; 0 for none
+    U32 end = 0;   ///< 0 where there is none, or no cookie
+    bool hasMaxMsgSize = false;
+
+    Layout(const Octets& bytes, U32 offset, bool lastInfo) {
+        const Octets cookie = hex("63 82 53 63");
+        U32 at = offset + optionsAt;
+        if (bytes.size() < at || slice(bytes, at - 4, at) != cookie) return;
+        for (; at < bytes.size() && bytes[at] != endCode;) {
+            if (bytes[at] == infoCode && (lastInfo || info == 0)) info = at;
+            hasMaxMsgSize |= bytes[at] == 57;
+            if (bytes[at] == 0)
+                ++at;
+            else
+                at += 2u + (at + 1 < bytes.size() ? bytes[at + 1] : 0u);
+        }
+        if (at < bytes.size()) end = at;
+    }
+};
+
+/// What became of a call.
+struct Outcome {
+    bool result = false;
+    std::string assertion;  ///< that failed; the handler threw
+    Octets packet;
+    RelayRewriteForecast forecast;
+};
+
+inline std::string& failedAssertion() {
+    static std::string text;
+    return text;
+}
+
+inline Outcome rewritten(const PktPtr& pkt, const RelayRewrite& args, Generation generation) {
+    static const auto throwing = [](const Kcore::Assertion& a) {
+        failedAssertion() = a.expression;
+        throw Kcore::AssertionError(a);
+    };
+    Kcore::assertionHandlerIs(throwing);
+    Outcome outcome;
+    const Octets before = DhcpTest::bytesOf(*pkt);
+    outcome.forecast = relayRewriteCheck(pkt, args, generation);
+    require(DhcpTest::bytesOf(*pkt) == before, "a forecast leaves the packet alone");
+    try {
+        outcome.result = relayRewrite(pkt, args, generation);
+    } catch (const Kcore::AssertionError& error) {
+        outcome.assertion = error.expression();
+    }
+    outcome.packet = DhcpTest::bytesOf(*pkt);
+    return outcome;
+}
+
+inline void requireForecast(const Outcome& outcome, const Octets& before, U32 offset) {
+    const RelayRewriteForecast& forecast = outcome.forecast;
+    require(forecast.isRewritable() == outcome.result, "the forecast tells the result");
+    require((forecast.verdict == Verdict::assertion) == !outcome.assertion.empty() &&
+                forecast.assertion == outcome.assertion,
+            "the forecast tells the assertion");
+    if (!outcome.result) require(outcome.packet == before, "what is not rewritten is untouched");
+    const std::size_t bytes = outcome.packet.size() > offset ? outcome.packet.size() - offset : 0;
+    require(forecast.messageBytes == bytes, "the forecast tells the size");
+}
+
+/// The message has the size that it is brought to: `smallest`, or what ends with its end option.
+inline void requireSize(const Octets& packet, U32 offset, U32 end, U32 smallest) {
+    const std::size_t bytes = packet.size() - offset;
+    require(bytes == smallest || (bytes > smallest && end + 1 == packet.size()), "the size rule holds");
+    require(std::all_of(packet.begin() + end + 1, packet.end(), [](U8 byte) { return byte == 0; }),
+            "zeros follow the end option");
+}
+
+/// Rewrites in each kind of storage, with other bytes behind the packet, and expects the same of all. The outcome is
+/// one for which the promises of every rewrite are kept.
+inline Outcome rewrittenEverywhere(const Octets& packet, const RelayRewrite& args, Generation generation) {
+    const std::vector<PktPtr> everywhere = DhcpTest::packets(packet);
+    const Outcome outcome = rewritten(everywhere[0], args, generation);
+    for (const PktPtr& pkt : std::span(everywhere).subspan(1)) {
+        const Outcome other = rewritten(pkt, args, generation);
+        require(other.result == outcome.result && other.assertion == outcome.assertion &&
+                    other.packet == outcome.packet && other.forecast.verdict == outcome.forecast.verdict &&
+                    other.forecast.messageBytes == outcome.forecast.messageBytes,
+                "storage and what lies behind the packet change nothing");
+    }
+    requireForecast(outcome, packet, args.offset);
+    return outcome;
+}
+
+inline void append(Octets& to, U8 code, std::span<const U8> data) {
+    to.push_back(code);
+    to.push_back(static_cast<U8>(data.size()));
+    to.insert(to.end(), data.begin(), data.end());
+}
+inline std::span<const U8> bytesOf(const Tyk::String& text) {
+    return {reinterpret_cast<const U8*>(text.data()), text.size()};
+}
+template <class Address>
+std::span<const U8> bytesOf(const Address& address) {
+    return {address.bytes(), sizeof address};
+}
+
+/// The data of an option 82 that is created out of these arguments, from the layout of its sub-options.
+/// `vendor`: what sub-option 9 holds; left out when empty.
+inline Octets createdInfo(const RelayRewrite& args, const Octets& vendor, bool server, bool vpn) {
+    Octets info;
+    if (!args.circuitId.empty()) append(info, 1, bytesOf(args.circuitId));
+    if (!args.remoteId.empty()) append(info, 2, bytesOf(args.remoteId));
+    if (!vendor.empty()) append(info, 9, vendor);
+    if (!args.linkselectionId.isAny()) append(info, 5, bytesOf(args.linkselectionId));
+    if (server && !args.serverId.isAny()) append(info, 11, bytesOf(args.serverId));
+    if (vpn && !args.vpnId.empty()) append(info, 151, bytesOf(args.vpnId));
+    if (vpn && !args.vpnId.empty() && !args.vssControlDisable) append(info, 152, {});
+    return info;
+}
+
+/// The system's block: enterprise number, length, interface name, tunnel endpoint. Empty where it would hold nothing.
+inline Octets vendorBlock(const RelayRewrite& args) {
+    Octets items;
+    if (!args.vendorSpecificSubOptIntfName.empty()) append(items, 1, bytesOf(args.vendorSpecificSubOptIntfName));
+    const Kitnet::IpGenAddr& vtep = args.vendorSpecificSubOptSrcVtepIp;
+    if (vtep.isUsable())
+        vtep.isV4() ? append(items, 2, bytesOf(vtep.v4Addr())) : append(items, 2, bytesOf(vtep.v6Addr()));
+    if (items.empty()) return {};
+    return hex("00 00 7E D9") + Octets{static_cast<U8>(items.size())} + items;
+}
+
+/// An insertion into a packet without option 82 adds exactly that, and its removal gives the other options back.
+inline void requireThereAndBack(const Outcome& there, const Octets& before, const Layout& layout,
+                                const RelayRewrite& args, Generation generation, const Octets& info) {
+    Octets expected = slice(before, 0, layout.end);
+    append(expected, infoCode, info);
+    expected.push_back(endCode);
+    require(there.packet.size() >= expected.size() && slice(there.packet, 0, expected.size()) == expected,
+            "option 82 stands where the end option stood");
+    if (info.empty()) return;
+    RelayRewrite away = args;
+    away.op = BootpOption::bootpReply;
+    const Outcome back = rewrittenEverywhere(there.packet, away, generation);
+    require(back.result && slice(back.packet, 0, layout.end + 1) == slice(before, 0, layout.end + 1),
+            "its removal gives the other options back");
+    requireSize(back.packet, args.offset, layout.end, 300);
+}
+
+}  // namespace DhcpFuzz
