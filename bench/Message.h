@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "Kcore/Types.h"
+
+namespace DhcpBench {
+
+using Kcore::U16;
+using Kcore::U32;
+using Kcore::U8;
+using Octets = std::vector<U8>;
+
+/// The four bytes of `value` in network order.
+Octets bigEndian(U32 value);
+Octets octets(std::string_view text);
+void appendItem(Octets& bytes, U8 code, const Octets& data);
+
+enum class Op : U8 { request = 1, reply = 2 };
+
+/// Makes a DHCPv4 message (RFC 2131), a part after the other.
+class Message {
+public:
+    static constexpr std::size_t minBytes = 300;
+
+    explicit Message(Op op);
+    Message& xid(U32 value) { return write(4, value); }
+    Message& ciaddr(U32 value) { return write(12, value); }
+    Message& yiaddr(U32 value) { return write(16, value); }
+    Message& giaddr(U32 value) { return write(24, value); }
+    Message& option(U8 code, const Octets& data);
+    Message& option(U8 code, std::string_view text) { return option(code, octets(text)); }
+    Message& option(U8 code, U32 value) { return option(code, bigEndian(value)); }
+    Message& pads(std::size_t n);
+    /// The message with its end option, and with pads behind it up to `atLeast` bytes.
+    Octets finished(std::size_t atLeast = minBytes) const;
+
+private:
+    Message& write(std::size_t at, U32 value);
+    Octets bytes_;
+};
+
+/// Between whom a message travels; a VLAN of 0 means no tag.
+struct Path {
+    U32 srcIp, dstIp;
+    U16 srcPort, dstPort;
+    U16 vlan = 0;
+};
+
+/// `message` in UDP, IPv4 and Ethernet. Both checksums are 0: no contender looks at them.
+Octets frameOf(const Octets& message, const Path& path);
+
+}  // namespace DhcpBench

@@ -1,0 +1,52 @@
+"""Prints the medians of a run as one line an operation and case, with the library's time over each contender's.
+
+ratios.py RUN.json [--markdown]; RUN.json as --benchmark_format=json writes it with repetitions.
+"""
+
+import json
+import sys
+
+LIBRARY, TINS, FLOOR = "DhcpLib", "libtins", "floor"
+HEADINGS = ("operation", "case", "ns", "allocations", "of libtins", "of floor", "libtins ns", "libtins allocations")
+
+
+def medians(path):
+    """(operation, case) -> contender -> (nanoseconds, allocations)"""
+    with open(path, encoding="utf-8") as file:
+        runs = json.load(file)["benchmarks"]
+    measured = {}
+    for run in runs:
+        if run.get("aggregate_name") == "median":
+            operation, case, contender = run["run_name"].split("/")[:3]
+            measured.setdefault((operation, case), {})[contender] = (run["cpu_time"], run["allocations"])
+    if not measured:
+        sys.exit(f"{path} holds no medians: run with repetitions")
+    return measured
+
+
+def line(name, contenders):
+    own, own_allocations = contenders[LIBRARY]
+    tins, tins_allocations = contenders[TINS]
+    floor, _ = contenders[FLOOR]
+    return (*name, f"{own:.1f}", f"{own_allocations:.1f}", f"{own / tins:.2f}", f"{own / floor:.1f}", f"{tins:.1f}",
+            f"{tins_allocations:.1f}")
+
+
+def print_table(rows, markdown):
+    widths = [max(map(len, column)) for column in zip(*rows)]
+    for number, row in enumerate(rows):
+        cells = [cell.ljust(width) if i < 2 else cell.rjust(width) for i, (cell, width) in enumerate(zip(row, widths))]
+        print(f"| {' | '.join(cells)} |" if markdown else "  ".join(cells))
+        if markdown and number == 0:
+            print("|" + "|".join("-" * (width + 1) + ("-" if i < 2 else ":") for i, width in enumerate(widths)) + "|")
+
+
+def main():
+    measured = medians(sys.argv[1])
+    # The run's order is random; numbers of options sort as numbers.
+    rows = [line(name, measured[name]) for name in sorted(measured, key=lambda name: (name[0], name[1].zfill(4)))]
+    print_table([HEADINGS, *rows], "--markdown" in sys.argv[2:])
+
+
+if __name__ == "__main__":
+    main()
