@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "DhcpLib/Export.h"
-#include "Kcore/Types.h"
+#include "Kcore/CopyBytes.h"
 #include "Kitnet/BigEndian.h"
 #include "Kitnet/Pkt.h"
 
@@ -119,7 +119,7 @@ inline void requireRoom(const Kitnet::Pkt& pkt, U32 pos, U32 n) {
 template <std::size_t Extent>
 void store(Kitnet::Pkt& pkt, U32 pos, std::span<const U8, Extent> bytes) {
     requireRoom(pkt, pos, static_cast<U32>(bytes.size()));
-    if (!bytes.empty()) std::memcpy(pkt.data() + pos, bytes.data(), bytes.size());
+    Kcore::copyBytes(pkt.data() + pos, bytes.data(), bytes.size());
 }
 inline void store(Kitnet::Pkt& pkt, U32 pos, std::string_view bytes) {
     store(pkt, pos, std::span(reinterpret_cast<const U8*>(bytes.data()), bytes.size()));

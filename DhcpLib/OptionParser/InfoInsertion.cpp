@@ -101,8 +101,15 @@ struct InfoInsertion::Editor {
             Wire::store(pkt, from, bytes.first(limit - from));
     }
     void putHeader(U32& at, SubCode code, std::size_t size) {
-        const U8 header[] = {codeOf(code), static_cast<U8>(size)};
-        put(at, std::span(header));
+        const U8 len = static_cast<U8>(size);
+        if (at + headerBytes <= limit) [[likely]] {
+            Wire::store<U16>(pkt, at, static_cast<U16>(codeOf(code) << 8 | len));
+            at += headerBytes;
+            end = std::max(end, at);
+        } else {
+            const U8 header[] = {codeOf(code), len};
+            put(at, std::span(header));
+        }
     }
     void putText(U32& at, SubCode code, const Tyk::String& text) {
         putHeader(at, code, text.size());
@@ -177,18 +184,14 @@ S32 InfoInsertion::blockLen() const {
 void InfoInsertion::planLengths() {
     if (args_.hasVendorData() && !ownVendorData_) vendorAdded_ = blockLen() + (foreignVendor_ ? 0 : headerBytes);
     if (!hasLinkSelection() && link_) cut_ = existing_;
-    finalLen = lenWithVendor();
     if (hasLinkSelection())
-        finalLen += args_.vssPart() + args_.vpnPart() + args_.linkPart() + args_.serverPart() - existing_;
+        selectionAdded_ = args_.vssPart() + args_.vpnPart() + args_.linkPart() + args_.serverPart() - existing_;
+    finalLen = lenWithVendor() + selectionAdded_;
     widest = std::max({firstLen_, lenWithVendor(), finalLen});
 }
 
 void InfoInsertion::planNeeded() {
-    const S32 circuitAndRemote = creates_ ? firstLen_ : 0;
-    needed = headerBytes + circuitAndRemote;
-    if (hasLinkSelection())
-        needed += args_.vssPart() + args_.linkPart() + args_.vpnPart() + args_.serverPart() - existing_;
-    needed += vendorAdded_;
+    needed = headerBytes + (creates_ ? firstLen_ : 0) + selectionAdded_ + vendorAdded_;
     // An existing sub-option 9 without data is taken for none.
     if (vendorAdded_ != 0 && foreignVendor_ && foreignVendor_.len == 0) needed += headerBytes;
 }
@@ -202,8 +205,7 @@ RelayRewriteVerdict InfoInsertion::refusal() const {
         return infoOptionOverrun;
     if (vendorAdded_ != 0 && foreignVendor_ && static_cast<S32>(foreignVendor_.dataEnd() - dataAt()) > firstLen_ - cut_)
         return infoOptionOverrun;
-    const S32 vendorLen = foreignVendor_.len + blockLen();
-    if (vendorAdded_ != 0 && vendorLen > longestOption) return infoOptionTooLong;
+    if (vendorAdded_ != 0 && foreignVendor_.len + blockLen() > longestOption) return infoOptionTooLong;
     return args_.anyTooLong() || finalLen > longestOption || finalLen < 0 ? infoOptionTooLong : fine;
 }
 

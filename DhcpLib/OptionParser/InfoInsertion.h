@@ -61,10 +61,11 @@ private:
     bool ownVendorData_ = false;
     Existing foreignVendor_;  ///< the last sub-option 9 without the system's data
     Existing link_, server_, vpn_, vss_;
-    S32 existing_ = 0;     ///< what those four take together
-    S32 firstLen_;         ///< of option 82 before anything is added
-    S32 cut_ = 0;          ///< what is cut off its end first
-    S32 vendorAdded_ = 0;  ///< what the vendor data adds to it
+    S32 existing_ = 0;        ///< what those four take together
+    S32 firstLen_;            ///< of option 82 before anything is added
+    S32 cut_ = 0;             ///< what is cut off its end first
+    S32 vendorAdded_ = 0;     ///< what the vendor data adds to it
+    S32 selectionAdded_ = 0;  ///< what 5, 11, 151 and 152 add to it
 };
 
 }  // namespace DhcpLib

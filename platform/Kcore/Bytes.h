@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Kcore/Types.h"
+#include "Kcore/CopyBytes.h"
 
 namespace Kcore {
 
@@ -53,7 +53,7 @@ public:
         const std::size_t at = size_;
         if (size_ + bytes.size() > inlineCapacity || !more_.empty()) spill(size_ + bytes.size());
         size_ += bytes.size();
-        std::memcpy(data() + at, bytes.data(), bytes.size());
+        copyBytes(data() + at, bytes.data(), bytes.size());
     }
     void append(std::string_view bytes) { append({reinterpret_cast<const U8*>(bytes.data()), bytes.size()}); }
 

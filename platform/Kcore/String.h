@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Kcore/CopyBytes.h"
 #include "Kcore/Counter.h"
 #include "Kcore/Export.h"
 #include "Kcore/Hash.h"
@@ -89,26 +90,7 @@ private:
     void assign(std::string_view bytes) {
         if (bytes.size() > inlineCapacity) return assignShared(bytes, {});
         size_ = static_cast<U8>(bytes.size());
-        copyShort(inline_, bytes.data(), bytes.size());
-    }
-    /// At most `inlineCapacity` bytes, in two overlapping words: most strings here are too short for a call.
-    static void copyShort(char* to, const char* from, std::size_t n) {
-        if (n >= 16)
-            copyEnds<16>(to, from, n);
-        else if (n >= 8)
-            copyEnds<8>(to, from, n);
-        else if (n >= 4)
-            copyEnds<4>(to, from, n);
-        else
-            for (std::size_t i = 0; i < n; ++i) to[i] = from[i];
-    }
-    template <std::size_t Word>
-    static void copyEnds(char* to, const char* from, std::size_t n) {
-        char first[Word], last[Word];
-        std::memcpy(first, from, Word);
-        std::memcpy(last, from + n - Word, Word);
-        std::memcpy(to, first, Word);
-        std::memcpy(to + n - Word, last, Word);
+        copyBytes(inline_, bytes.data(), bytes.size());
     }
     void copyFrom(const String& other) {
         copyStorage(other);

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstring>
+
+#include "Kcore/Types.h"
+
+namespace Kcore {
+
+namespace Detail {
+
+/// `Word` to `2 * Word` bytes, in two words that may overlap.
+template <std::size_t Word>
+inline void copyEnds(U8* to, const U8* from, std::size_t n) {
+    U8 first[Word], last[Word];
+    std::memcpy(first, from, Word);
+    std::memcpy(last, from + n - Word, Word);
+    std::memcpy(to, first, Word);
+    std::memcpy(to + n - Word, last, Word);
+}
+
+}  // namespace Detail
+
+/// std::memcpy without the call where the bytes are few, as those of options and names are.
+inline void copyBytes(void* target, const void* source, std::size_t n) {
+    U8* const to = static_cast<U8*>(target);
+    const U8* const from = static_cast<const U8*>(source);
+    if (n > 32)
+        std::memcpy(to, from, n);
+    else if (n >= 16)
+        Detail::copyEnds<16>(to, from, n);
+    else if (n >= 8)
+        Detail::copyEnds<8>(to, from, n);
+    else if (n >= 4)
+        Detail::copyEnds<4>(to, from, n);
+    else
+        for (std::size_t i = 0; i < n; ++i) to[i] = from[i];
+}
+
+}  // namespace Kcore
