@@ -46,3 +46,14 @@ def discover(options):
 
 def option(code, data):
     return bytes([code, len(data)]) + data
+
+
+def dhcp6_frame(message, port=547):
+    """A DHCPv6 message in an untagged frame."""
+    udp = struct.pack(">HHHH", 546, port, 8 + len(message), 0) + message
+    ip = struct.pack(">IHBB", 6 << 28, len(udp), 17, 64) + bytes(32)
+    return bytes(12) + b"\x86\xdd" + ip + udp
+
+
+def option6(code, data):
+    return struct.pack(">HH", code, len(data)) + data

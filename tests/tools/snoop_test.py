@@ -1,5 +1,6 @@
 """dhcptool snoop -r: what it prints, what it counts, and what it makes of files and terminals that turn bad."""
 
+import glob
 import json
 import os
 import pty
@@ -8,7 +9,7 @@ import tempfile
 import threading
 import unittest
 
-from capture_files import bundled, content, discover, option, pcap, pcapng
+from capture_files import bundled, content, dhcp6_frame, discover, option, option6, pcap, pcapng
 
 TOOL = os.environ["DHCPTOOL"]
 
@@ -43,7 +44,7 @@ class Lines(unittest.TestCase):
                          "client 02:c1:00:00:01:1e 10.82.0.2:67 > 10.20.0.1:67 ciaddr 10.20.0.101 giaddr 10.20.0.1 "
                          'circuit-id "Ethernet1" server-id 10.82.0.2 lease-time 600s last-transaction 0s '
                          'associated [10.20.0.100] vendor-class "Lab-Vendor:X1"')
-        self.assertEqual(err, "dhcptool: frames 23, DHCP 18, BOOTP 0, rejected 5\n"
+        self.assertEqual(err, "dhcptool: frames 23, DHCP 18, BOOTP 0, DHCPv6 0, rejected 5\n"
                          "  2  Ethernet payload is not IP\n  3  IP payload is not UDP\n")
 
     def test_name_bootp_and_a_missing_type_by_direction(self):
@@ -59,14 +60,14 @@ class Lines(unittest.TestCase):
 
     def test_count_every_reason(self):
         self.assertEqual(snoop("-r", bundled("crafted-v4-frames-a"))[2],
-                         "dhcptool: frames 88, DHCP 33, BOOTP 1, rejected 54\n"
+                         "dhcptool: frames 88, DHCP 33, BOOTP 1, DHCPv6 0, rejected 54\n"
                          "  6  DHCP packet option format is invalid\n"
-                         "  12  Ethernet payload is not IP\n"
+                         "  10  Ethernet payload is not IP\n"
                          "  5  Frame too short for BOOTP header\n"
                          "  8  Frame too short for Ethernet header\n"
                          "  6  Frame too short for IPv4 header\n"
                          "  4  Frame too short for UDP header\n"
-                         "  3  IP payload is not UDP\n"
+                         "  5  IP payload is not UDP\n"
                          "  1  Tag with the reserved VLAN 4095\n"
                          "  9  UDP payload is not DHCP packet\n")
 
@@ -109,6 +110,99 @@ class JsonObjects(unittest.TestCase):
         frames = [discover(option(92, addresses)), discover(option(92, bytes([9, 0, 0, 1])))]
         self.assertEqual(messages("--keep-state", data=pcap(frames))[2]["associatedIps"],
                          ["9.0.0.1", "10.0.0.1", "192.0.2.9", "192.0.2.10"])
+
+
+class Dhcp6(unittest.TestCase):
+    TYPES = [None] + """solicit advertise request confirm renew rebind reply release decline reconfigure infoRequest
+                        relayForward relayReply""".split()
+    KINDS = {3: "IA_NA", 4: "IA_TA", 25: "IA_PD"}
+
+    def expect_options(self, dissected, shown, *keys):
+        for ours, theirs in keys:
+            self.assertEqual((shown[ours] or {}).get("data"), dissected.get(theirs), ours)
+
+    def expect(self, dissected, shown):
+        relay_keys = ("interfaceId", "interface_id"), ("remoteId", "remote_id")
+        for hop in shown["relay"]:
+            for ours, theirs in (("hopCount", "hop_count"), ("linkAddr", "link_addr"), ("peerAddr", "peer_addr")):
+                self.assertEqual(hop[ours], dissected[theirs])
+            self.assertEqual(hop["messageType"], self.TYPES[dissected["msg_type"]])
+            self.expect_options(dissected, hop, *relay_keys)
+            dissected = dissected["relayed"]
+        self.assertEqual((shown["messageType"], shown["xid"]),
+                         (self.TYPES[dissected["msg_type"]], "0x" + dissected["xid"]))
+        self.expect_options(dissected, shown, ("clientId", "client_duid"), ("serverId", "server_duid"), *relay_keys)
+        self.assertEqual([(ia["type"], f'{ia["iaid"]:08x}', ia["t1"], ia["t2"],
+                           [x["address"] for x in ia["addresses"]], [x["address"] for x in ia["prefixes"]])
+                          for ia in shown["ia"]],
+                         [(self.KINDS[ia["code"]], ia["iaid"], ia["t1"], ia["t2"], ia.get("addr", []),
+                           ia.get("prefix", [])) for ia in dissected.get("ia", [])])
+
+    def test_equals_an_independent_decoding(self):
+        compared = 0
+        for path in sorted(glob.glob(bundled("v6-*"))):
+            with open(path.replace(".pcap", ".expected.jsonl"), encoding="ascii") as lines:
+                dissected = {d["frame"]: d for d in map(json.loads, lines) if d["ip_proto"] == 17}
+            shown = messages("-r", path)
+            self.assertEqual(shown.keys(), dissected.keys(), path)
+            for number, message in shown.items():
+                with self.subTest(path, frame=number):
+                    self.expect(dissected[number], message)
+                compared += 1
+        self.assertGreater(compared, 80)
+
+    def test_lines_unwrap_relays_and_decode_identifiers(self):
+        lines = dict(line.split(" ", 1) for line in snoop("-r", bundled("crafted-v6-a"))[1].splitlines())
+        way = "untagged relayForward [fe80::c1:ff:fe00:c01]:547 > [ff02::1:2]:547 hops 0 link 2001:db8:20::1 " \
+              "peer fe80::c01"
+        client = "solicit xid 0x123456 client-id LL 02:c1:00:00:0c:01 IA_NA 0x00000001 2001:db8::100 " \
+                 "preferred 300s valid 600s"
+        for number, shown in (
+                ("78", f'{way} interface-id "Et1" vrf "blue" vtep 10.0.0.1 vtep-mac 02:c1:00:00:0c:01 {client}'),
+                ("79", f"{way} interface-id 0x01034574310204626c75650500 {client}"),
+                ("81", f'{way} interface-id "Et1" remote-id enterprise 32473 02:c1:00:00:0c:01 l3-interface 42 '
+                       f"interface Ethernet1 vlan 10 {client}"),
+                ("84", way.replace("hops 0", "hops 1") + ' interface-id "outer" relayForward hops 0 link 2001:db8:20::1'
+                       f' peer fe80::c01 interface-id "inner" {client}'),
+                ("58", 'remote-id enterprise 9 "switch-7:Gi0/1"'),
+                ("122", "vlan 1 tagged solicit xid 0x123456 [fe80::c1:ff:fe00:c01]:546 > [ff02::1:2]:547 client-id LL "
+                        "02:c1:00:00:0c:01 remote-id enterprise 32473 02:c1:00:00:0c:01 l3-interface 42 interface "
+                        "Ethernet1 vlan 10"),
+                ("72", "IA_TA 0x00000003 IA_PD 0x00000004 2001:db8:f000::/56 preferred 0s valid 0s")):
+            self.assertTrue(lines[number].endswith(" " + shown), lines[number])
+        for name, shown in (("dhcpcd-uuid-dhcpd", "client-id UUID 00112233-4455-6677-8899-aabbccddeeff IA_NA 0x000006"),
+                            ("dibbler-kea", "client-id EN 32473 0xaabbccdd IA_NA 0x00000001 T1 infinite T2 infinite"),
+                            ("dhclient-kea", "client-id LLT 02:c1:00:00:06:01 2026-11-21T01:47:38Z IA_NA 0x00000601 ")):
+            self.assertIn(shown, snoop("-r", bundled("v6-" + name))[1].splitlines()[0])
+
+    def test_hostile_messages_are_shown_whole_cut_and_nested(self):
+        steer = b"\x1b]0;owned\x07"
+        ids = option6(1, b"\0\2" + bytes(4) + steer) + option6(2, b"\0\2") + option6(3, bytes(5)) + \
+            option6(25, bytes(12) + option6(26, b"\xff" * 25) + option6(26, bytes(24))) + \
+            option6(18, b"\1\x0a" + steer + b"\2\x69" + b"v" * 105) + option6(37, bytes(4) + steer)
+        solicit = b"\1abc" + ids
+        hop = lambda inner: b"\x0c\x20" + bytes(32) + option6(18, steer) + option6(9, inner)
+        nested = solicit
+        for _ in range(40):
+            nested = hop(nested)
+        relayed = dhcp6_frame(hop(solicit))
+        frames = [relayed[:n] for n in range(len(relayed) + 1)]
+        frames += [dhcp6_frame(m) for m in (solicit, nested, hop(b""), b"\x0c")] + [dhcp6_frame(solicit, 53)]
+        for more in ((), ("--json",), ("--keep-state",), ("--json", "--keep-state", "--trace", "9")):
+            status, out, err = snoop(*more, data=pcap(frames))
+            self.assertEqual(status, 0)
+            self.assertTrue((out + err).replace("\n", "").isprintable())
+            # Of the frames that are cut those with a whole relay header; then three of the last five.
+            self.assertIn(f"DHCPv6 {len(relayed) + 1 - 62 - 34 + 3}, ", err)
+        last = len(relayed) + 2
+        lines = snoop(data=pcap(frames))[1].splitlines()
+        self.assertTrue(lines[-3].endswith(
+            " client-id EN 0 0x1b5d303b6f776e656407 server-id 0x0002 IA_PD 0x00000000 ffff:ffff:ffff:ffff:ffff:ffff:"
+            f"ffff:ffff/255 preferred infinite valid infinite interface-id 0x{steer.hex()} vrf \"{'v' * 105}\" "
+            f"remote-id enterprise 0 0x{steer.hex()}"), lines[-3])
+        shown = messages(data=pcap(frames))
+        self.assertEqual((len(shown[last + 1]["relay"]), shown[last + 1]["messageType"]), (33, None))
+        self.assertEqual((len(shown[last + 2]["relay"]), shown[last + 2]["xid"]), (1, None))
 
 
 class HostileBytes(unittest.TestCase):

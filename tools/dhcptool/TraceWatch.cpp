@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "DhcpLib/Trace.h"
 #include "Output.h"
 #include "Printable.h"
 

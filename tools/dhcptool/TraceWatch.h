@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "DhcpLib/Trace.h"
 #include "Kcore/Types.h"
 #include "Tyk/TraceHandle.h"
 
@@ -33,6 +34,19 @@ private:
     Tyk::TraceSink sinkBefore_;
     Kcore::U64 frame_ = 0;
     std::string reason_;
+};
+
+/// While it lives the library traces nothing: for what is parsed besides the frames.
+class TraceSilence {
+public:
+    TraceSilence() { handle_.levelIs(0); }
+    ~TraceSilence() { handle_.levelIs(levelBefore_); }
+    TraceSilence(const TraceSilence&) = delete;
+    TraceSilence& operator=(const TraceSilence&) = delete;
+
+private:
+    Tyk::TraceHandle handle_ = DhcpLib::traceHandle();
+    const int levelBefore_ = handle_.level();
 };
 
 }  // namespace DhcpTool

@@ -2,6 +2,7 @@
 
 #include "DhcpLib/Constants.h"
 #include "DhcpLib/FrameHeaders.h"
+#include "EtherType.h"
 #include "Kitnet/IpHdr.h"
 
 namespace DhcpTool {
@@ -13,17 +14,7 @@ using DhcpLib::udpHeaderBytes;
 using DhcpLib::Wire::ByteView;
 using enum UdpFrame::Kind;
 
-constexpr U32 macsBytes = 12, tagBytes = 4, smallestIpHeader = 20;
-constexpr U16 ipv4EtherType = 0x0800;
-
-bool isVlanTag(U16 etherType) { return etherType == 0x8100 || etherType == 0x88a8 || etherType == 0x9100; }
-
-/// The place of the EtherType behind all tags.
-U32 etherTypeAt(ByteView frame) {
-    U32 at = macsBytes;
-    while (isVlanTag(frame.load<U16>(at))) at += tagBytes;
-    return at;
-}
+constexpr U32 smallestIpHeader = 20;
 
 bool isDhcpPort(U16 port) { return port == Constants::dhcpServerPort || port == Constants::dhcpClientPort; }
 
