@@ -55,7 +55,9 @@ class Lines(unittest.TestCase):
     def test_follow_the_port(self):
         tagged = bundled("v4-vlan20-dhclient-dhcpd")
         for arguments, shown in (((), " vlan 20 tagged "), (("--switchport-mode", "trunk"), " vlan 20 tagged "),
-                                 (("--switchport-mode", "dot1q-tunnel", "--native-vlan", "9"), " vlan 9 untagged ")):
+                                 (("--switchport-mode", "dot1q-tunnel", "--native-vlan", "9"), " vlan 9 untagged "),
+                                 (("--native-vlan", "Et2=9", "--native-vlan", "8", "--interface", "Et2",
+                                   "--switchport-mode", "Et2=dot1q-tunnel"), " vlan 9 untagged ")):
             self.assertIn(shown, snoop("-r", tagged, *arguments)[1].splitlines()[0])
 
     def test_count_every_reason(self):
@@ -318,10 +320,15 @@ class Files(unittest.TestCase):
 class Usage(unittest.TestCase):
     def test_wrong_gives_status_1(self):
         for arguments in ((), ("-r", "x", "--native-vlan", "4095"), ("-r", "x", "--switchport-mode", "hybrid"),
-                          ("-r", "x", "--interface", "9"), ("-r", "x", "--trace", "all")):
+                          ("-r", "x", "--interface", "9"), ("-r", "x", "--trace", "all"), ("-r", "x", "-i", "y"),
+                          ("-r", "x", "--native-vlan", "y=1"), ("-i", "y", "--native-vlan", "1="),
+                          ("-i", "y", "--switchport-mode", "y=hybrid"), ("-r", "x", "--count", "1")):
             status, out, err = snoop(*arguments)
             self.assertEqual((status, out), (1, ""), arguments)
             self.assertRegex(err, "^dhcptool: .+; --help tells the usage\n$")
+
+    def test_of_no_interface_at_all_gives_status_2(self):
+        self.assertEqual(snoop("-i", "nosuch0", "nosuch1"), (2, "", "dhcptool: nosuch0: there is no such interface\n"))
 
     def test_is_told(self):
         self.assertIn("dhcptool snoop [OPTIONS]", snoop("--help")[1])

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "DhcpLib/Wire.h"
 #include "Printable.h"
 
 namespace DhcpTool {
@@ -39,6 +40,18 @@ void CaptureWriter::write(CaptureTime time, std::span<const U8> bytes, U32 sentB
     pcap_dump(reinterpret_cast<U8*>(file_.get()), &header, bytes.data());
     output_.check(std::ferror(pcap_dump_file(file_.get())) == 0);
     if (live_) output_.flush();
+}
+
+void CaptureWriter::write(CaptureTime time, const Kitnet::Pkt& frame) {
+    constexpr U32 macsBytes = 12, tagBytes = 4, tciAt = macsBytes + 2;
+    const auto whole = Kitnet::globalPktManager().newPkt({frame.data(), frame.bytes()});
+    if (frame.vlanTagPresent() && frame.bytes() >= macsBytes) {
+        whole->newSharedHeadData(tagBytes);
+        DhcpLib::Wire::move(*whole, 0, tagBytes, macsBytes);
+        DhcpLib::Wire::store(*whole, macsBytes, frame.vlanTagTpid());
+        DhcpLib::Wire::store(*whole, tciAt, frame.vlanTagTci());
+    }
+    write(time, {whole->data(), whole->bytes()}, whole->bytes());
 }
 
 void CaptureWriter::flush() { output_.flush(); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Capture.h"
+#include "Kitnet/Pkt.h"
 #include "Output.h"
 
 struct pcap_dumper;
@@ -16,6 +17,8 @@ public:
 
     /// A frame of these bytes, of which `sentBytes` were sent. Raises OutputError.
     void write(CaptureTime time, std::span<const U8> bytes, U32 sentBytes);
+    /// A frame as it was sent: with the tag that it was delivered beside.
+    void write(CaptureTime time, const Kitnet::Pkt& frame);
     /// Hands on what is held back. Raises OutputError.
     void flush();
     bool open() const { return output_.open(); }
