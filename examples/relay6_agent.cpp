@@ -21,6 +21,7 @@
 #include "DhcpLib/Dhcp6Hdr.h"
 #include "DhcpLib/Dhcp6Parser.h"
 #include "LinkSocket.h"
+#include "Tyk/Toggle.h"
 
 namespace {
 
@@ -113,8 +114,10 @@ public:
         add(Dhcp6OptionType::relayMsg, message.size())->dataIs(message.data());
     }
     void addInterfaceId(const std::string& interfaceName, const std::string& vrf) {
-        constexpr std::size_t elementHeader = 2;
-        const std::size_t len = 2 * elementHeader + interfaceName.size() + vrf.size();
+        // The library writes a list of two elements or, with the toggle off, the names with a separator between them.
+        static const bool elements = Tyk::getToggleState("DhcpRelayTunnelEncapReplies", "DhcpLib.json", true);
+        constexpr std::size_t elementHeader = 2, separator = 1;
+        const std::size_t len = interfaceName.size() + vrf.size() + (elements ? 2 * elementHeader : separator);
         const auto view = dhcp6InterfaceIdFactory(add(Dhcp6OptionType::interfaceId, len));
         view->intfNameIs(interfaceName);
         view->vrfNameIs(L3::VrfName(vrf));
