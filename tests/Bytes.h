@@ -43,6 +43,10 @@ inline Octets operator+(Octets head, const Octets& tail) {
     return head;
 }
 
+inline Octets first(const Octets& bytes, std::size_t n) {
+    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(n)};
+}
+
 inline constexpr U8 scratch = 0xa5;
 
 /// A DHCP message: a BOOTP header of scratch bytes, the magic cookie, then `options`.

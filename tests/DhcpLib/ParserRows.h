@@ -1,0 +1,69 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "Bridging/Config.h"
+#include "Bytes.h"
+#include "Kcore/Exception.h"
+#include "Recorders.h"
+
+/// What the tests of either snooping parser need: ports, and the outcome of a parse as text.
+namespace DhcpTest {
+
+inline const Kitnet::IntfId accessPort("Ethernet1"), tunnelPort("Ethernet2"), unknownPort("Ethernet9"), noPort;
+
+/// An access port of VLAN 10, a tunnel port of VLAN 30.
+inline const Kcore::Ptr<const Bridging::Config>& config() {
+    static const Kcore::Ptr<const Bridging::Config> switchConfig = [] {
+        const auto made = Kcore::makeNode<Bridging::Config>();
+        made->switchIntfConfigIs(accessPort)->nativeVlanIs(Bridging::VlanId(10));
+        made->switchIntfConfigIs(tunnelPort)->nativeVlanIs(Bridging::VlanId(30));
+        made->switchIntfConfigIs(tunnelPort)->switchportModeIs(Bridging::SwitchportMode::dot1qTunnel);
+        return made;
+    }();
+    return switchConfig;
+}
+
+/// What `parse(parser)` makes of the parser: "true", "false" or the range exception's text, then the attributes that it
+/// changed, then its lines up to the level of rejections.
+template <class Parser, class Parse>
+std::string outcomeOf(Parser& parser, Parse parse) {
+    const Parser before = parser;
+    TraceRecorder trace(2);
+    std::string outcome;
+    try {
+        outcome = parse(parser) ? "true:" : "false:";
+    } catch (const Kcore::RangeException& e) {
+        outcome = e.what() + std::string(":");
+    }
+    std::vector<std::string> values;
+    Kcore::forEachAttribute(before, [&](auto, const auto& value) { values.push_back(Kcore::textOf(value)); });
+    auto was = values.begin();
+    Kcore::forEachAttribute(parser, [&](std::string_view name, const auto& value) {
+        const std::string now = Kcore::textOf(value);
+        if (now != *was++) outcome.append(" ").append(name).append("=").append(now);
+    });
+    for (const std::string& line : trace.lines()) outcome.append(" | ").append(line);
+    return outcome;
+}
+
+/// What a new parser makes of `frame`. At every cut, what stands behind the packet has no part in it.
+template <class Parser, class Parse>
+std::string outcomeEverywhere(const Octets& frame, Parse parse) {
+    std::string alone;
+    for (std::size_t size = 0; size <= frame.size(); ++size) {
+        alone.clear();
+        for (const PktPtr& pkt : packets(first(frame, size))) {
+            Parser parser(config());
+            const std::string here = outcomeOf(parser, [&](Parser& p) { return parse(p, pkt); });
+            if (alone.empty()) alone = here;
+            EXPECT_EQ(here, alone) << "cut to " << size << " bytes, with others behind";
+            EXPECT_EQ(bytesOf(*pkt), first(frame, size));
+        }
+    }
+    return alone;
+}
+
+}  // namespace DhcpTest
