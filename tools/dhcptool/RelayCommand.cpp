@@ -4,8 +4,8 @@
 #include <exception>
 #include <memory>
 
+#include "AddressOption.h"
 #include "CaptureWriter.h"
-#include "Kcore/Exception.h"
 #include "Output.h"
 #include "Printable.h"
 #include "Progress.h"
@@ -84,25 +84,6 @@ void addText(CLI::App& command, const std::string& name, Tyk::String& value, con
         ->type_name("TEXT")
         ->check([](const std::string& text) { return std::string(text.size() <= 255 ? "" : "longer than 255 bytes"); },
                 "");
-}
-
-/// Adds an option whose value is an address.
-template <class Address, class Value>
-void addAddress(CLI::App& command, const std::string& name, Value& value, const std::string& what) {
-    command
-        .add_option_function<std::string>(
-            name, [&value](const std::string& text) { value = Address::fromText(text); }, what)
-        ->type_name("ADDR")
-        ->check(
-            [](const std::string& text) -> std::string {
-                try {
-                    Address::fromText(text);
-                } catch (const Kcore::RangeException&) {
-                    return "no address: " + text;
-                }
-                return {};
-            },
-            "");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Capture.h"
+#include "LeaseQueryCommand.h"
 #include "Output.h"
 #include "Printable.h"
 #include "RelayCommand.h"
@@ -8,17 +9,19 @@
 
 namespace {
 
-/// The exit status.
+/// The exit status, unless the command sets one of its own.
 enum Status { done = 0, failed = 1, badCapture = 2 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
     using namespace DhcpTool;
+    int status = done;
     try {
         CLI::App app("Looks at DHCP traffic.", "dhcptool");
         app.set_version_flag("--version", DHCPTOOL_VERSION);
         app.require_subcommand(1);
+        addLeaseQueryCommand(app, status);
         addRelayCommand(app);
         addSnoopCommand(app);
         try {
@@ -36,5 +39,5 @@ int main(int argc, char** argv) {
         complain(harmless(error.what()));
         return failed;
     }
-    return done;
+    return status;
 }
