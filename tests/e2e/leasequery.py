@@ -1,0 +1,201 @@
+#!/usr/bin/env python3
+"""dhcptool leasequery, asking ISC dhcpd and a server that lies. The tool's path: the environment's DHCPTOOL."""
+
+import json
+import os
+import socket
+import struct
+import subprocess
+import threading
+import time
+
+import dhcp4
+from dhcp4 import item
+from lab import Lab, main, require, wait_for
+
+KNOWN, FAILED, UNKNOWN, NO_ANSWER = 0, 1, 3, 4
+UNASSIGNED, ACTIVE = b"\x0b", b"\x0d"
+CLIENT, STRANGER = "02:c1:00:00:01:1e", "02:c1:00:00:02:02"
+AGENT, SERVER, OTHER = "10.82.0.1", "10.82.0.2", "10.82.0.3"
+
+CONFIG = """authoritative; allow leasequery; ping-check false; default-lease-time 120;
+max-lease-time 120; dhcp-cache-threshold 0;
+class "short" { match if option vendor-class-identifier = "short"; default-lease-time 3; max-lease-time 3; }
+subnet 10.82.0.0 netmask 255.255.255.0 { }
+subnet 10.20.0.0 netmask 255.255.255.0 { range 10.20.0.100 10.20.0.109; }
+"""
+CLIENT_SCRIPT = """#!/bin/sh
+[ "$1" = bound ] && ip addr replace $ip/24 dev $interface && echo "bound $ip."
+exit 0
+"""
+
+
+class Asked(Lab):
+    """The agent that asks, the server, and a client on another link of the server's."""
+
+    def __enter__(self):
+        super().__enter__()
+        self.add("agent", "srv", "c1")
+        self.link(("agent", "up0", AGENT + "/24"), ("srv", "up1", SERVER + "/24", OTHER + "/24"))
+        self.link(("srv", "lan", "10.20.0.1/24"), ("c1", "eth0"))
+        self.run("c1", "ip", "link", "set", "eth0", "address", CLIENT)
+        return self
+
+    def tool(self, *arguments, through=()):
+        done = subprocess.run(["ip", "netns", "exec", self.full("agent"), *through, os.environ["DHCPTOOL"], "leasequery",
+                               *arguments], capture_output=True, text=True, timeout=30, check=False)
+        return done.returncode, done.stdout, done.stderr
+
+    def answer(self, *subject):
+        """The exit status and what the server told."""
+        status, out, err = self.tool("--server", SERVER, "--json", *subject)
+        assert out and not err, (status, err)
+        return status, {name: value for name, value in json.loads(out).items() if value not in (None, [])}
+
+    def dhcpd(self):
+        self.start("srv", "dhcpd", "dhcpd", "-4", "-f", "-d", "-cf", self.file("dhcpd.conf", CONFIG), "-lf",
+                   self.file("dhcpd.leases", ""), "-pf", os.path.join(self.folder, "dhcpd.pid"), "up1",
+                   "lan").saw("Server starting service")
+
+    def udhcpc(self, *options):
+        """A client with a lease, and its address."""
+        script = self.file("client.sh", CLIENT_SCRIPT, 0o755)
+        client = self.start("c1", "udhcpc", "udhcpc", "-i", "eth0", "-f", "-R", "-T", "1", "-s", script, *options)
+        client.saw(".\n", 20)
+        return client, client.log().split("bound ")[1].split(".\n")[0]
+
+
+def dhcpd():
+    """An address with a lease, without one, with one no more, and what the server does not know."""
+    require("dhcpd", "udhcpc")
+    with Asked() as lab:
+        lab.dhcpd()
+        client, address = lab.udhcpc()
+        for subject in (("--mac", CLIENT), ("--ip", address)):
+            status, told = lab.answer(*subject)
+            left, age = told.pop("leaseTime"), told.pop("lastTransactionTime")
+            assert 100 < left <= 120 and 119 <= left + age <= 121, (left, age)
+            assert (status, told) == (KNOWN, {"state": "active", "ip": address, "mac": CLIENT, "serverId": SERVER}), told
+        status, out, _ = lab.tool("--server", SERVER, "--ip", address, "--giaddr", AGENT)
+        assert status == KNOWN and [line.split()[0] for line in out.splitlines()] == \
+            ["state", "ip", "mac", "lease-time", "last-transaction", "server-id"], out
+
+        # dhcpd answers for the addresses of its pools alone: others of its subnets are unknown to it.
+        unassigned, unknown = (KNOWN, "unassigned"), (UNKNOWN, "unknown")
+        for kind, value, (wanted, state) in (("ip", "10.20.0.109", unassigned), ("ip", "10.20.0.50", unknown),
+                                             ("ip", "192.0.2.9", unknown), ("mac", STRANGER, unknown)):
+            told = lab.answer(f"--{kind}", value)
+            assert told == (wanted, {"state": state, kind: value, "serverId": SERVER}), told
+
+        client.stop()
+        no_more(lab, address)
+        client, address = lab.udhcpc("-V", "short")
+        client.popen.kill()
+        assert lab.answer("--ip", address)[1]["state"] == "active"
+        no_more(lab, address)
+
+
+def no_more(lab, address):
+    """The client's lease was released or has expired: dhcpd still tells who had it last, by MAC alone."""
+    unassigned = {"state": "unassigned", "ip": address, "serverId": SERVER}
+    wait_for("the lease's end", 8, lambda: lab.answer("--ip", address) == (KNOWN, unassigned))
+    assert lab.answer("--mac", CLIENT) == (KNOWN, {**unassigned, "mac": CLIENT})
+
+
+def reply(query, kind, ip, op=2, options=b""):
+    """What answers the query with the address `ip`."""
+    header = bytes([op, 1, 6, 0]) + query[4:12] + socket.inet_aton(ip) + query[16:28] + b"\x02\xc1\0\0\x01\x1e"
+    return header.ljust(236, b"\0") + dhcp4.COOKIE + (item(53, kind) if kind else b"") + options + b"\xff"
+
+
+def lies(query):
+    """Datagrams of the server's that do not answer the query, though each but the last few nearly does."""
+    good = reply(query, UNASSIGNED, "10.66.6.6")
+    return [good[:4] + bytes([good[4] ^ 1]) + good[5:], good[:7] + bytes([good[7] ^ 0x80]) + good[8:],
+            reply(query, UNASSIGNED, "10.66.6.6", op=1), reply(query, UNASSIGNED, "10.66.6.6", op=3),
+            *(reply(query, kind, "10.66.6.6") for kind in (b"", b"\x00", b"\x05", b"\x0a", b"\x0e", b"\xff")),
+            good[:-1], good[:-1] + item(12, b"x" * 9)[:-1], good[:240], good[:236], good[:33], good[:1], b"",
+            good[:236] + b"\x63\x82\x53\x64" + good[240:], query, os.urandom(1400)]
+
+
+class Liar(threading.Thread):
+    """Answers each query with lies, from the server's address and, truly, from another one; then with `truth`."""
+
+    def __init__(self, lab, flood_seconds=0.0, truth=None):
+        super().__init__()
+        with lab.inside("srv"):
+            self.own, self.other = (socket.socket(socket.AF_INET, socket.SOCK_DGRAM) for _ in range(2))
+            self.own.bind((SERVER, 67))
+            self.other.bind((OTHER, 67))
+        self.own.settimeout(0.1)
+        self.flood_seconds, self.truth, self.queries, self.told, self.ending = flood_seconds, truth, [], 0, False
+
+    def __enter__(self):
+        self.start()
+        return self
+
+    def __exit__(self, *_):
+        self.ending = True
+        self.join()
+        self.own.close()
+        self.other.close()
+
+    def run(self):
+        while not self.ending:
+            try:
+                query, asker = self.own.recvfrom(2000)
+            except socket.timeout:
+                continue
+            self.queries.append((query, asker))
+            end = time.monotonic() + self.flood_seconds
+            while True:
+                for lie in lies(query):
+                    self.own.sendto(lie, asker)
+                self.other.sendto(reply(query, UNASSIGNED, "10.66.6.6"), asker)
+                self.told += len(lies(query)) + 1
+                if time.monotonic() >= end or self.ending:
+                    break
+            if self.truth:
+                self.own.sendto(self.truth(query), asker)
+
+
+def impostors():
+    """Replies that are none are ignored and gain no time; without an answer the query is repeated."""
+    require("setpriv")
+    patience = ("--server", SERVER, "--ip", "10.20.0.7", "--timeout", "1", "--retries", "1")
+    with Asked() as lab:
+        for flood_seconds in (0.0, 5.0):
+            with Liar(lab, flood_seconds) as liar:
+                started = time.monotonic()
+                status, out, err = lab.tool(*patience)
+                assert 2 <= time.monotonic() - started < 4, time.monotonic() - started
+            assert (status, out) == (NO_ANSWER, ""), (status, out)
+            ignored = int(err.split(f"no answer from {SERVER}, other datagrams: ")[1])
+            if flood_seconds:
+                assert ignored > 500, ignored
+            else:
+                assert ignored == liar.told and len(liar.queries) == 2, (ignored, liar.told)
+                (query, asker), again = liar.queries
+                assert again == (query, asker) and asker == (AGENT, 67), asker
+                assert query[24:28] == socket.inet_aton(AGENT) and query[240:249].hex() == "35010a37" + "03335b5cff"
+        others = socket.inet_aton("10.20.0.9") + socket.inet_aton("10.20.0.10")
+        truth = item(51, struct.pack(">I", 2**32 - 1)) + item(91, b"\0\0\1\0") + item(92, others) + item(54, b"\x0a\x52\0\2")
+        with Liar(lab, truth=lambda query: reply(query, ACTIVE, "10.20.0.7", options=truth)):
+            told = lab.answer(*patience[2:])
+            assert told == (KNOWN, {"state": "active", "ip": "10.20.0.7", "mac": CLIENT, "leaseTime": 2**32 - 1,
+                                    "lastTransactionTime": 256, "associatedIps": ["10.20.0.9", "10.20.0.10"],
+                                    "serverId": SERVER}), told
+        for why, arguments, through in (
+                ("CAP_NET_BIND_SERVICE is missing", patience, ("setpriv", "--bounding-set=-net_bind_service")),
+                ("UDP port 67 of 10.9.9.9", (*patience, "--giaddr", "10.9.9.9"), ()),
+                ("route to 192.0.2.1", ("--server", "192.0.2.1", "--ip", "10.20.0.7"), ()),
+                ("no address: 10.20.0", ("--server", SERVER, "--ip", "10.20.0"), ()),
+                ("--help tells the usage", ("--server", SERVER), ()),
+                ("--help tells the usage", (*patience, "--mac", CLIENT), ()),
+                ("--help tells the usage", (*patience[:-1], "-1"), ())):
+            status, out, err = lab.tool(*arguments, through=through)
+            assert (status, out) == (FAILED, "") and why in err, (status, out, err)
+
+
+if __name__ == "__main__":
+    main({"dhcpd": dhcpd, "impostors": impostors})
