@@ -21,7 +21,7 @@ DhcpLib::PamManager::Ptr managerOf(const char* name, const KernelNetInfo::Status
                                    const std::vector<Kitnet::IntfId>& interfaces) {
     const auto all = Kcore::makeNode<Interface::AllIntfStatusDir>(kni);
     const auto local = Kcore::makeNode<Interface::AllIntfStatusLocalDir>();
-    const auto manager = DhcpLib::pamManagerFactory(name, all, local, kni);
+    auto manager = DhcpLib::pamManagerFactory(name, all, local, kni);
     for (const Kitnet::IntfId& intf : interfaces) manager->pamDesiredIntfDir()->intfIs(intf);
     return manager;
 }

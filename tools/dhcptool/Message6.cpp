@@ -77,7 +77,7 @@ PktPtr clientFrameWith(std::string_view data) {
     constexpr U32 typeAt = 12, ipAt = typeAt + 2, udpAt = ipAt + ipv6HeaderBytes;
     constexpr U32 messageAt = udpAt + udpHeaderBytes, clientIdAt = messageAt + Dhcp6Const::reghdr_size;
     constexpr U32 remoteIdAt = clientIdAt + optionHeaderBytes, dataAt = remoteIdAt + optionHeaderBytes;
-    const PktPtr frame = Kitnet::globalPktManager().newPkt();
+    PktPtr frame = Kitnet::globalPktManager().newPkt();
     frame->newSharedTailData(static_cast<U32>(dataAt + data.size()));
     Wire::store(*frame, typeAt, ipv6EtherType);
     Wire::store(*frame, ipAt + nextHeaderAt, udpProtocol);
