@@ -24,7 +24,10 @@ void TraceWatch::frameIs(Kcore::U64 number) {
 }
 
 void TraceWatch::take(const Tyk::TraceLine& line) {
-    if (line.level <= DhcpLib::TraceLevel::rejection) reason_ = harmless(line.text.substr(0, line.text.find(',')));
+    if (line.level <= DhcpLib::TraceLevel::rejection) {
+        const std::string_view text = line.text.substr(0, line.text.find(','));
+        reason_ = harmless(text.substr(0, text.find_last_not_of("0123456789") + 1));
+    }
     if (line.level <= shown_)
         complain("frame " + std::to_string(frame_) + ": trace " + std::to_string(line.level) + ": " +
                  harmless(line.text));

@@ -22,7 +22,7 @@ public:
     /// The frame that the lines are about from now on.
     void frameIs(Kcore::U64 number);
     /// Why this frame was rejected: the last line at or above the level of rejections, without the frame's own numbers
-    /// that follow its first comma. So there are no more reasons than texts.
+    /// that follow its first comma or end it. So there are few more reasons than texts.
     const std::string& reason() const { return reason_; }
 
 private:
