@@ -1,0 +1,247 @@
+#!/usr/bin/env python3
+"""dhcptool snoop on live interfaces between real clients and servers. The tool's path: the environment's DHCPTOOL."""
+
+import json
+import os
+import signal
+import socket
+import struct
+import subprocess
+import threading
+import time
+from collections import Counter
+
+import dhcp4
+from dhcp4 import BROADCAST_MAC, Message, client_frame
+from lab import Lab, main, received, require, wait_for
+
+FLOOD = 30000
+SOL_PACKET, PACKET_STATISTICS, SO_RCVBUFFORCE = 263, 6, 33
+NATIVE_VLAN = 10
+MAC, MAC_TEXT = b"\x02\xc1\0\0\3\1", "02:c1:00:00:03:01"
+DHCPRELEASE = 7
+MESSAGES6 = {1: "solicit", 2: "advertise", 3: "request", 7: "reply", 8: "release"}
+ETHERTYPE4, ETHERTYPE6 = b"\x08\0", b"\x86\xdd"
+DOT1Q, SERVICE = b"\x81\0", b"\x88\xa8"
+TAGS = [b"", DOT1Q + b"\0\x14", DOT1Q + b"\xe0\0", SERVICE + b"\0\x1e"]  # untagged, VLAN 20, priority alone, VLAN 30
+SERVICE_TAG = 3
+
+CLIENT_SCRIPT = """#!/bin/sh
+ip=${ip:-$new_ip_address}
+[ -z "$ip" ] || ip addr replace $ip/24 dev $interface
+[ -z "$new_ip6_address" ] || ip -6 addr replace $new_ip6_address/64 dev $interface
+echo "event ${reason:-$1} $ip$new_ip6_address"
+"""
+
+
+def ip6(next_header, ports, payload=b"\1\0\0\7", length=12):
+    head = b"\x60\0\0\0" + struct.pack(">HB", length, next_header) + b"\x40\xfe\x80".ljust(17, b"\0")
+    udp = struct.pack(">HHHH", *ports, 8 + len(payload), 0)
+    return BROADCAST_MAC + MAC + ETHERTYPE6 + head + b"\xff\x02".ljust(15, b"\0") + b"\1" + udp + payload
+
+
+def solicit(xid):
+    return ip6(17, (546, 547), bytes([1]) + xid.to_bytes(3, "big"))
+
+
+def tagged(tag, frame):
+    return frame[:12] + tag + frame[12:]
+
+
+def changed(frame, at, data):
+    return frame[:at] + data + frame[at + len(data):]
+
+
+def near_misses():
+    """Frames that are almost DHCP, untagged and tagged."""
+    discover = client_frame(MAC, 1, dhcp4.DISCOVER)
+    frames = [changed(discover, 36, b"\0\x45"), changed(discover, 34, b"\0\x43\x01\x43"), changed(discover, 23, b"\6"),
+              changed(discover, 20, b"\0\1"), changed(discover, 12, b"\x88\xb5"), ip6(17, (547, 548)), ip6(6, (546, 547)),
+              ip6(17, (68, 67)), ip6(0, (17 << 8, 0), b"\x02\x22\x02\x23"), discover[:14] + b"\x4f" + discover[15:]]
+    return [tagged(tag, frame) for tag in TAGS for frame in frames]
+
+
+class Snooped(Lab):
+    """A client c1 and the server behind one link, on whose server's end, "lan", the agent listens."""
+
+    def __enter__(self):
+        super().__enter__()
+        self.add("c1", "srv")
+        self.wire_up()
+        return self
+
+    def wire_up(self):
+        self.link(("srv", "lan", "10.20.0.1/24", "2001:db8:20::1/64"), ("c1", "eth0"))
+
+    def snoop(self, *options):
+        tool = self.start("srv", "dhcptool", os.environ["DHCPTOOL"], "snoop", "-i", "lan", *options)
+        tool.saw("dhcptool: listening on lan\n")
+        return tool
+
+    def reread(self, path):
+        return [json.loads(line) for line in subprocess.run(
+            [os.environ["DHCPTOOL"], "snoop", "-r", path, "--json", "--interface", "lan", "--native-vlan",
+             str(NATIVE_VLAN)], check=True, capture_output=True, timeout=30).stdout.splitlines()]
+
+    def servers(self):
+        for version, subnet in (("4", "subnet 10.20.0.0 netmask 255.255.255.0 { range 10.20.0.100 10.20.0.199; }"),
+                                ("6", "subnet6 2001:db8:20::/64 { range6 2001:db8:20::1000 2001:db8:20::1fff; }")):
+            config = self.file(f"dhcpd{version}.conf", f"authoritative; default-lease-time 120; ping-check false;\n{subnet}\n")
+            self.start("srv", "dhcpd", "dhcpd", "-" + version, "-f", "-d", "-cf", config, "-lf",
+                       self.file(f"dhcpd{version}.leases", ""), "-pf", os.path.join(self.folder, f"d{version}.pid"),
+                       "lan").saw("Server starting service")
+
+    def clients(self):
+        script = self.file("client.sh", CLIENT_SCRIPT, 0o755)
+        wait_for("a link-local address of the client", 10,
+                 lambda: self.run("c1", "ip", "-6", "addr", "show", "dev", "eth0", "scope", "link", "-tentative"))
+        return [self.start("c1", "udhcpc", "udhcpc", "-i", "eth0", "-f", "-R", "-T", "1", "-s", script),
+                self.start("c1", "dhclient", "dhclient", "-6", "-d", "-sf", script, "-lf", self.file("c6.leases", ""),
+                           "-cf", "/dev/null", "-pf", os.path.join(self.folder, "c6.pid"), "eth0")]
+
+
+def messages(tool):
+    return [json.loads(line) for line in tool.log().splitlines() if line.startswith("{")]
+
+
+def number(xid):
+    """DHCPv6 transaction ids are shown in hex."""
+    return int(xid, 16) if isinstance(xid, str) else xid
+
+
+def shown(message):
+    """What `on_wire` tells of a frame, as the tool has shown it."""
+    kind = message["messageType"] if "messageType" in message else message["dhcpMsgTypeOpt"]
+    return message["tagged"], message["vlanId"], kind, number(message["xid"])
+
+
+def read_alike(message):
+    """What is told of a frame whose tag was taken off by the kernel, and of the same frame in a file."""
+    unlike = {"interface", "outgoing", "etherHdrLen", "offset", "dhcp6OptionsOffset"}
+    return {name: value for name, value in message.items() if name not in unlike}
+
+
+def on_wire(frame):
+    """Whether a frame is tagged, its VLAN, message type and transaction id; None of a frame that is not DHCP."""
+    tag = frame[12:16] if frame[12:14] in (DOT1Q, SERVICE) else b""
+    inner = frame[:12] + frame[12 + len(tag):]
+    if tag[:2] == SERVICE:
+        tag = b""  # the agent takes no service tag for the VLAN's
+    vlan = int.from_bytes(tag[2:], "big") & 0xFFF or NATIVE_VLAN
+    if inner[12:14] == ETHERTYPE4 and inner[14] == 0x45 and inner[20:22] in (b"\0\0", b"\x40\0") and \
+            inner[23] == 17 and inner[36:38] in (b"\0\x43", b"\0\x44"):
+        m = Message.read(inner)
+        return bool(tag), vlan, m.type, int.from_bytes(m.xid, "big")
+    if inner[12:14] == ETHERTYPE6 and inner[20] == 17 and inner[56:58] in (b"\x02\x22", b"\x02\x23"):
+        return bool(tag), vlan, MESSAGES6[inner[62]], int.from_bytes(inner[63:66], "big")
+    return None
+
+
+class Flood(threading.Thread):
+    """Sends near misses for some seconds."""
+
+    def __init__(self, wire):
+        super().__init__()
+        self.wire = wire
+
+    def run(self):
+        frames = near_misses()
+        for start in range(0, FLOOD, len(frames)):
+            for frame in frames:
+                self.wire.send(frame)
+            time.sleep(0.005)
+
+
+def flood():
+    """Of all that passes the tool shows the DHCP frames, each once, and the same again from what it wrote."""
+    require("dhcpd", "udhcpc", "dhclient")
+    with Snooped() as lab:
+        lab.servers()
+        written = os.path.join(lab.folder, "live.pcap")
+        tool = lab.snoop("--json", "--write", written, "--native-vlan", str(NATIVE_VLAN))
+        witness, wire = lab.frames("c1", "eth0"), lab.frames("c1", "eth0")
+        witness.setsockopt(socket.SOL_SOCKET, SO_RCVBUFFORCE, 1 << 27)
+        wire.setblocking(True)
+        others = Flood(wire)
+        others.start()
+        clients = lab.clients()
+        for n in range(0, 40 * len(TAGS), len(TAGS)):
+            for at, tag in enumerate(TAGS):
+                wire.send(tagged(tag, client_frame(MAC, n + at, dhcp4.DISCOVER)))
+                wire.send(tagged(tag, solicit(n + at)))
+            time.sleep(0.05)
+        for client, event in zip(clients, ("event bound 10.20.0.1", "event BOUND6 2001:db8:20::1")):
+            client.saw(event, 20)
+            client.stop()
+        others.join()
+        passed = received(witness)
+        _, lost = struct.unpack("II", witness.getsockopt(SOL_PACKET, PACKET_STATISTICS, 8))
+        wanted = Counter(filter(None, map(on_wire, passed)))
+        assert lost == 0 and len(passed) > FLOOD and {DHCPRELEASE, "reply"} <= {kind for _, _, kind, _ in wanted}, lost
+        wait_for("every message", 5, lambda: len(messages(tool)) >= wanted.total())
+        counts = ended(tool, signal.SIGTERM)
+
+        seen = messages(tool)
+        assert Counter(map(shown, seen)) == wanted, (Counter(map(shown, seen)) - wanted, wanted - Counter(map(shown, seen)))
+        assert f"frames {len(seen)}, " in counts and "rejected 0\n" in counts, counts
+        assert f"dhcptool: lan: received {len(seen)}, dropped 0, errors 0\n" in counts, counts
+        for message in seen:
+            from_server = shown(message)[2] in (dhcp4.OFFER, dhcp4.ACK, "advertise", "reply")
+            assert message["outgoing"] == from_server and message["interface"] == "lan", message
+        # In the file the service tag stands in front of the IP packet, and what is behind it is not seen.
+        service = [m for m in seen if m["srcMac"] == MAC_TEXT and number(m["xid"]) % len(TAGS) == SERVICE_TAG]
+        assert len(service) == 80
+        assert list(map(read_alike, lab.reread(written))) == [read_alike(m) for m in seen if m not in service]
+
+
+def links():
+    """The link goes down and up, the interface away and comes back; frames are seen whenever they pass, once each."""
+    require()
+    with Snooped() as lab:
+        tool, xids = lab.snoop(), []
+
+        def passes():
+            xids.append(f" xid 0x{len(xids) + 0xC0FFEE00:08x} ")
+            lab.frames("c1", "eth0").send(client_frame(MAC, int(xids[-1].split()[1], 16), dhcp4.DISCOVER))
+            tool.saw(xids[-1])
+
+        def says(state, times=1):
+            wait_for(f"'{state}', {times} times", 5, lambda: tool.log().count(f"dhcptool: lan: {state}") == times)
+
+        passes()
+        for up, interface, namespace in ((1, "eth0", "c1"), (2, "lan", "srv")):
+            lab.run(namespace, "ip", "link", "set", interface, "down")
+            says("link is down", up)
+            lab.run(namespace, "ip", "link", "set", interface, "up")
+            says("link is up", up)
+            passes()
+        for gone in (1, 2):
+            lab.run("srv", "ip", "link", "del", "lan")
+            says("there is no such interface, waiting for it", gone)
+            lab.wire_up()
+            says("link is up", 2 + gone)
+            passes()
+        counts = ended(tool, signal.SIGINT)
+        assert [tool.log().count(xid) for xid in xids] == [1] * len(xids), tool.log()
+        assert f"frames {len(xids)}, DHCP {len(xids)}, BOOTP 0, DHCPv6 0, rejected 0\n" in counts, counts
+
+        counted, timed = lab.snoop("--count", "2"), lab.snoop("--duration", "1")
+        wire = lab.frames("c1", "eth0")
+        for xid in range(3):
+            wire.send(solicit(xid))
+        assert "frames 2, DHCP 0, BOOTP 0, DHCPv6 2, rejected 0\n" in ended(counted)
+        assert "frames 3, " in ended(timed)
+        refused = lab.start("srv", "dhcptool", os.environ["DHCPTOOL"], "snoop", "-i", "nowhere")
+        assert refused.popen.wait(5) == 2 and "nowhere: there is no such interface" in refused.log()
+
+
+def ended(tool, number=None):
+    """The counts of a tool that has ended well, by the signal or by itself."""
+    if number is not None:
+        tool.signal(number)
+    assert tool.popen.wait(5) == 0
+    return tool.log()[tool.log().rindex("dhcptool: frames "):]
+
+
+if __name__ == "__main__":
+    main({"flood": flood, "links": links})
