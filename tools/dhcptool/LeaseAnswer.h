@@ -6,6 +6,7 @@
 
 #include "DhcpLib/PacketView.h"
 #include "Kcore/Duration.h"
+#include "Kcore/Enum.h"
 #include "Kitnet/EthAddr.h"
 #include "Kitnet/IpAddr.h"
 

@@ -18,8 +18,8 @@ constexpr char footer[] =
     "one of this machine and the port free; port 67 takes CAP_NET_BIND_SERVICE. Replies from another address than the\n"
     "server's, with another transaction id, or that are malformed are ignored. What the server does not tell is left\n"
     "out of the lines, and null with --json.\n"
-    "Exit status: 0 the server knows the address, its state is active or unassigned; 1 wrong usage, no route, or no\n"
-    "socket; 3 the state is unknown; 4 no answer.";
+    "Exit status: 0 the server knows the client or address, its state is active or unassigned; 1 wrong usage, no\n"
+    "route, or no socket; 3 the state is unknown; 4 no answer.";
 
 /// The exit status, beside those of all commands.
 enum Status { leaseKnown = 0, leaseUnknown = 3, noAnswer = 4 };
@@ -52,7 +52,7 @@ Status ask(const LeaseQueryArguments& arguments) {
 void addLeaseQueryCommand(CLI::App& app, int& status) {
     const auto arguments = std::make_shared<LeaseQueryArguments>();
     CLI::App* const command = app.add_subcommand("leasequery", about)->footer(footer);
-    CLI::App* const subject = command->add_option_group("Subject", "One of");
+    CLI::App* const subject = command->add_option_group("Subject", "Whose lease");
     addAddress<Kitnet::EthAddr>(*subject, "--mac", arguments->subject, "The client whose lease is asked for");
     addAddress<Kitnet::IpAddr>(*subject, "--ip", arguments->subject, "The address whose lease is asked for");
     subject->require_option(1);
