@@ -33,7 +33,6 @@ TEST(KcoreString, HoldsAnyBytesOnBothSidesOfItsInlineCapacity) {
         EXPECT_TRUE(made == String(bytes.data(), size) && made == bytes && made != bytes + "x");
         EXPECT_EQ(made.hash(), String(bytes).hash());
         EXPECT_NE(made.hash(), String(bytes + '\0').hash());
-        EXPECT_EQ(made.find(String(bytes).view()), 0u);
         EXPECT_EQ(refusalOf([&] { made.at(size); }), "Kcore::String::at beyond size() not allowed");
         EXPECT_EQ(refusalOf([&] { made.substr(size + 1); }), "Kcore::String::substr beyond size() not allowed");
         EXPECT_EQ(made.substrOrEmpty(size + 1), "");
@@ -61,34 +60,28 @@ TEST(KcoreString, HoldsAnyBytesOnBothSidesOfItsInlineCapacity) {
 
 TEST(KcoreBytes, GrowPastTheirInlineRoomLikeAVector) {
     std::mt19937 random(3);
-    for (int round = 0; round < 50; ++round) {
-        Bytes bytes;
-        std::vector<U8> model;
-        for (int step = 0; step < 40; ++step) {
-            const std::vector<U8> more(random() % 40, static_cast<U8>(random()));
-            switch (random() % 4) {
-                case 0:
-                    bytes.resize(random() % (Bytes::inlineCapacity + 20));
-                    model.resize(bytes.size());
-                    break;
-                case 1:
-                    bytes.push_back(7);
-                    model.push_back(7);
-                    break;
-                default:
-                    bytes.append(more);
-                    model.insert(model.end(), more.begin(), more.end());
-            }
-            if (!model.empty()) bytes[model.size() / 2] = model[model.size() / 2] = static_cast<U8>(step);
-            const Bytes copy(bytes);
-            ASSERT_TRUE(std::ranges::equal(copy.span(), model) && copy == bytes);
+    Bytes bytes;
+    std::vector<U8> model;
+    for (int step = 0; step < 2000; ++step) {
+        const std::vector<U8> more(random() % 40, static_cast<U8>(random()));
+        switch (random() % 3) {
+            case 0:
+                bytes.resize(random() % (Bytes::inlineCapacity + 20));
+                model.resize(bytes.size());
+                break;
+            case 1:
+                bytes.push_back(7);
+                model.push_back(7);
+                break;
+            default:
+                bytes.append(more);
+                model.insert(model.end(), more.begin(), more.end());
         }
+        if (!model.empty()) bytes[model.size() / 2] = model[model.size() / 2] = static_cast<U8>(step);
         Bytes assigned;
         assigned.append("old");
         assigned = bytes;
-        EXPECT_TRUE(assigned == bytes);
-        bytes.clear();
-        EXPECT_TRUE(bytes.empty() && !(assigned == bytes));
+        ASSERT_TRUE(std::ranges::equal(Bytes(bytes).span(), model) && assigned == bytes);
     }
 }
 

@@ -52,7 +52,7 @@ protected:
 TEST_F(TykToggle, IsWhatAGoodFileSays) {
     const std::string spaces(65536 - 10, ' ');
     for (const std::string& content :
-         {std::string(R"({"a":true})"), std::string(" {\t\"b\" : false ,\n\"a\"\r:\ttrue } \r\n"),
+         {std::string(" {\t\"b\" : false ,\n\"a\"\r:\ttrue } \r\n"),
           std::string(R"({"A":false,"a":true,"aa":false,"{}":false})"), R"({"a":true})" + spaces}) {
         SCOPED_TRACE(content.substr(0, 60));
         fileIs(content);
@@ -63,39 +63,25 @@ TEST_F(TykToggle, IsWhatAGoodFileSays) {
 }
 
 TEST_F(TykToggle, IsTheDefaultForAnythingElseAndSaysWhy) {
-    struct Row {
-        std::string content;
-        const char* why;
-    };
-    const Row rows[] = {
+    const std::pair<std::string, const char*> rows[] = {
         {"{}", ": the name is not in it"},
-        {R"({"b":true,"A":true})", ": the name is not in it"},
         {R"({"a":{"b":true}})", ": expected true or false at byte 5"},
-        {R"({"b":{"a":true}})", ": expected true or false at byte 5"},
         {R"({"a":true,})", ": expected \" at byte 10"},
-        {R"({,"a":true})", ": expected \" at byte 1"},
-        {R"({"a":1})", ": expected true or false at byte 5"},
-        {R"({"a":"true"})", ": expected true or false at byte 5"},
         {R"({"a":true,"b":null})", ": expected true or false at byte 14"},
-        {R"({"a":True})", ": expected true or false at byte 5"},
         {R"({"a":truely})", ": expected } at byte 9"},
         {R"({"a" true})", ": expected : at byte 5"},
         {R"({"a":true "b":true})", ": expected } at byte 10"},
         {R"({"a":true,"a":true})", ": expected each name once at byte 18"},
-        {R"({"a":true} x)", ": expected nothing more at byte 11"},
         {R"({"\u0061":true})", ": expected a name's closing quote at byte 2"},
         {"{\"a\n\":true}", ": expected a name's closing quote at byte 3"},
-        {"{a:true}", ": expected \" at byte 1"},
-        {R"({"a":true}//)", ": expected nothing more at byte 10"},
-        {R"([{"a":true}])", ": expected { at byte 0"},
         {"\xef\xbb\xbf{\"a\":true}", ": expected { at byte 0"},
         {std::string("{\"a\":true}\0", 11), ": expected nothing more at byte 10"},
         {R"({"a":true})" + std::string(65536 - 9, ' '), ": longer than 65536 bytes"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.content.substr(0, 60));
-        fileIs(row.content);
-        expectDefault(row.why);
+    for (const auto& [content, why] : rows) {
+        SCOPED_TRACE(content.substr(0, 60));
+        fileIs(content);
+        expectDefault(why);
     }
     const std::string good = R"({"b":false,"a":true})";
     for (std::size_t size = 0; size < good.size(); ++size) {
@@ -113,11 +99,9 @@ TEST_F(TykToggle, IsTheDefaultWhereThereIsNoFileToRead) {
     expectDefault("/pipe.json: not a regular file", "pipe.json");
 
     const auto before = std::filesystem::current_path();
-    std::filesystem::current_path(folder);
+    std::filesystem::current_path(folder);  // which is not looked into where no folder is named
     fileIs(R"({"a":true})");
     setenv("DHCPLIB_TOGGLE_DIR", "", 1);
-    expectDefault("No such file or directory");
-    unsetenv("DHCPLIB_TOGGLE_DIR");
     expectDefault("No such file or directory");
     std::filesystem::current_path(before);
 }
