@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "tools/dhcptool/Capture.h"
+#include "common/Capture.h"
 
 namespace DhcpTest::Captures {
 

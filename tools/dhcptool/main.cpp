@@ -1,11 +1,11 @@
 #include <CLI/CLI.hpp>
 
-#include "Capture.h"
-#include "LeaseQueryCommand.h"
-#include "Output.h"
-#include "Printable.h"
-#include "RelayCommand.h"
-#include "SnoopCommand.h"
+#include "common/Capture.h"
+#include "common/Output.h"
+#include "common/Printable.h"
+#include "leasequery/LeaseQueryCommand.h"
+#include "relay/RelayCommand.h"
+#include "snoop/SnoopCommand.h"
 
 namespace {
 

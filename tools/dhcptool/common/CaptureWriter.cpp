@@ -1,0 +1,59 @@
+#include "common/CaptureWriter.h"
+
+#include <pcap/pcap.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "DhcpLib/Wire.h"
+#include "common/Printable.h"
+
+namespace DhcpTool {
+
+namespace {
+
+pcap_dumper* opened(const std::string& path) {
+    constexpr int longestFrame = 262144;
+    std::FILE* const file = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
+    if (file == nullptr) throw OutputError(quoted(path) + ": " + std::strerror(errno));
+    const std::unique_ptr<pcap, decltype(&pcap_close)> format(pcap_open_dead(DLT_EN10MB, longestFrame), pcap_close);
+    pcap_dumper* const dumper = pcap_dump_fopen(format.get(), file);
+    if (dumper == nullptr) throw OutputError(quoted(path) + ": " + harmless(pcap_geterr(format.get())));
+    return dumper;
+}
+
+}  // namespace
+
+void CaptureWriter::Close::operator()(pcap_dumper* file) const { pcap_dump_close(file); }
+
+CaptureWriter::CaptureWriter(const std::string& path, bool live)
+    : file_(opened(path)), output_(live, pcap_dump_file(file_.get())), live_(live) {}
+
+void CaptureWriter::write(CaptureTime time, std::span<const U8> bytes, U32 sentBytes) {
+    if (!open()) return;
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+    pcap_pkthdr header{};
+    header.ts.tv_sec = seconds.count();
+    header.ts.tv_usec = (time - seconds).count();
+    header.caplen = static_cast<U32>(bytes.size());
+    header.len = sentBytes;
+    pcap_dump(reinterpret_cast<U8*>(file_.get()), &header, bytes.data());
+    output_.check(std::ferror(pcap_dump_file(file_.get())) == 0);
+    if (live_) output_.flush();
+}
+
+void CaptureWriter::write(CaptureTime time, const Kitnet::Pkt& frame) {
+    constexpr U32 macsBytes = 12, tagBytes = 4, tciAt = macsBytes + 2;
+    const auto whole = Kitnet::globalPktManager().newPkt({frame.data(), frame.bytes()});
+    if (frame.vlanTagPresent() && frame.bytes() >= macsBytes) {
+        whole->newSharedHeadData(tagBytes);
+        DhcpLib::Wire::move(*whole, 0, tagBytes, macsBytes);
+        DhcpLib::Wire::store(*whole, macsBytes, frame.vlanTagTpid());
+        DhcpLib::Wire::store(*whole, tciAt, frame.vlanTagTci());
+    }
+    write(time, {whole->data(), whole->bytes()}, whole->bytes());
+}
+
+void CaptureWriter::flush() { output_.flush(); }
+
+}  // namespace DhcpTool

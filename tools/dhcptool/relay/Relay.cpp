@@ -1,0 +1,140 @@
+#include "relay/Relay.h"
+
+#include <set>
+
+#include "DhcpLib/OptionParser/OptionIndex.h"
+#include "DhcpLib/OptionParser/SubOptionWalk.h"
+#include "Kcore/Text.h"
+#include "Kitnet/Pkt.h"
+#include "Kitnet/UdpMend.h"
+
+namespace DhcpTool {
+
+namespace {
+
+using DhcpLib::BootpOption;
+using DhcpLib::Wire::ByteView;
+using Kitnet::Pkt;
+using PktPtr = Kcore::Ptr<Pkt>;
+using SubOption = DhcpLib::DhcpInformationSubOptionType;
+
+constexpr U32 longestDatagram = 65535;
+
+PktPtr packetOf(std::span<const U8> bytes) { return Kitnet::globalPktManager().newPkt(bytes); }
+
+/// The last option of that code, if there is one.
+DhcpLib::RawOption optionOf(const Pkt& message, DhcpLib::DhcpOptionType code) {
+    const ByteView bytes(message);
+    DhcpLib::RawOption found;
+    DhcpLib::walkOptionsArea(bytes, 0, [&](const auto& head) {
+        if (head.code == static_cast<U8>(code)) found = DhcpLib::RawOption(bytes, head.at);
+    });
+    return found;
+}
+
+/// What option 82 holds.
+struct InfoContents {
+    std::optional<U32> bytes;
+    bool whole = true;  ///< it ends with a sub-option's end
+    std::set<U8> codes;
+
+    explicit InfoContents(const Pkt& message) {
+        const DhcpLib::RawOption info = optionOf(message, DhcpLib::DhcpOptionType::infoOpt);
+        if (!info) return;
+        bytes = info.len();
+        const U32 end = info.dataAt() + *bytes;
+        DhcpLib::walkSubOptionsUpTo(info.bytes(), info.dataAt(), end, [&](const auto& head) {
+            codes.insert(static_cast<U8>(head.code));
+            whole = head.at + head.wireBytes <= end;
+        });
+    }
+    bool has(SubOption code) const { return codes.contains(static_cast<U8>(code)); }
+    /// "44 bytes", or "none".
+    std::string text() const { return bytes ? std::to_string(*bytes) + " bytes" : "none"; }
+};
+
+/// Whether option 82 came out whole, and without sub-options that nobody had put there. The rewrite in place writes
+/// over what stands behind an earlier relay's link selection, and cuts that off from the end wherever it stands.
+bool isSound(const InfoContents& before, const InfoContents& after, const DhcpLib::RelayRewrite& rewrite) {
+    if (DhcpLib::isVendorDataPresent(rewrite.vendorSpecificSubOptIntfName, rewrite.vendorSpecificSubOptSrcVtepIp) &&
+        !after.has(SubOption::vendorSpecificSubOption))
+        return false;
+    return after.whole && std::ranges::all_of(after.codes, [&](U8 code) {
+               return before.codes.contains(code) || !Kcore::enumName(SubOption{code}).empty();
+           });
+}
+
+/// The message's type, or its direction where it tells none.
+std::string messageText(const PktPtr& message, BootpOption op) {
+    const Kcore::String type = DhcpLib::getDhcpMsgType(message, 0);
+    return type.empty() ? Kcore::textOf(op) : type.str();
+}
+
+std::string lineStart(const Frame& frame) { return "frame " + std::to_string(frame.number) + ": "; }
+
+/// The frame's headers with `message` behind them, and nothing of what stood behind the datagram.
+PktPtr frameOf(std::span<const U8> headers, const Pkt& message, U32 ipAt) {
+    const PktPtr frame = packetOf(headers);
+    const U32 at = frame->bytes();
+    frame->newSharedTailData(message.bytes());
+    DhcpLib::Wire::store(*frame, at, std::span<const U8>(message.data(), message.bytes()));
+    Kitnet::mendUdp(*frame, ipAt);
+    return frame;
+}
+
+}  // namespace
+
+std::string RelayCounts::text() const {
+    std::string out = "frames " + std::to_string(frames) + ", requests rewritten " + std::to_string(requests) +
+                      ", replies rewritten " + std::to_string(replies) + ", messages copied " + std::to_string(copied);
+    for (const auto& [why, count] : copiedFor) out += "\n  " + std::to_string(count) + "  " + why;
+    return out;
+}
+
+Relayer::Result Relayer::take(const Frame& frame) {
+    ++counts_.frames;
+    const UdpFrame place = udpFrameOf({frame.bytes.data(), static_cast<U32>(frame.bytes.size())});
+    if (place.kind == UdpFrame::Kind::other) return {};
+    if (place.kind == UdpFrame::Kind::unfit) return copy(frame, place.why);
+    return relay(frame, place);
+}
+
+Relayer::Result Relayer::relay(const Frame& frame, const UdpFrame& place) {
+    const PktPtr message = packetOf(frame.bytes.subspan(place.payloadAt, place.payloadBytes));
+    DhcpLib::RelayRewrite rewrite = settings_.rewrite;
+    rewrite.op = BootpOption{DhcpLib::Wire::load<U8>(*message, 0)};
+    const bool request = rewrite.op == BootpOption::bootpRequest;
+    if (!request && rewrite.op != BootpOption::bootpReply) return copy(frame, "neither request nor reply");
+
+    const auto forecast = relayRewriteCheck(message, rewrite, settings_.generation);
+    if (forecast.verdict == DhcpLib::RelayRewriteVerdict::assertion)
+        return copy(frame, "assertion: " + std::string(forecast.assertion));
+    if (!forecast.isRewritable()) return copy(frame, Kcore::textOf(forecast.verdict));
+    if (place.payloadAt - place.ipAt + forecast.messageBytes > longestDatagram)
+        return copy(frame, "no room in an IPv4 datagram");
+
+    const InfoContents before(*message);
+    if (!relayRewrite(message, rewrite, settings_.generation)) return copy(frame, "not rewritten");
+    const InfoContents after(*message);
+    if (request && !isSound(before, after, rewrite)) return copy(frame, "option 82 would be broken");
+    std::string line = lineStart(frame) + messageText(message, rewrite.op) + ", option 82 " + before.text() + " -> " +
+                       after.text() + ", message " + std::to_string(place.payloadBytes) + " -> " +
+                       std::to_string(message->bytes()) + " bytes";
+    const DhcpLib::RawOption serverId = optionOf(*message, DhcpLib::DhcpOptionType::serverIdOpt);
+    if (!request && settings_.serverId && serverId) {
+        // The address would overwrite what stands behind a shorter one.
+        if (serverId.len() != sizeof(Kitnet::IpAddr)) return copy(frame, "server identifier is no address");
+        DhcpLib::setServerId(message, *settings_.serverId);
+        line += ", server identifier " + Kcore::textOf(*settings_.serverId);
+    }
+    ++(request ? counts_.requests : counts_.replies);
+    return {frameOf(frame.bytes.first(place.payloadAt), *message, place.ipAt), std::move(line)};
+}
+
+Relayer::Result Relayer::copy(const Frame& frame, const std::string& why) {
+    ++counts_.copied;
+    ++counts_.copiedFor[why];
+    return {nullptr, lineStart(frame) + "copied, " + why};
+}
+
+}  // namespace DhcpTool

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "DhcpLib/OptionParser.h"
+#include "common/Capture.h"
+#include "relay/UdpFrame.h"
+
+namespace DhcpTool {
+
+/// How messages are to be relayed.
+struct RelaySettings {
+    DhcpLib::RelayGeneration generation = DhcpLib::RelayGeneration::preparePacket;
+    DhcpLib::RelayRewrite rewrite;           ///< `op` and `offset` come from each message
+    std::optional<Kitnet::IpAddr> serverId;  ///< to be put in the place of option 54 of replies
+};
+
+/// What became of the frames.
+struct RelayCounts {
+    U64 frames = 0;
+    U64 requests = 0;  ///< rewritten
+    U64 replies = 0;   ///< rewritten
+    U64 copied = 0;    ///< messages, and frames that may hold one
+    std::map<std::string, U64> copiedFor;
+
+    std::string text() const;
+};
+
+/// Rewrites the DHCPv4 messages of frames as a relay agent does.
+class Relayer {
+public:
+    explicit Relayer(const RelaySettings& settings) : settings_(settings) {}
+
+    struct Result {
+        Kcore::Ptr<Kitnet::Pkt> frame;  ///< to be sent in place of the one that came; null where that is to be copied
+        std::string line;               ///< about the message; empty where there is none
+    };
+    Result take(const Frame& frame);
+    const RelayCounts& counts() const { return counts_; }
+
+private:
+    Result relay(const Frame& frame, const UdpFrame& place);
+    Result copy(const Frame& frame, const std::string& why);
+
+    RelaySettings settings_;
+    RelayCounts counts_;
+};
+
+}  // namespace DhcpTool

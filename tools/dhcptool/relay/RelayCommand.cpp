@@ -1,0 +1,125 @@
+#include "relay/RelayCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <memory>
+
+#include "common/AddressOption.h"
+#include "common/CaptureWriter.h"
+#include "common/Output.h"
+#include "common/Printable.h"
+#include "common/Progress.h"
+#include "relay/Relay.h"
+
+namespace DhcpTool {
+
+namespace {
+
+constexpr char about[] =
+    "Rewrites the DHCPv4 messages of a capture as a relay agent does: requests gain the relay agent information "
+    "option\n"
+    "(82), replies lose it. Lengths and checksums are set right, all other frames are copied. A line for each message\n"
+    "says what was done; counts follow on stderr.";
+constexpr char footer[] =
+    "Messages that a relay could not rewrite or whose option 82 would come out broken, fragments, and datagrams of\n"
+    "which bytes are missing are copied as they are, and reported. Where the capture goes to the standard output, the "
+    "lines go to stderr. Timestamps are kept to\n"
+    "the microsecond.\n"
+    "Exit status: 0 done, 1 wrong usage or no place for the output, 2 the capture cannot be read to its end.";
+
+const std::map<std::string, DhcpLib::RelayGeneration>& generations() {
+    using enum DhcpLib::RelayGeneration;
+    static const std::map<std::string, DhcpLib::RelayGeneration> all{{"new", preparePacketNew}, {"old", preparePacket}};
+    return all;
+}
+
+struct RelayArguments {
+    std::string source, target;
+    RelaySettings settings;
+};
+
+void rewriteFrames(CaptureReader& source, CaptureWriter& target, Relayer& relayer, Output& report) {
+    Progress progress(source.size());
+    while (target.open()) {
+        const auto frame = source.next();
+        if (!frame) return;
+        const Relayer::Result result = relayer.take(*frame);
+        if (result.frame)
+            target.write(frame->time, {result.frame->data(), result.frame->bytes()}, result.frame->bytes());
+        else
+            target.write(frame->time, frame->bytes, frame->sentBytes);
+        if (!result.line.empty()) {
+            progress.hide();
+            report.line(result.line);
+        }
+        progress.at(source.position());
+    }
+}
+
+void relay(const RelayArguments& arguments) {
+    CaptureReader source(arguments.source);
+    if (source.reads(arguments.target))
+        throw OutputError(DhcpTool::quoted(arguments.target) + " is the capture that is read");
+    const bool live = source.size() == 0;
+    Output report(live, arguments.target == "-" ? stderr : stdout);
+    CaptureWriter target(arguments.target, live);
+    Relayer relayer(arguments.settings);
+    std::exception_ptr cutShort;
+    try {
+        rewriteFrames(source, target, relayer, report);
+    } catch (const CaptureError&) {
+        cutShort = std::current_exception();
+    }
+    target.flush();
+    report.flush();
+    if (target.open()) complain(relayer.counts().text());
+    if (cutShort) std::rethrow_exception(cutShort);
+}
+
+/// Adds an option whose value is a text of at most 255 bytes, as much as a sub-option holds.
+void addText(CLI::App& command, const std::string& name, Tyk::String& value, const std::string& what) {
+    command
+        .add_option_function<std::string>(
+            name, [&value](const std::string& text) { value = text; }, what)
+        ->type_name("TEXT")
+        ->check([](const std::string& text) { return std::string(text.size() <= 255 ? "" : "longer than 255 bytes"); },
+                "");
+}
+
+}  // namespace
+
+void addRelayCommand(CLI::App& app) {
+    const auto arguments = std::make_shared<RelayArguments>();
+    RelaySettings& settings = arguments->settings;
+    DhcpLib::RelayRewrite& rewrite = settings.rewrite;
+    CLI::App* const command = app.add_subcommand("relay", about)->footer(footer);
+    command->add_option("-r,--read", arguments->source, "Capture file, pcap or pcapng; - is the standard input")
+        ->type_name("FILE")
+        ->required();
+    command->add_option("-w,--write", arguments->target, "Capture file to be written; - is the standard output")
+        ->type_name("FILE")
+        ->required();
+    command
+        ->add_option_function<std::string>(
+            "--generation", [&settings](const std::string& name) { settings.generation = generations().at(name); },
+            "How the library rewrites: in place, or building option 82 anew")
+        ->type_name("NAME")
+        ->check(CLI::IsMember(generations()))
+        ->default_str("old");
+    addText(*command, "--circuit-id", rewrite.circuitId, "Sub-option 1");
+    addText(*command, "--remote-id", rewrite.remoteId, "Sub-option 2");
+    addText(*command, "--vrf", rewrite.vpnId,
+            "VRF name in sub-option 151; of the old generation with a link selection");
+    addAddress<Kitnet::IpAddr>(*command, "--link-selection", rewrite.linkselectionId, "Sub-option 5");
+    addAddress<Kitnet::IpAddr>(*command, "--server-id-override", rewrite.serverId,
+                               "Sub-option 11; of the old generation with a link selection");
+    command->add_flag("--no-vss-control", rewrite.vssControlDisable, "No sub-option 152 with the VRF name");
+    addText(*command, "--vendor-interface", rewrite.vendorSpecificSubOptIntfName, "Interface name in sub-option 9");
+    addAddress<Kitnet::IpGenAddr>(*command, "--vendor-vtep", rewrite.vendorSpecificSubOptSrcVtepIp,
+                                  "Tunnel endpoint, IPv4 or IPv6, in sub-option 9");
+    addAddress<Kitnet::IpAddr>(*command, "--restore-server-id", settings.serverId,
+                               "Server identifier that replies get in place of the one they have");
+    command->callback([arguments] { relay(*arguments); });
+}
+
+}  // namespace DhcpTool

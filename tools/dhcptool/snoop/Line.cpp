@@ -1,0 +1,33 @@
+#include "snoop/Line.h"
+
+#include <ctime>
+
+namespace DhcpTool {
+
+namespace {
+
+/// "2024-05-01T10:11:12.123456Z"
+std::string microsecondText(CaptureTime time) {
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+    const std::string micros = std::to_string((time - seconds).count());
+    return timeText(seconds) + '.' + std::string(6 - micros.size(), '0') + micros + 'Z';
+}
+
+}  // namespace
+
+std::string timeText(std::chrono::seconds sinceEpoch) {
+    const std::time_t wholeSeconds = sinceEpoch.count();
+    std::tm utc{};
+    gmtime_r(&wholeSeconds, &utc);
+    char text[40];
+    return {text, std::strftime(text, sizeof text, "%FT%T", &utc)};
+}
+
+Line& Line::start(const Arrival& frame, Bridging::VlanId vlan, bool tagged) {
+    word(frame.number).word(microsecondText(frame.time));
+    if (frame.live) word(frame.intf);
+    if (frame.outgoing) word("out");
+    return field("vlan", vlan).word(tagged ? "tagged" : "untagged");
+}
+
+}  // namespace DhcpTool

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Bridging/VlanId.h"
+#include "Kcore/Text.h"
+#include "Kitnet/IpAddr.h"
+#include "Kitnet/NetInteger.h"
+#include "common/Printable.h"
+#include "snoop/Arrival.h"
+
+namespace DhcpTool {
+
+/// "2024-05-01T10:11:12", UTC.
+std::string timeText(std::chrono::seconds sinceEpoch);
+
+/// One line for people, word by word.
+class Line {
+public:
+    template <class T>
+    Line& word(const T& value) {
+        if (!text_.empty()) text_.push_back(' ');
+        Kcore::appendText(text_, value);
+        return *this;
+    }
+    template <class T>
+    Line& field(std::string_view name, const T& value) {
+        return word(name).word(value);
+    }
+    Line& bytes(std::string_view name, std::string_view value) {
+        return value.empty() ? *this : field(name, textOrHex(value));
+    }
+    Line& hexadecimal(std::string_view name, std::string_view value) { return field(name, "0x" + hex(value)); }
+    Line& address(std::string_view name, const Kitnet::IpAddr& ip) { return ip.isAny() ? *this : field(name, ip); }
+    Line& seconds(std::string_view name, bool there, Kcore::Duration time) {
+        return there ? field(name, Kcore::textOf(time) + 's') : *this;
+    }
+    /// What every line starts with: frame number, time, for a live frame its interface and whether it went out, VLAN.
+    Line& start(const Arrival& frame, Bridging::VlanId vlan, bool tagged);
+    std::string take() { return std::move(text_); }
+
+private:
+    std::string text_;
+};
+
+}  // namespace DhcpTool

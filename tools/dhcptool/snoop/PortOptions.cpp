@@ -1,0 +1,82 @@
+#include "snoop/PortOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace DhcpTool {
+
+namespace {
+
+constexpr char separator = '=';
+
+const std::map<std::string, Bridging::SwitchportMode>& modes() {
+    using enum Bridging::SwitchportMode;
+    static const std::map<std::string, Bridging::SwitchportMode> all{
+        {"access", access}, {"dot1q-tunnel", dot1qTunnel}, {"trunk", trunk}};
+    return all;
+}
+
+struct PortText {
+    std::string port;  ///< empty for all
+    std::string value;
+
+    explicit PortText(const std::string& text) {
+        const std::size_t at = text.find(separator);
+        if (at != text.npos) port = text.substr(0, at);
+        value = at != text.npos ? text.substr(at + 1) : text;
+    }
+};
+
+/// 0 where it is none.
+unsigned vlanOf(const std::string& text) {
+    constexpr unsigned last = 4094;
+    Bridging::VlanId vlan;
+    return Bridging::VlanId::parse(text, &vlan) && vlan.value() <= last ? vlan.value() : 0;
+}
+
+/// Calls `set(port settings, value)` for those that each text is about, the texts for all first.
+template <class Set>
+void apply(const std::string& option, const std::vector<std::string>& texts,
+           std::map<Kitnet::IntfId, PortSettings>& ports, Set set) {
+    std::vector<PortText> ordered(texts.begin(), texts.end());
+    std::ranges::stable_sort(ordered, {}, [](const PortText& text) { return !text.port.empty(); });
+    for (const PortText& text : ordered) {
+        if (!text.port.empty() && !ports.contains(Kitnet::IntfId(text.port)))
+            throw CLI::ValidationError(option, "frames of " + text.port + " are not asked for");
+        for (auto& [port, settings] : ports)
+            if (text.port.empty() || text.port == port.name()) set(settings, text.value);
+    }
+}
+
+std::string fault(const std::string& text, bool goodValue, const char* what) {
+    const PortText parts(text);
+    if (text.find(separator) != text.npos)
+        if (std::string badName = portNameFault(parts.port); !badName.empty()) return badName;
+    return goodValue ? "" : what + parts.value;
+}
+
+}  // namespace
+
+std::map<Kitnet::IntfId, PortSettings> PortOptions::of(const std::vector<std::string>& ports) const {
+    std::map<Kitnet::IntfId, PortSettings> all;
+    for (const std::string& port : ports) all[Kitnet::IntfId(port)];
+    apply("--native-vlan", nativeVlans, all,
+          [](PortSettings& port, const std::string& value) { port.nativeVlan = vlanOf(value); });
+    apply("--switchport-mode", switchportModes, all,
+          [](PortSettings& port, const std::string& value) { port.switchportMode = modes().at(value); });
+    return all;
+}
+
+std::string nativeVlanFault(const std::string& text) {
+    return fault(text, vlanOf(PortText(text).value) != 0, "no VLAN from 1 to 4094: ");
+}
+
+std::string switchportModeFault(const std::string& text) {
+    return fault(text, modes().contains(PortText(text).value), "neither access nor trunk nor dot1q-tunnel: ");
+}
+
+std::string portNameFault(const std::string& name) {
+    return Kitnet::IntfId::isValidName(name) ? "" : "no interface name: " + name;
+}
+
+}  // namespace DhcpTool
