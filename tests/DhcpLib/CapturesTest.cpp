@@ -212,10 +212,6 @@ TEST_P(CapturesV4, FieldsAreThoseOfADissector) {
     for (const Frame& frame : Captures::read(GetParam())) expectAsDissected(frame);
 }
 
-TEST_P(CapturesV4, BytesBehindAPacketDoNotCount) {
-    for (const Frame& frame : Captures::read(GetParam())) Captures::expectCutsIndependentOfBytesBehind(frame, parse);
-}
-
 TEST_P(CapturesV4, CutsLoseFieldsAndInventNone) {
     const auto none = fieldsOf(PacketParser(config()));
     for (const Frame& frame : Captures::read(GetParam())) {

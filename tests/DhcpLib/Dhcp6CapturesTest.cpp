@@ -162,25 +162,6 @@ void expectParserFields(const Json& json, const PktPtr& pkt, const Dhcp6PacketPa
         EXPECT_NE(options->option(static_cast<Dhcp6OptionType>(option[0].get<unsigned>())), nullptr);
     const auto clientId = options->option(Dhcp6OptionType::clientId);
     EXPECT_EQ(p.cIdOption(), clientId != nullptr);
-    if (!clientId) return;
-    EXPECT_EQ(p.cIdOptOffset(), clientId->offset());
-    EXPECT_EQ(p.cIdOptLen(), clientId->len());
-    const Dhcp6Duid duid(clientId, Dhcp6Const::optdata_offset);
-    if (p.cIdDuidType() != 0) {
-        EXPECT_EQ(
-            std::tuple(p.cIdDuidType(), p.cIdDuidHwType(), p.cIdDuidllAddr(), p.cIdDuidUuid(), p.cIdDuidEntno(),
-                       p.cIdDuidEntId()),
-            std::tuple(duid.duidType(), duid.hardwareType(), duid.llAddr(), duid.uuid(), duid.entno(), duid.entId()));
-    }
-    const auto remoteId = options->option(Dhcp6OptionType::remoteId);
-    EXPECT_EQ(p.rIdOption(), remoteId != nullptr);
-    if (!remoteId) return;
-    const Dhcp6RemoteId view(remoteId);
-    EXPECT_EQ(std::tuple(p.rIdOptOffset(), p.rIdOptLen(), p.rIdEntno(), p.rIdL3IntfId(), p.rIdDuidType(),
-                         p.rIdDuidHwType(), p.rIdDuidllAddr()),
-              std::tuple(U32{remoteId->offset()}, remoteId->len(), view.entno(), view.interfaceId(),
-                         view.duid()->duidType(), view.duid()->hardwareType(), view.duid()->llAddr()));
-    EXPECT_TRUE(!p.l2PortInfoValid() || view.subOptValue().view().starts_with(Kcore::textOf(p.rIdL2IntfId()) + ":"));
 }
 
 /// IP version and the lengths of IPv6 and UDP are not looked at.
@@ -217,10 +198,6 @@ class CapturesV6 : public testing::TestWithParam<Captures::Path> {};
 
 TEST_P(CapturesV6, FieldsAreThoseOfADissector) {
     for (const Frame& frame : Captures::read(GetParam())) expectAsDissected(frame);
-}
-
-TEST_P(CapturesV6, BytesBehindAPacketDoNotCount) {
-    for (const Frame& frame : Captures::read(GetParam())) Captures::expectCutsIndependentOfBytesBehind(frame, parse);
 }
 
 INSTANTIATE_TEST_SUITE_P(Bundled, CapturesV6, testing::ValuesIn(Captures::bundled("v6-")), Captures::testName);

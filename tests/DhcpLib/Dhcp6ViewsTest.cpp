@@ -93,6 +93,7 @@ TEST(Dhcp6Vss, IsReadAndWritten) {
                             {"of length 1", "00 44 00 01 07 'blue'", "vssType=7 vrfName="},
                             // A length of 0 leaves 255 bytes, or those up to the packet's end.
                             {"of length 0", "00 44 00 00 07 'blue'", "vssType=7 vrfName=blue"},
+                            {"of length 257, which is 1 in 8 bits", "00 44 01 01 07 'blue'", "vssType=7 vrfName="},
                             {"longest", "00 44 00 65 07 'x'*100 EE", "vssType=7 vrfName=" + std::string(100, 'x')}};
     expectRead<Dhcp6VirtualSubnetSelection>(dhcp6VirtualSubnetSelectionFactory, rows);
     for (const char* option : {"00 44 00 66 00 'x'*101", "00 44 00 00 00 'x'*101"})

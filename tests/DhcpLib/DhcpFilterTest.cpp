@@ -190,50 +190,32 @@ TEST_P(DhcpFilterPrograms, JudgeDamagedFramesAlike) {
 INSTANTIATE_TEST_SUITE_P(Protocols, DhcpFilterPrograms, testing::ValuesIn(protocols),
                          [](const auto& row) { return std::string(row.param.name); });
 
+/// A few of them as agents meet them, told by nothing but their bytes.
 TEST(DhcpFilterProgram, KnownFrames) {
-    struct Row {
-        const char* rule;
-        Octets frame;
-        bool dhcp4, dhcp6;
-    };
     const Octets to67 = hex("45 00 00 24 00 00 00 00 40 11 00 00 00*4 FF*4  00 44 00 43 00 10 00 00");
     const Octets to547 = hex("60 00 00 00 00 10 11 40 00*16 FF*16  02 22 02 23 00 10 00 00");
-    const auto row = [](const char* rule, const char* ethernet, const Octets& ip, bool dhcp4, bool dhcp6) {
-        return Row{rule, addresses + hex(ethernet) + ip, dhcp4, dhcp6};
-    };
-    const Row rows[] = {
-        row("request", "08 00", to67, true, false),
-        row("request, tagged", "81 00 00 05 08 00", to67, true, false),
-        row("request, priority-tagged", "81 00 00 00 08 00", to67, true, false),
-        row("request, service tag", "88 A8 00 05 08 00", to67, true, false),
-        row("request, 0x9100", "91 00 00 05 08 00", to67, true, false),
-        row("request, two tags", "88 A8 00 05 81 00 00 05 08 00", to67, false, false),
-        row("request behind IP options", "08 00",
-            hex("46 00 00 24 00 00 00 00 40 11 00 00 00*4 FF*4 94 04 00 00  00 44 00 43 00 10 00 00"), true, false),
-        row("reply to the client", "08 00", hex("45 00*8 11 00*10  00 43 00 44 00 10 00 00"), true, false),
-        row("first fragment", "08 00", hex("45 00*5 20 00 40 11 00*10  00 44 00 43 00 10 00 00"), true, false),
-        row("later fragment", "08 00", hex("45 00*5 20 01 40 11 00*10  00 44 00 43 00 10 00 00"), false, false),
-        row("from port 67 to another", "08 00", hex("45 00*8 11 00*10  00 43 00 45 00 10 00 00"), false, false),
-        row("TCP", "08 00", hex("45 00*8 06 00*10  00 44 00 43 00 10 00 00"), false, false),
-        row("solicit", "86 DD", to547, false, true),
-        row("solicit, tagged", "81 00 00 05 86 DD", to547, false, true),
-        row("advertise", "86 DD", hex("60 00*5 11 40 00*32  02 23 02 22 00 10 00 00"), false, true),
-        row("solicit behind hop-by-hop options", "86 DD",
-            hex("60 00*5 00 40 00*32  11 00 00*6  02 22 02 23 00 10 00 00"), false, false),
-        row("IPv6 to port 67", "86 DD", hex("60 00*5 11 40 00*32  00 44 00 43 00 10 00 00"), false, false),
-        row("ARP", "08 06", hex("00 01 08 00 06 04 00 01 00*20"), false, false),
-        Row{"nothing", {}, false, false},
+    const struct {
+        const char *rule, *ethernet;
+        Octets ip;
+        bool dhcp4, dhcp6;
+    } rows[] = {
+        {"request", "08 00", to67, true, false},
+        {"request, service tag", "88 A8 00 05 08 00", to67, true, false},
+        {"request, two tags", "88 A8 00 05 81 00 00 05 08 00", to67, false, false},
+        {"first fragment", "08 00", hex("45 00*5 20 00 40 11 00*10  00 44 00 43 00 10 00 00"), true, false},
+        {"from port 67 to another", "08 00", hex("45 00*8 11 00*10  00 43 00 45 00 10 00 00"), false, false},
+        {"solicit, tagged", "81 00 00 05 86 DD", to547, false, true},
+        {"solicit behind hop-by-hop options", "86 DD", hex("60 00*5 00 40 00*32  11 00 00*6  02 22 02 23 00 10 00 00"),
+         false, false},
     };
     const DhcpFilter dhcp4("Dhcp4PamMan"), dhcp6("Dhcp6PamMan"), other("dhcp6PamMan");
     EXPECT_EQ(dhcp4.count(), 24);
     EXPECT_EQ(dhcp6.count(), 18);
     EXPECT_EQ(other.count(), 24);
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.rule);
-        EXPECT_EQ(dhcp4.byPcap(r.frame.data(), r.frame.size()), r.dhcp4 ? 65535u : 0u);
-        EXPECT_EQ(dhcp4.byKernel(r.frame.data(), r.frame.size()), r.dhcp4);
-        EXPECT_EQ(dhcp6.byPcap(r.frame.data(), r.frame.size()), r.dhcp6 ? 65535u : 0u);
-        EXPECT_EQ(dhcp6.byKernel(r.frame.data(), r.frame.size()), r.dhcp6);
+    for (const auto& row : rows) {
+        const Octets frame = addresses + hex(row.ethernet) + row.ip;
+        EXPECT_EQ(dhcp4.byPcap(frame.data(), frame.size()), row.dhcp4 ? 65535u : 0u) << row.rule;
+        EXPECT_EQ(dhcp6.byPcap(frame.data(), frame.size()), row.dhcp6 ? 65535u : 0u) << row.rule;
     }
 }
 
