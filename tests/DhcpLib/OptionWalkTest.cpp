@@ -45,6 +45,17 @@ TEST(OptionWalk, EveryReaderTracesWhyItFails) {
     }
 }
 
+TEST(OptionWalk, OneCodeAskedForTwiceIsTheFirstOrBoth) {
+    DhcpSingleOption *one = nullptr, *two = nullptr;
+    std::vector<DhcpSingleOptionWithCode> wanted{{53, &one}, {53, &two}};
+    const PktPtr pkt = packet(message("35 01 05 FF"));
+    EXPECT_TRUE(parseDhcpOptions(pkt, 0, wanted));
+    EXPECT_TRUE(one != nullptr && two == nullptr);
+    Octets subOptions = hex("35 01 05 35 00");
+    EXPECT_TRUE(parseDhcpSubOptsInOption(reinterpret_cast<DhcpSingleOption*>(subOptions.data()), 5, wanted));
+    EXPECT_TRUE(one == two && reinterpret_cast<U8*>(one) == subOptions.data() + 3);
+}
+
 TEST(OptionWalk, AddressesComeFromOptionsOfLengthFour) {
     const struct {
         const char *options, *requested, *server;
