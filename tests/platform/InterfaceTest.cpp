@@ -201,9 +201,9 @@ TEST_F(PacketAccess, SocketsComeAndGoWithTheirInterface) {
     ip("link add vc type veth peer name vd");
     until([&] { return device("vc") != nullptr; });
     const EthDevPam::Ptr va = openPam("va"), vc = openPam("vc"), missing = openPam("missing");
+    const int otherFd = vc->fd();
     EXPECT_EQ(missing->fd(), -1);
     EXPECT_EQ(missing->error(), "there is no such interface");
-    const int otherFd = vc->fd();
     const auto exchanged = [&] {
         const RawSender sender("vb");
         sender.send(untagged);
@@ -231,7 +231,6 @@ TEST_F(PacketAccess, SocketsComeAndGoWithTheirInterface) {
     EXPECT_FALSE(va->readPkt());
     until([&] { return va->fd() == -1; });
     EXPECT_EQ(va->error(), "there is no such interface");
-    EXPECT_FALSE(va->readPkt());
     linkAdd();
     ip("link add missing type veth peer name other");
     until([&] { return missing->fd() >= 0; });
@@ -241,7 +240,6 @@ TEST_F(PacketAccess, SocketsComeAndGoWithTheirInterface) {
     EXPECT_EQ(va->received(), 7u);
     EXPECT_EQ(va->errors(), 1u);
     EXPECT_EQ(vc->fd(), otherFd);
-    EXPECT_EQ(vc->errors(), 0u);
 
     manager = {};
     EXPECT_EQ(va->fd(), -1);
