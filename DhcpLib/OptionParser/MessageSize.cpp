@@ -62,23 +62,25 @@ bool traceRefusal(std::string_view function, RelayRewriteVerdict refusal) {
     return false;
 }
 
-RelayRewriteForecast forecastOf(const RewriteStop& stop, const OptionIndex& index, U32 messageBytes) {
+RelayRewriteForecast forecastOf(const RewriteStop& stop, const OptionIndex& index) {
     RelayRewriteForecast forecast;
-    forecast.messageBytes = stop ? index.bytes().from(index.offset()) : messageBytes;
-    if (stop) {
-        // A refusal comes before an assertion.
-        forecast.verdict = stop.refusal;
-        if (stop.refusal == RelayRewriteVerdict::fine) {
-            forecast.verdict = RelayRewriteVerdict::assertion;
-            forecast.assertion = stop.assertion;
-        }
-        return forecast;
+    forecast.messageBytes = index.bytes().from(index.offset());
+    // A refusal comes before an assertion.
+    forecast.verdict = stop.refusal;
+    if (stop.refusal == RelayRewriteVerdict::fine) {
+        forecast.verdict = RelayRewriteVerdict::assertion;
+        forecast.assertion = stop.assertion;
     }
-    const OptionIndex::Collected area = index.collected();
-    if (!area.info || !area.end) return forecast;
-    if (area.info.at() > area.end.at())
+    return forecast;
+}
+
+RelayRewriteForecast forecastOf(const RawOption& info, const RawOption& end, const OptionIndex& index,
+                                U32 messageBytes) {
+    RelayRewriteForecast forecast;
+    forecast.messageBytes = messageBytes;
+    if (!info && index.collected().info)
         forecast.verdict = RelayRewriteVerdict::infoOptionBehindEnd;
-    else if (area.info.dataAt() + area.info.len() != area.end.at())
+    else if (info && info.dataAt() + info.len() != end.at())
         forecast.verdict = RelayRewriteVerdict::infoOptionNotLast;
     return forecast;
 }

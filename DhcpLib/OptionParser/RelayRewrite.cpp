@@ -107,20 +107,20 @@ bool preparePacket(const PktPtr& pkt, BootpOption op, bool infoOpt, Tyk::String 
 
 RelayRewriteForecast forecastRewrite(Wire::ByteView bytes, const RewriteArgs& args) {
     const OptionIndex index(bytes, args.offset);
-    if (!index.wellFormed()) return forecastOf({RelayRewriteVerdict::notDhcp}, index, 0);
+    if (!index.wellFormed()) return forecastOf({RelayRewriteVerdict::notDhcp}, index);
     const RawOption info = index.last(DhcpOptionType::infoOpt);
-    if (info && info.len() == 0) return forecastOf({RelayRewriteVerdict::infoOptionEmpty}, index, 0);
-    U32 endAt = index.last(DhcpOptionType::endOpt).at();
-    RewriteStop stop;
+    if (info && info.len() == 0) return forecastOf({RelayRewriteVerdict::infoOptionEmpty}, index);
+    const RawOption end = index.last(DhcpOptionType::endOpt);
+    U32 endAt = end.at();
     if (args.isInsertion()) {
         const InfoInsertion plan(bytes, args, info, endAt);
-        stop = plan.stop;
+        if (plan.stop) return forecastOf(plan.stop, index);
         endAt = plan.endAt();
     } else if (args.isReply() && args.infoOpt && info) {
         endAt -= SubOptionShape::headerBytes + info.len();
     }
     const bool hasMaxMsgSize = static_cast<bool>(index.last(DhcpOptionType::maxMsgSize));
-    return forecastOf(stop, index, normalisedBytes(args, endAt, hasMaxMsgSize));
+    return forecastOf(info, end, index, normalisedBytes(args, endAt, hasMaxMsgSize));
 }
 
 }  // namespace DhcpLib

@@ -184,12 +184,12 @@ bool preparePacketNew(const PktPtr& pkt, BootpOption op, bool infoOpt, Tyk::Stri
 RelayRewriteForecast forecastRewriteNew(Wire::ByteView bytes, const RewriteArgs& args) {
     const OptionIndex index(bytes, args.offset);
     MessageNew message(bytes);
-    if (const RewriteStop unreadable = scanMessageNew(index, message)) return forecastOf(unreadable, index, 0);
+    if (const RewriteStop unreadable = scanMessageNew(index, message)) return forecastOf(unreadable, index);
     InfoBuilder builder(args, message);
-    const RewriteStop stop = buildInfo(args, message, builder);
+    if (const RewriteStop stop = buildInfo(args, message, builder)) return forecastOf(stop, index);
     U32 endAt = message.end.at();
     if (changesInfoOption(args, message)) endAt += newInfoBytes(args, builder.data()) - message.infoBytes();
-    return forecastOf(stop, index, normalisedBytes(args, endAt, message.hasMaxMsgSize));
+    return forecastOf(message.info, message.end, index, normalisedBytes(args, endAt, message.hasMaxMsgSize));
 }
 
 }  // namespace DhcpLib

@@ -91,7 +91,10 @@ void normaliseSize(Kitnet::Pkt& pkt, const RewriteArgs& args, U32 endAt, bool ha
 /// The two generations' forecasts.
 RelayRewriteForecast forecastRewrite(Wire::ByteView bytes, const RewriteArgs& args);
 RelayRewriteForecast forecastRewriteNew(Wire::ByteView bytes, const RewriteArgs& args);
-/// A forecast from what stops the rewrite, else from where option 82 stands.
-RelayRewriteForecast forecastOf(const RewriteStop& stop, const OptionIndex& index, U32 messageBytes);
+/// A forecast of what stops the rewrite.
+RelayRewriteForecast forecastOf(const RewriteStop& stop, const OptionIndex& index);
+/// A forecast from where the option 82 that is rewritten, if there is one, stands before the end option.
+RelayRewriteForecast forecastOf(const RawOption& info, const RawOption& end, const OptionIndex& index,
+                                U32 messageBytes);
 
 }  // namespace DhcpLib
