@@ -31,10 +31,12 @@ struct MessageNew {
 
 RewriteStop scanMessageNew(const OptionIndex& index, MessageNew& message) {
     const OptionIndex::Collected area = index.collected(true);
-    if (!isAreaComplete(area.cookie, area.any, static_cast<bool>(area.end))) return {RelayRewriteVerdict::notDhcp};
+    // Positions wrap at 65536: what they find in front of the message is no part of it.
+    const auto inMessage = [&](const RawOption& option) { return option && option.at() >= index.offset(); };
+    if (!isAreaComplete(area.cookie, area.any, inMessage(area.end))) return {RelayRewriteVerdict::notDhcp};
     message.end = area.end;
     message.hasMaxMsgSize = static_cast<bool>(area.maxMsgSize);
-    if (!area.info || area.info.at() > area.end.at()) return {};
+    if (!inMessage(area.info) || area.info.at() > area.end.at()) return {};
     if (isInfoOptionEmpty(area.info.len())) return {RelayRewriteVerdict::infoOptionEmpty};
     message.info = area.info;
     readInfoSubOptions(area.info, message.subOptions);

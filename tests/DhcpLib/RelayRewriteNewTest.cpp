@@ -58,7 +58,8 @@ TEST(PreparePacketNew, KeepsOfAReplyWhatTheRelayDidNotAdd) {
 
 TEST(PreparePacketNew, LeavesWhatItRefusesAsItWas) {
     const Tyk::String longText(std::string(256, 'x'));
-    const RelayRewrite longCircuitId{.circuitId = longText, .vpnId = "red"}, linked{.linkselectionId = linkAddress};
+    const RelayRewrite longCircuitId{.circuitId = longText, .vpnId = "red"}, linked{.linkselectionId = linkAddress},
+        atTheWrap{.offset = 65296};
     constexpr char tooLongText[] = "preparePacketNew refused: infoOptionTooLong",
                    emptyText[] =
                        "bool DhcpLib::parseInfoSubOptions(DhcpLib::DhcpMsgOptions::Ptr&, DhcpLib::DhcpMsgOption::Ptr&, "
@@ -73,6 +74,8 @@ TEST(PreparePacketNew, LeavesWhatItRefusesAsItWas) {
         {"NoCookie", ids, Octets(236, scratch) + hex("63 82 53 64 FF"), Verdict::notDhcp, noCookie.c_str()},
         {"NoOption", ids, message("00 00"), Verdict::notDhcp, noOption.c_str()},
         {"NoEnd", ids, message("35 01 01 52 04 01 02 'ab'"), Verdict::notDhcp, noEnd.c_str()},
+        {"EndInFrontOfIt", atTheWrap, hex("35 01 01 FF") + Octets(65292, scratch) + message("FF"), Verdict::notDhcp,
+         noEnd.c_str()},
         {"Empty", ids, message("52 00 FF"), Verdict::infoOptionEmpty, emptyText},
         {"EmptyInReply", replied, message("52 00 FF"), Verdict::infoOptionEmpty, emptyText},
         {"ArgumentThatIsNotUsed", longCircuitId, message("52 02 01 00 FF"), tooLong, tooLongText},
