@@ -259,6 +259,8 @@ void InfoInsertion::writeLinkSelection(Editor& editor) const {
     editor.putAddress(at, SubCode::linkSelectionId, link_, args_.linkSelection);
     // Without an address, what would be written lies beyond what option 82 counts.
     if (server_ || !args_.serverId.isAny()) editor.putAddress(at, SubCode::serverIdOverride, server_, args_.serverId);
+    // Nor does an address of zero count that an existing sub-option takes: what follows goes over it.
+    if (server_ && args_.serverId.isAny()) at = editor.placeOf(server_);
     Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "{}Inserted Option 82 link selection information", caller);
     writeVpn(editor, at);
     if (!vss_ && args_.hasVssControl()) editor.putHeader(at, SubCode::vssControl, 0);

@@ -79,6 +79,8 @@ TEST(PreparePacket, ReusesOrCutsTheSubOptionsOfAnEarlierRelay) {
          548},
         {"ControlWithDataCountsAsTwo", named, "52 0E 05 04 07*4 97 03 'old' 98 01 07 FF",
          "52 0E 05 04 0A 00 05 01 97 03 'old' 98 01 07 FF", 548},
+        {"WithoutServerTheNameGoesOverTheirs", namedPlain, "52 0C 05 04 07*4 0B 04 08*4 FF",
+         "52 0B 05 04 0A 00 05 01 97 03 'red' FF", 548},
         {"WithoutServerTheirsIsCut", reachBack, "52 0C 05 04 07*4 0B 04 08*4 FF", "52 06 05 04 0A 00 05 01 FF", 548},
         {"FirstOfTwoAndTheSumOfBoth", reachBack, "52 10 05 04 07*4 01 02 'ab' 05 04 08*4 FF",
          "52 0A 05 04 0A 00 05 01 01 02 'ab' FF", 548},
