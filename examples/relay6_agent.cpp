@@ -105,7 +105,7 @@ public:
     Dhcp6Option::Ptr add(Dhcp6OptionType type, std::size_t len) {
         const U16 at = static_cast<U16>(pkt_->bytes());
         pkt_->newSharedTailData(static_cast<U32>(Dhcp6Const::optdata_offset + len));
-        const Dhcp6Option::Ptr option = dhcp6OptionFactory(pkt_, at);
+        Dhcp6Option::Ptr option = dhcp6OptionFactory(pkt_, at);
         option->optTypeIs(type);
         option->lenIs(static_cast<U16>(len));
         return option;

@@ -86,7 +86,7 @@ void checkChain(const PktPtr& pkt, U16 offset) {
     }
     if (!dhcp6OptionBasicCheck(pkt, offset)) return;
     const auto options = dhcp6MessageOptions(pkt, {offset, pkt->bytes()});
-    expect(chain.size() >= 1);
+    expect(!chain.empty());
     expect(options.empty() || options.back()->offset() + 4u + options.back()->len() == pkt->bytes());
     for (const auto& option : options) {
         const U32 end = option->offset() + 4u + option->len();
