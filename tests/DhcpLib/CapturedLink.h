@@ -13,7 +13,7 @@ inline constexpr unsigned nativeVlan = 7;
 
 inline const Kcore::Ptr<const Bridging::Config>& config() {
     static const Kcore::Ptr<const Bridging::Config> switchConfig = [] {
-        const auto made = Kcore::makeNode<Bridging::Config>();
+        auto made = Kcore::makeNode<Bridging::Config>();
         made->switchIntfConfigIs(port)->nativeVlanIs(Bridging::VlanId(nativeVlan));
         return made;
     }();

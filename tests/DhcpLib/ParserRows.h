@@ -17,7 +17,7 @@ inline const Kitnet::IntfId accessPort("Ethernet1"), tunnelPort("Ethernet2"), un
 /// An access port of VLAN 10, a tunnel port of VLAN 30.
 inline const Kcore::Ptr<const Bridging::Config>& config() {
     static const Kcore::Ptr<const Bridging::Config> switchConfig = [] {
-        const auto made = Kcore::makeNode<Bridging::Config>();
+        auto made = Kcore::makeNode<Bridging::Config>();
         made->switchIntfConfigIs(accessPort)->nativeVlanIs(Bridging::VlanId(10));
         made->switchIntfConfigIs(tunnelPort)->nativeVlanIs(Bridging::VlanId(30));
         made->switchIntfConfigIs(tunnelPort)->switchportModeIs(Bridging::SwitchportMode::dot1qTunnel);
