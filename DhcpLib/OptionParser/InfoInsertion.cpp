@@ -68,7 +68,7 @@ void traceOwnVendorData(Wire::ByteView bytes, const RawOption& info, U32 endAt) 
 struct InfoInsertion::Editor {
     Kitnet::Pkt& pkt;
     U32 dataAt;
-    U32 end;    ///< of the data so far
+    U32 end;    ///< of the data, as far as whole steps have added to it
     U32 limit;  ///< end of what option 82 will count
     /// What stood at `from` or behind it was moved by `by` bytes.
     struct Shift {
@@ -90,38 +90,32 @@ struct InfoInsertion::Editor {
         if (to < limit) Wire::move(pkt, to, at, std::min(end - at, limit - to));
         end += shift.by;
     }
+    // Each writes at `at` and returns the position behind it: by value, so that it stays in a register.
     template <std::size_t Extent>
-    void put(U32& at, std::span<const U8, Extent> bytes) {
-        const U32 from = at;
-        at += static_cast<U32>(bytes.size());
-        end = std::max(end, at);
-        if (at <= limit) [[likely]]
-            Wire::store(pkt, from, bytes);
-        else if (from < limit)
-            Wire::store(pkt, from, bytes.first(limit - from));
+    U32 put(U32 at, std::span<const U8, Extent> bytes) {
+        const U32 behind = at + static_cast<U32>(bytes.size());
+        if (behind <= limit) [[likely]]
+            Wire::store(pkt, at, bytes);
+        else if (at < limit)
+            Wire::store(pkt, at, bytes.first(limit - at));
+        return behind;
     }
-    void putHeader(U32& at, SubCode code, std::size_t size) {
+    U32 putHeader(U32 at, SubCode code, std::size_t size) {
         const U8 len = static_cast<U8>(size);
         if (at + headerBytes <= limit) [[likely]] {
             Wire::store<U16>(pkt, at, static_cast<U16>(codeOf(code) << 8 | len));
-            at += headerBytes;
-            end = std::max(end, at);
-        } else {
-            const U8 header[] = {codeOf(code), len};
-            put(at, std::span(header));
+            return at + headerBytes;
         }
+        const U8 header[] = {codeOf(code), len};
+        return put(at, std::span(header));
     }
-    void putText(U32& at, SubCode code, const Tyk::String& text) {
-        putHeader(at, code, text.size());
-        put(at, std::span(reinterpret_cast<const U8*>(text.data()), text.size()));
+    U32 putText(U32 at, SubCode code, const Tyk::String& text) {
+        return put(putHeader(at, code, text.size()), std::span(reinterpret_cast<const U8*>(text.data()), text.size()));
     }
-    /// A new sub-option at `at`, or the address alone in the place of an existing one; `at` moves behind it.
-    void putAddress(U32& at, SubCode code, const Existing& existing, const Kitnet::IpAddr& address) {
-        if (existing)
-            at = placeOf(existing) + SubOptionShape::headerBytes;
-        else
-            putHeader(at, code, sizeof address);
-        put(at, std::span<const U8, sizeof(Kitnet::IpAddr)>(address.bytes(), sizeof address));
+    /// A new sub-option at `at`, or the address alone in the place of an existing one.
+    U32 putAddress(U32 at, SubCode code, const Existing& existing, const Kitnet::IpAddr& address) {
+        const U32 valueAt = existing ? placeOf(existing) + headerBytes : putHeader(at, code, sizeof address);
+        return put(valueAt, std::span<const U8, sizeof(Kitnet::IpAddr)>(address.bytes(), sizeof address));
     }
 };
 
@@ -230,8 +224,8 @@ bool InfoInsertion::write(Kitnet::Pkt& pkt) const {
 void InfoInsertion::create(Editor& editor) const {
     Wire::store<U8>(editor.pkt, infoAt, static_cast<U8>(DhcpOptionType::infoOpt));
     U32 at = dataAt();
-    if (!args_.circuitId.empty()) editor.putText(at, SubCode::circuitId, args_.circuitId);
-    if (!args_.remoteId.empty()) editor.putText(at, SubCode::remoteIdOpt, args_.remoteId);
+    if (!args_.circuitId.empty()) at = editor.putText(at, SubCode::circuitId, args_.circuitId);
+    if (!args_.remoteId.empty()) at = editor.putText(at, SubCode::remoteIdOpt, args_.remoteId);
 }
 
 void InfoInsertion::addVendorData(Editor& editor) const {
@@ -244,9 +238,9 @@ void InfoInsertion::addVendorData(Editor& editor) const {
         Wire::store<U8>(editor.pkt, foreignVendor_.at + DhcpConst::optlen_offset,
                         static_cast<U8>(foreignVendor_.len + size));
     } else {
-        editor.putHeader(at, SubCode::vendorSpecificSubOption, size);
+        at = editor.putHeader(at, SubCode::vendorSpecificSubOption, size);
     }
-    editor.put(at, block.span());
+    editor.end = std::max(editor.end, editor.put(at, block.span()));
     traceVendorAdded(vendorAdded_);
 }
 
@@ -255,28 +249,26 @@ void InfoInsertion::writeLinkSelection(Editor& editor) const {
     if (vpn_ && vpn_.len != args_.vpnId.size())
         editor.moveTail(editor.shifts[1], editor.placeOf(vpn_) + headerBytes + vpn_.len,
                         args_.vpnPart() - headerBytes - vpn_.len);
-    U32 at = editor.end;
-    editor.putAddress(at, SubCode::linkSelectionId, link_, args_.linkSelection);
+    U32 at = editor.putAddress(editor.end, SubCode::linkSelectionId, link_, args_.linkSelection);
     // Without an address, what would be written lies beyond what option 82 counts.
-    if (server_ || !args_.serverId.isAny()) editor.putAddress(at, SubCode::serverIdOverride, server_, args_.serverId);
+    if (server_ || !args_.serverId.isAny())
+        at = editor.putAddress(at, SubCode::serverIdOverride, server_, args_.serverId);
     // Nor does an address of zero count that an existing sub-option takes: what follows goes over it.
     if (server_ && args_.serverId.isAny()) at = editor.placeOf(server_);
     Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "{}Inserted Option 82 link selection information", caller);
-    writeVpn(editor, at);
+    at = writeVpn(editor, at);
     if (!vss_ && args_.hasVssControl()) editor.putHeader(at, SubCode::vssControl, 0);
 }
 
-/// Sub-option 151: new, or in the place of one with a name of another size; one of the same size stays as it is.
-void InfoInsertion::writeVpn(Editor& editor, U32& at) const {
-    if (vpn_) {
-        at = editor.placeOf(vpn_);
-        if (vpn_.len == args_.vpnId.size()) {
-            at += SubOptionShape::headerBytes + vpn_.len;
-            return;
-        }
-    }
-    if (!args_.vpnId.empty()) editor.putText(at, SubCode::vpnId, args_.vpnId);
+/// Sub-option 151: new at `at`, or in the place of one with a name of another size; one of the same size stays as it
+/// is. Returns the position behind it.
+U32 InfoInsertion::writeVpn(Editor& editor, U32 at) const {
+    if (vpn_) at = editor.placeOf(vpn_);
+    const bool stays = vpn_ && vpn_.len == args_.vpnId.size();
+    if (stays) return at + SubOptionShape::headerBytes + vpn_.len;
+    if (!args_.vpnId.empty()) at = editor.putText(at, SubCode::vpnId, args_.vpnId);
     if (!vpn_) Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "{}Inserted Option 82 VRF information", caller);
+    return at;
 }
 
 }  // namespace DhcpLib

@@ -54,7 +54,7 @@ private:
     void create(Editor& editor) const;
     void addVendorData(Editor& editor) const;
     void writeLinkSelection(Editor& editor) const;
-    void writeVpn(Editor& editor, U32& at) const;
+    U32 writeVpn(Editor& editor, U32 at) const;
 
     const RewriteArgs& args_;
     bool creates_;
