@@ -225,7 +225,7 @@ void InfoInsertion::create(Editor& editor) const {
     Wire::store<U8>(editor.pkt, infoAt, static_cast<U8>(DhcpOptionType::infoOpt));
     U32 at = dataAt();
     if (!args_.circuitId.empty()) at = editor.putText(at, SubCode::circuitId, args_.circuitId);
-    if (!args_.remoteId.empty()) at = editor.putText(at, SubCode::remoteIdOpt, args_.remoteId);
+    if (!args_.remoteId.empty()) editor.putText(at, SubCode::remoteIdOpt, args_.remoteId);
 }
 
 void InfoInsertion::addVendorData(Editor& editor) const {
