@@ -5,22 +5,13 @@
 #include "DhcpLib/Dhcp6Parser.h"
 #include "Kcore/Exception.h"
 #include "OptionsInput.h"
+#include "SwitchPorts.h"
 
 using namespace DhcpLib;
 using namespace DhcpTest;
 using namespace DhcpTest::Fuzz;
 
 namespace {
-
-const Kitnet::IntfId ports[] = {Kitnet::IntfId(), Kitnet::IntfId("Ethernet1"), Kitnet::IntfId("Ethernet2"),
-                                Kitnet::IntfId("Ethernet3")};
-
-Kcore::Ptr<const Bridging::Config> config() {
-    const auto made = Kcore::makeNode<Bridging::Config>();
-    made->switchIntfConfigIs(ports[1])->nativeVlanIs(Bridging::VlanId(10));
-    made->switchIntfConfigIs(ports[2])->switchportModeIs(Bridging::SwitchportMode::dot1qTunnel);
-    return made;
-}
 
 void checkClientId(const Dhcp6PacketParser& p, const Kcore::Ptr<const Dhcp6Option>& option) {
     expect(p.cIdOptOffset() == option->offset() && p.cIdOptLen() == option->len());

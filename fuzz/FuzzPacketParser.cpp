@@ -4,22 +4,13 @@
 #include "DhcpLib/DhcpParser.h"
 #include "Kcore/Exception.h"
 #include "OptionsInput.h"
+#include "SwitchPorts.h"
 
 using namespace DhcpLib;
 using namespace DhcpTest;
 using namespace DhcpTest::Fuzz;
 
 namespace {
-
-const Kitnet::IntfId ports[] = {Kitnet::IntfId(), Kitnet::IntfId("Ethernet1"), Kitnet::IntfId("Ethernet2"),
-                                Kitnet::IntfId("Ethernet3")};
-
-Kcore::Ptr<const Bridging::Config> config() {
-    const auto made = Kcore::makeNode<Bridging::Config>();
-    made->switchIntfConfigIs(ports[1])->nativeVlanIs(Bridging::VlanId(10));
-    made->switchIntfConfigIs(ports[2])->switchportModeIs(Bridging::SwitchportMode::dot1qTunnel);
-    return made;
-}
 
 /// How a frame comes in: bits 0 and 1 the port, 2 a bare message, 3 a tag beside the frame, 4 of another kind.
 struct Arrival {
