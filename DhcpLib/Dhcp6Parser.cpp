@@ -4,7 +4,8 @@
 #include <limits>
 
 #include "DhcpLib/Dhcp6Hdr/RemoteId.h"
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/internal/FrameHeaders.h"
+#include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {
 

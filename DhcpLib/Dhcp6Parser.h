@@ -2,7 +2,7 @@
 
 #include "Bridging/Config.h"
 #include "DhcpLib/Dhcp6Hdr/Headers.h"
-#include "DhcpLib/FrameHeaders.h"
+#include "DhcpLib/FrameFields.h"
 #include "Kitnet/IntfId.h"
 
 namespace DhcpLib {

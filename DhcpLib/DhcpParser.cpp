@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <array>
 
-#include "DhcpLib/OptionParser/InfoReader.h"
-#include "DhcpLib/OptionParser/LeaseQueryReader.h"
-#include "DhcpLib/OptionParser/ProfilingReader.h"
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/OptionParser/internal/InfoReader.h"
+#include "DhcpLib/OptionParser/internal/LeaseQueryReader.h"
+#include "DhcpLib/OptionParser/internal/ProfilingReader.h"
+#include "DhcpLib/internal/FrameHeaders.h"
+#include "DhcpLib/internal/Trace.h"
 #include "Kitnet/IpHdr.h"
 
 namespace DhcpLib {

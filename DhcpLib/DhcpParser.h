@@ -2,7 +2,7 @@
 
 #include "Bridging/Config.h"
 #include "DhcpLib/DhcpHdr/Header.h"
-#include "DhcpLib/FrameHeaders.h"
+#include "DhcpLib/FrameFields.h"
 #include "Kcore/Assert.h"
 #include "Kcore/Duration.h"
 #include "Kcore/FlatMap.h"

@@ -3,7 +3,7 @@
 #include <iterator>
 
 #include "DhcpLib/Constants.h"
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {
 

@@ -1,6 +1,6 @@
-#include "DhcpLib/FrameHeaders.h"
+#include "DhcpLib/internal/FrameHeaders.h"
 
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {
 

@@ -1,4 +1,4 @@
-#include "DhcpLib/Toggle.h"
+#include "DhcpLib/internal/Toggle.h"
 
 #include "Tyk/Toggle.h"
 

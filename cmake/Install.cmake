@@ -3,12 +3,11 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/DhcpLib)
 
 install(TARGETS DhcpPlatform DhcpLib EXPORT DhcpLib)
-install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DhcpPlatform FILES_MATCHING PATTERN "*.h")
-# What only the library's sources include stays here: its functions are hidden.
-set(readers InfoInsertion|InfoReader|LeaseQueryReader|OptionIndex|ProfilingReader|RewritePlan|SubOptionWalk|VendorItems)
+# A header in an internal/ folder is for the library's own sources; its functions are hidden.
+install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DhcpPlatform
+        FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 install(DIRECTORY DhcpLib ${PROJECT_BINARY_DIR}/generated/DhcpLib DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
-        FILES_MATCHING PATTERN "*.h"
-        REGEX "/DhcpLib/(Toggle|Trace|OptionParser/(${readers}))\\.h$" EXCLUDE)
+        FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 install(FILES DhcpLib/DhcpLib.json DESTINATION ${CMAKE_INSTALL_DATADIR}/DhcpLib)
 
 # The libraries need no other package, so the exported targets are the whole package file.

@@ -3,7 +3,7 @@
 #include <limits>
 #include <vector>
 
-#include "DhcpLib/Toggle.h"
+#include "DhcpLib/internal/Toggle.h"
 #include "Tyk/Exception.h"
 
 namespace DhcpLib {

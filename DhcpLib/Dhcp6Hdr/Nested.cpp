@@ -1,6 +1,6 @@
 #include "DhcpLib/Dhcp6Hdr/Nested.h"
 
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {
 

@@ -1,11 +1,11 @@
-#include "DhcpLib/OptionParser/InfoInsertion.h"
+#include "DhcpLib/OptionParser/internal/InfoInsertion.h"
 
 #include <array>
 
 #include "DhcpLib/DhcpHdr/VendorBlock.h"
-#include "DhcpLib/OptionParser/SubOptionWalk.h"
-#include "DhcpLib/Toggle.h"
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
+#include "DhcpLib/internal/Toggle.h"
+#include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {
 

@@ -1,7 +1,7 @@
 #include "DhcpLib/OptionParser/LeaseQuery.h"
 
 #include "DhcpLib/DhcpHdr/Header.h"
-#include "DhcpLib/OptionParser/LeaseQueryReader.h"
+#include "DhcpLib/OptionParser/internal/LeaseQueryReader.h"
 
 namespace DhcpLib {
 

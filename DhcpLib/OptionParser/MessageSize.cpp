@@ -1,6 +1,6 @@
-#include "DhcpLib/OptionParser/RewritePlan.h"
+#include "DhcpLib/OptionParser/internal/RewritePlan.h"
 
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/internal/Trace.h"
 #include "Kcore/Assert.h"
 
 namespace DhcpLib {

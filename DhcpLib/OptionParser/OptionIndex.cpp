@@ -1,4 +1,4 @@
-#include "DhcpLib/OptionParser/OptionIndex.h"
+#include "DhcpLib/OptionParser/internal/OptionIndex.h"
 
 #include "DhcpLib/DhcpHdr/Options.h"
 

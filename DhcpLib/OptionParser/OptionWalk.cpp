@@ -2,9 +2,9 @@
 
 #include <array>
 
-#include "DhcpLib/OptionParser/OptionIndex.h"
-#include "DhcpLib/OptionParser/SubOptionWalk.h"
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/OptionParser/internal/OptionIndex.h"
+#include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
+#include "DhcpLib/internal/Trace.h"
 #include "Kcore/Assert.h"
 
 namespace DhcpLib {

@@ -1,6 +1,6 @@
 #include "DhcpLib/OptionParser/Profiling.h"
 
-#include "DhcpLib/OptionParser/ProfilingReader.h"
+#include "DhcpLib/OptionParser/internal/ProfilingReader.h"
 
 namespace DhcpLib {
 

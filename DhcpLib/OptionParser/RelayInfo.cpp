@@ -2,11 +2,11 @@
 
 #include "DhcpLib/DhcpHdr/Header.h"
 #include "DhcpLib/DhcpHdr/VendorBlock.h"
-#include "DhcpLib/OptionParser/InfoReader.h"
-#include "DhcpLib/OptionParser/SubOptionWalk.h"
-#include "DhcpLib/OptionParser/VendorItems.h"
 #include "DhcpLib/OptionParser/VendorSubOption.h"
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/OptionParser/internal/InfoReader.h"
+#include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
+#include "DhcpLib/OptionParser/internal/VendorItems.h"
+#include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {
 

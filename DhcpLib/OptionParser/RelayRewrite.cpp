@@ -1,9 +1,9 @@
 #include "DhcpLib/OptionParser/RelayRewrite.h"
 
 #include "DhcpLib/DhcpHdr/VendorBlock.h"
-#include "DhcpLib/OptionParser/InfoInsertion.h"
-#include "DhcpLib/OptionParser/SubOptionWalk.h"
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/OptionParser/internal/InfoInsertion.h"
+#include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
+#include "DhcpLib/internal/Trace.h"
 #include "Kcore/Assert.h"
 
 namespace DhcpLib {

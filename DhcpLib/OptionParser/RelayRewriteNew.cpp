@@ -1,7 +1,7 @@
 #include "DhcpLib/DhcpHdr/VendorBlock.h"
-#include "DhcpLib/OptionParser/InfoReader.h"
-#include "DhcpLib/OptionParser/RewritePlan.h"
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/OptionParser/internal/InfoReader.h"
+#include "DhcpLib/OptionParser/internal/RewritePlan.h"
+#include "DhcpLib/internal/Trace.h"
 #include "Kcore/Assert.h"
 
 namespace DhcpLib {

@@ -1,7 +1,7 @@
 #include "DhcpLib/OptionParser/ServerId.h"
 
-#include "DhcpLib/OptionParser/OptionIndex.h"
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/OptionParser/internal/OptionIndex.h"
+#include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {
 

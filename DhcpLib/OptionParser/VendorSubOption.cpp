@@ -1,10 +1,10 @@
 #include "DhcpLib/OptionParser/VendorSubOption.h"
 
-#include "DhcpLib/OptionParser/OptionIndex.h"
-#include "DhcpLib/OptionParser/SubOptionWalk.h"
-#include "DhcpLib/OptionParser/VendorItems.h"
-#include "DhcpLib/Toggle.h"
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/OptionParser/internal/OptionIndex.h"
+#include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
+#include "DhcpLib/OptionParser/internal/VendorItems.h"
+#include "DhcpLib/internal/Toggle.h"
+#include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {
 

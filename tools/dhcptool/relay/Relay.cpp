@@ -2,8 +2,8 @@
 
 #include <set>
 
-#include "DhcpLib/OptionParser/OptionIndex.h"
-#include "DhcpLib/OptionParser/SubOptionWalk.h"
+#include "DhcpLib/OptionParser/internal/OptionIndex.h"
+#include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
 #include "Kcore/Text.h"
 #include "Kitnet/Pkt.h"
 #include "Kitnet/UdpMend.h"

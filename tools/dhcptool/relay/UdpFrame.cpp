@@ -1,7 +1,7 @@
 #include "relay/UdpFrame.h"
 
 #include "DhcpLib/Constants.h"
-#include "DhcpLib/FrameHeaders.h"
+#include "DhcpLib/FrameFields.h"
 #include "Kitnet/IpHdr.h"
 #include "common/EtherType.h"
 

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "DhcpLib/Trace.h"
+#include "DhcpLib/internal/Trace.h"
 #include "Kcore/Types.h"
 #include "Tyk/TraceHandle.h"
 

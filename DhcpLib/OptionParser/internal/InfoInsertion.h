@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DhcpLib/OptionParser/RewritePlan.h"
+#include "DhcpLib/OptionParser/internal/RewritePlan.h"
 
 namespace DhcpLib {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DhcpLib/OptionParser/OptionIndex.h"
+#include "DhcpLib/OptionParser/internal/OptionIndex.h"
 #include "Kitnet/IpGenAddr.h"
 
 namespace DhcpLib {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DhcpLib/OptionParser/OptionIndex.h"
 #include "DhcpLib/OptionParser/RelayRewrite.h"
 #include "DhcpLib/OptionParser/VendorSubOption.h"
+#include "DhcpLib/OptionParser/internal/OptionIndex.h"
 
 namespace DhcpLib {
 

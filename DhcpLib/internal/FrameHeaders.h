@@ -1,31 +1,12 @@
 #pragma once
 
 #include "Bridging/Config.h"
+#include "DhcpLib/FrameFields.h"
 #include "DhcpLib/Wire.h"
-#include "Kitnet/EthAddr.h"
 #include "Kitnet/IntfId.h"
-#include "Kitnet/IpGenAddr.h"
 
 namespace DhcpLib {
 
-/// What the Ethernet stage of both snooping parsers finds.
-struct EthernetFields {
-    U16 etherType = 0;  ///< of the payload: the inner one of a tagged frame
-    Kitnet::EthAddr srcMac;
-    Kitnet::EthAddr dstMac;
-    bool tagged = false;
-    Bridging::VlanId vlanId;
-    U32 etherHdrLen = 0;  ///< 14, or 18 when the tag is inside the frame
-};
-
-/// The UDP ports of a frame.
-struct UdpPorts {
-    Kitnet::UdpPort src;
-    Kitnet::UdpPort dst;
-};
-
-inline constexpr U8 udpProtocol = 17;  // RFC 768
-inline constexpr U32 udpHeaderBytes = 8;
 inline constexpr std::string_view notUdpText = "IP payload is not UDP, IP Protocol: ";
 
 /// An interface's short name as a trace argument: worked out only when the line is wanted.

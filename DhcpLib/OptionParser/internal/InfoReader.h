@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DhcpLib/OptionParser/VendorItems.h"
+#include "DhcpLib/OptionParser/internal/VendorItems.h"
 
 namespace DhcpLib {
 

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Bridging/Config.h"
+#include "DhcpLib/Constants.h"
+#include "Kitnet/EthAddr.h"
+#include "Kitnet/IpGenAddr.h"
+
+namespace DhcpLib {
+
+/// The fields that both snooping parsers read from an Ethernet header.
+struct EthernetFields {
+    U16 etherType = 0;  ///< of the payload: the inner one of a tagged frame
+    Kitnet::EthAddr srcMac;
+    Kitnet::EthAddr dstMac;
+    bool tagged = false;
+    Bridging::VlanId vlanId;
+    U32 etherHdrLen = 0;  ///< 14, or 18 when the tag is inside the frame
+};
+
+/// The UDP ports of a frame.
+struct UdpPorts {
+    Kitnet::UdpPort src;
+    Kitnet::UdpPort dst;
+};
+
+inline constexpr U8 udpProtocol = 17;  // RFC 768
+inline constexpr U32 udpHeaderBytes = 8;
+
+}  // namespace DhcpLib
