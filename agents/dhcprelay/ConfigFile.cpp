@@ -1,0 +1,54 @@
+#include "ConfigFile.h"
+
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "Options.h"
+
+namespace DhcpRelay {
+
+namespace {
+
+using Json = nlohmann::json;
+
+/// The object in the file. Of a name that stands there twice the parser would keep the last value without a word.
+Json objectIn(std::istream& in) {
+    std::set<std::string> names;
+    const auto refuseSecond = [&](int depth, Json::parse_event_t event, Json& parsed) {
+        if (event == Json::parse_event_t::key && depth == 1 && !names.insert(parsed.get<std::string>()).second)
+            throw UsageError("configuration file: " + parsed.dump() + " stands there twice");
+        return true;
+    };
+    try {
+        Json object = Json::parse(in, refuseSecond, true, true);
+        if (!object.is_object()) throw UsageError("configuration file: no JSON object");
+        return object;
+    } catch (const Json::exception& error) {
+        throw UsageError(std::string("configuration file: ") + error.what());
+    }
+}
+
+std::string textOf(const std::string& name, const Json& value) {
+    if (value.is_string()) return value.get<std::string>();
+    if (value.is_boolean() || value.is_number()) return value.dump();
+    throw UsageError("configuration file: " + name + " is neither a text nor a number nor true or false");
+}
+
+}  // namespace
+
+std::vector<CLI::ConfigItem> JsonConfig::from_config(std::istream& in) const {
+    std::vector<CLI::ConfigItem> read;
+    const Json object = objectIn(in);
+    for (const auto& [name, value] : object.items()) {
+        CLI::ConfigItem item;
+        item.name = name;
+        if (value.is_array())
+            for (const Json& element : value) item.inputs.push_back(textOf(name, element));
+        else
+            item.inputs.push_back(textOf(name, value));
+        if (!item.inputs.empty()) read.push_back(std::move(item));
+    }
+    return read;
+}
+
+}  // namespace DhcpRelay

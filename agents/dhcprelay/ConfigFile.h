@@ -1,0 +1,15 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace DhcpRelay {
+
+/// Reads a configuration file for the command line parser: a JSON object, comments allowed, whose names are those of
+/// the long options. An option that may be repeated takes an array, a flag true or false.
+class JsonConfig final : public CLI::Config {
+public:
+    std::vector<CLI::ConfigItem> from_config(std::istream& in) const override;
+    std::string to_config(const CLI::App*, bool, bool, std::string) const override { return {}; }
+};
+
+}  // namespace DhcpRelay

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "Kcore/Enum.h"
+#include "Kcore/Types.h"
+
+namespace DhcpRelay {
+
+/// Why a message was dropped, or what else happened to it that an operator counts. `none`: nothing to tell.
+enum class Reason : Kcore::U8 {
+    none,
+    cutFrame,
+    fragment,
+    badChecksum,
+    twoTags,
+    vlanNotServed,
+    rateLimit,
+    routed,
+    malformed,
+    serverMessage,
+    untrustedRelay,
+    ownRelayAddress,
+    untrustedInfo,
+    forgedPort,
+    hopLimit,
+    noRelayAddress,
+    notRewritable,
+    serverUnreachable,
+    unknownServer,
+    wrongInterface,
+    clientMessage,
+    foreignRelayAddress,
+    badPeer,
+    notServerMessage,
+    noPort,
+    noLink,
+    noClientAddress,
+    notDelivered,
+    pastMtu,
+    vrfNotUsed,
+    fragmented,
+    secondPort,
+};
+
+/// Whether a reason drops the message, or only remarks something about a message that goes on.
+enum class ReasonKind : Kcore::U8 { silent, drop, remark };
+
+struct ReasonMember {
+    Reason value;
+    std::string_view name;
+    ReasonKind kind;
+    std::string_view text;
+};
+
+}  // namespace DhcpRelay
+
+template <>
+struct Kcore::EnumTable<DhcpRelay::Reason> {
+    using enum DhcpRelay::Reason;
+    using enum DhcpRelay::ReasonKind;
+    static constexpr std::string_view name = "Reason";
+    static constexpr DhcpRelay::ReasonMember members[] = {
+        {none, "none", silent, ""},
+        {cutFrame, "cut-frame", drop, "the frame is cut short, or its lengths contradict each other"},
+        {fragment, "fragment", drop, "a client's message came in IP fragments"},
+        {badChecksum, "bad-checksum", drop, "the IP or UDP checksum is wrong"},
+        {twoTags, "two-tags", drop, "the frame has two VLAN tags"},
+        {vlanNotServed, "vlan-not-served", drop, "the frame is of a VLAN that the link does not serve"},
+        {rateLimit, "rate-limit", drop, "the link sent more requests a second than --rate allows"},
+        {routed, "routed", drop, "a unicast to another host, which the kernel routes"},
+        {malformed, "malformed", drop, "the message is too short, or its options cannot be walked"},
+        {serverMessage, "server-message", drop, "a server's message came from a client link"},
+        {untrustedRelay, "untrusted-relay", drop, "an untrusted link sent a message that a relay has passed"},
+        {ownRelayAddress, "own-relay-address", drop, "a request that carries a relay address of this agent"},
+        {untrustedInfo, "untrusted-option82", drop, "a request with option 82 where the policy is to discard it"},
+        {forgedPort, "forged-port", drop, "a kept option 82 that names another port of this agent"},
+        {hopLimit, "hop-limit", drop, "the request passed as many relays as it may"},
+        {noRelayAddress, "no-relay-address", drop, "the client link has no address to relay with"},
+        {notRewritable, "not-rewritable", drop, "option 82 cannot be put in or taken out"},
+        {serverUnreachable, "server-unreachable", drop, "the request could be sent to no server"},
+        {unknownServer, "unknown-server", drop, "a reply from an address that is no configured server"},
+        {wrongInterface, "wrong-interface", drop, "a reply on another than the server-side interface"},
+        {clientMessage, "client-message", drop, "a client's or a relay's message on the server side"},
+        {foreignRelayAddress, "foreign-relay-address", drop, "a reply whose relay address is not of this agent"},
+        {badPeer, "bad-peer", drop, "a relay-reply whose peer can be no client"},
+        {notServerMessage, "not-server-message", drop, "a relay-reply that holds no server's message"},
+        {noPort, "no-port", drop, "a reply that is for no port of this agent"},
+        {noLink, "no-link", drop, "the client link is missing or down"},
+        {noClientAddress, "no-client-address", drop, "the client's hardware address is not known"},
+        {notDelivered, "not-delivered", drop, "the reply could not be sent to the client"},
+        {pastMtu, "past-mtu", remark, "relayed without option 82, with which it would pass the MTU"},
+        {vrfNotUsed, "vrf-not-used", remark, "the server did not use the VRF that it was told"},
+        {fragmented, "fragmented", remark, "a reply larger than the client link's MTU, sent in fragments"},
+        {secondPort, "second-port", remark, "two ports sent one transaction; the first of them keeps it"},
+    };
+};
+
+namespace DhcpRelay {
+
+inline constexpr std::size_t reasonCount = std::size(Kcore::EnumTable<Reason>::members);
+
+/// The reason's row. The table is in the order of the enumeration.
+constexpr const ReasonMember& rowOf(Reason reason) {
+    return Kcore::EnumTable<Reason>::members[static_cast<std::size_t>(reason)];
+}
+
+}  // namespace DhcpRelay

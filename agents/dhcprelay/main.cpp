@@ -1,0 +1,19 @@
+#include <iostream>
+
+#include "Options.h"
+
+int main(int argc, char** argv) {
+    enum Status { done = 0, failed = 1, badUsage = 2 };
+    using namespace DhcpRelay;
+    try {
+        const std::optional<Settings> settings = settingsOf(argc, argv);
+        if (!settings || settings->checkOnly) return done;
+        return failed;
+    } catch (const UsageError& error) {
+        std::cerr << "dhcprelay: " << error.what() << "; --help tells the usage\n";
+        return badUsage;
+    } catch (const std::exception& error) {
+        std::cerr << "dhcprelay: " << error.what() << '\n';
+        return failed;
+    }
+}
