@@ -26,8 +26,8 @@ constexpr U32 setOf(std::initializer_list<Dhcp6MsgType> types) {
 }
 using enum Dhcp6MsgType;
 constexpr U32 clientMsgs = setOf({solicit, request, renew, rebind, release, infoRequest});
-constexpr U32 otherMsgs =
-    setOf({advertise, confirm, reply, decline, reconfigure});  // clients' 4 and 9 too, by contract
+// Clients send confirm and decline, too (docs/compatibility.md#client-message-set).
+constexpr U32 otherMsgs = setOf({advertise, confirm, reply, decline, reconfigure});
 
 const Kcore::ModuleTypes<Dhcp6PacketParser> registration{"DhcpLib/Dhcp6Parser"};
 

@@ -45,7 +45,8 @@ bool PacketParser::doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool d
     if (!dhcpHdrOnly && !(parseEthHdr(*pkt, srcIntfName, false) && parseIpHdr(bytes) && parseUdpHdr(bytes)))
         return false;
     if (!parseBootpHdr(bytes)) return false;
-    // Not `offset`: without header stages the lengths are those of the parse before, by contract.
+    // Not `offset_`: with `dhcpHdrOnly` these lengths are those of the previous parse
+    // (docs/compatibility.md#header-only-uses-old-lengths).
     return parseOptions(OptionIndex(bytes, ipHdrLen_ + ether_.etherHdrLen + udpHdrLen_));
 }
 

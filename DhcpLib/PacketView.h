@@ -10,11 +10,12 @@ namespace DhcpLib {
 
 using PktPtr = Kcore::Ptr<Kitnet::Pkt>;
 
-/// A position in a packet as option views and every DHCPv6 view take it: 16 bits wide, it wraps at 65536, by contract.
+/// Position in a packet as option views and all DHCPv6 views hold it: 16 bits wide
+/// (docs/compatibility.md#positions-wrap-at-65536).
 constexpr U16 packetPosition(U32 pos) { return static_cast<U16>(pos); }
 
-/// Base of the views that look at a packet through a position of their own. A view keeps its packet alive and never
-/// copies its bytes. Positions are not followed when the packet grows at its head: make new views then.
+/// Base of the views that hold a packet and a position in it. A view keeps its packet alive and never copies its bytes.
+/// The position is not adjusted when the packet grows at its head: create new views then.
 class DHCPLIB_EXPORT PacketView : public Kcore::Node, public KitSlab::SlabObject {
 public:
     ~PacketView() override;

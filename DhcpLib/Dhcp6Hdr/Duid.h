@@ -33,8 +33,9 @@ struct DuidFields {
     static bool hasLinkLayer(U16 type) { return hasTime(type) || type == Dhcp6Const::duidType_ll; }
     /// Where the MAC stands. Requires: hasLinkLayer(type).
     static U8 macAt(U16 type) { return hasTime(type) ? lltAddrAt : llAddrAt; }
-    /// The identifier takes the option's length, as it stands in the packet, without 6: for a DUID that does not open
-    /// its option that is more than there is, by contract. The difference wraps at 65536.
+    /// Size of the identifier of a DUID-EN: the option's length, as it stands in the packet, minus 6, modulo 65536.
+    /// Too large if the DUID is not at the start of the option's data
+    /// (docs/compatibility.md#duid-en-by-the-option-length).
     static U16 entIdBytes(Wire::ByteView bytes, U16 option) {
         return static_cast<U16>(bytes.load<U16>(optionPosition(option, Dhcp6Const::optlen_offset)) -
                                 Dhcp6Const::baseDuiden_size);

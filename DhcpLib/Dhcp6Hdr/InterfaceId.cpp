@@ -102,7 +102,7 @@ void Dhcp6InterfaceId::writeElements() {
 
     Kitnet::Pkt& pkt = *opt()->pkt();
     const auto forEachPlace = [&](auto visit) {
-        U8 start = 0;  // wraps at 256, by contract
+        U8 start = 0;  // docs/compatibility.md#offsets-in-an-option-wrap-at-256
         for (const Element& element : elements) {
             visit(packetPosition(U32{position(Dhcp6Const::intfId_offset)} + start), element);
             start = static_cast<U8>(start + SubOptionShape::headerBytes + element.value.size());

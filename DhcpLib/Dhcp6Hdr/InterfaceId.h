@@ -45,11 +45,11 @@ public:
     const Kitnet::EthAddr& srcVtepMac() const { return srcVtepMac_; }
     void srcVtepMacIs(const Kitnet::EthAddr& address) { srcVtepMac_ = address; }
 
-    /// Writes the option's data in the selected encoding, the elements in the order of their codes; the option's length
-    /// is the caller's part. Raises Tyk::InternalException, and writes nothing: "Intf Name or Vrf Name is not set"
-    /// where one of them is empty, "length value exceeds pkt-length." for an element of more than 255 bytes and for
-    /// data that does not fit. Positions among the elements wrap at 256, by contract: 256 bytes overwrite the first
-    /// ones.
+    /// Writes the option's data in the selected encoding, the elements in the order of their codes. The caller sets the
+    /// option's length. Throws Tyk::InternalException and writes nothing if a name is empty ("Intf Name or Vrf Name is
+    /// not set"), if an element has more than 255 bytes, or if the data does not fit ("length value exceeds
+    /// pkt-length."). Offsets of elements wrap at 256, so long data overwrites the first elements
+    /// (docs/compatibility.md#offsets-in-an-option-wrap-at-256).
     void setInterfaceIdDataInPkt();
 
     const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6InterfaceId>(); }

@@ -29,9 +29,9 @@ private:
 
 DHCPLIB_EXPORT Dhcp6Option::Ptr dhcp6OptionFactory(const PktPtr& pkt, U16 offset);
 
-/// Calls `keep(head)` for each option of the options area at `offset`, until it returns false. The walk ends at the
-/// code 0, at the packet's end, and at an option whose end, counted from `offset`, is beyond bytes(). That comparison
-/// leaves `offset` out on purpose: an option may overrun the packet by up to `offset` bytes.
+/// Calls `keep(head)` for each option of the options area at `offset`, until it returns false. The walk ends at code 0,
+/// at the packet's end, and at an option whose end, counted from `offset`, exceeds bytes(). An option may therefore
+/// overrun the packet by up to `offset` bytes (docs/compatibility.md#overrun-within-offset).
 template <class Keep>
 void walkDhcp6Options(Wire::ByteView bytes, U16 offset, Keep keep) {
     const auto inside = [&](U16 cursor) { return U32{offset} + cursor < bytes.size(); };

@@ -20,7 +20,8 @@ Kcore::String Dhcp6UserClassOption::userClassData(U16 index) const {
 Kcore::String Dhcp6VendorSpecificInformationOption::vendorOptionData(U16 code) const {
     const Wire::ByteView packet = bytes();
     const U32 first = position(Dhcp6Const::entno_offset + Dhcp6Const::entno_size);
-    const U16 total = static_cast<U16>(optionLen().value() - Dhcp6Const::entno_size);  // wraps, by contract
+    // Wraps for a length below 4 (docs/compatibility.md#short-vendor-option).
+    const U16 total = static_cast<U16>(optionLen().value() - Dhcp6Const::entno_size);
     std::string_view data;
     const auto inside = [&](U32 cursor) { return cursor + Option6Shape::headerBytes <= total; };
     walkItems<Option6Shape, U32>(packet, first, 0, inside, [&](const auto& head, U32) {

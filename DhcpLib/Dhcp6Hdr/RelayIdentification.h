@@ -16,8 +16,8 @@ public:
 
     explicit Dhcp6VirtualSubnetSelection(const Dhcp6OptionPtr& opt) : Dhcp6OptionView(opt) { handleInitialized(); }
     static Ptr Dhcp6VirtualSubnetSelectionIs(const Dhcp6OptionPtr& opt);
-    /// Reads the option, the first time only. The name's length is worked out in 8 bits from the low byte of the
-    /// option's length, by contract: an option of length 0 has a name of 255 bytes, or up to the packet's end.
+    /// Reads the option; later calls do nothing. The length of the name is computed in 8 bits: in an option of length 0
+    /// it is 255, cut at the packet's end (docs/compatibility.md#text-lengths-in-8-bits).
     void handleInitialized();
 
     U8 vssType() const { return vssType_.value; }

@@ -113,8 +113,8 @@ public:
 
     explicit Dhcp6RemoteIdIntfName(const Dhcp6OptionPtr& opt) : Dhcp6RemoteIdBase(opt) { handleInitialized(); }
     static Ptr Dhcp6RemoteIdIntfNameIs(const Dhcp6OptionPtr& opt);
-    /// Reads the option, the first time only. The name's length is worked out in 8 bits from the low byte of the
-    /// option's length, by contract.
+    /// Reads the option; later calls do nothing. The length of the name is computed in 8 bits from the low byte of the
+    /// option's length (docs/compatibility.md#text-lengths-in-8-bits).
     void handleInitialized();
 
     const Kcore::String& interfaceName() const { return interfaceName_; }

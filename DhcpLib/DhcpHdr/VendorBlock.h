@@ -140,8 +140,8 @@ DHCPLIB_EXPORT DhcpVendorSpecificSubOpt::Ptr dhcpVendorSpecificSubOptFactory(con
 
 /// Where the view of a sub-option 9 at `offset` with `len` data bytes finds the system's block, in `*found`.
 inline bool findQuorvaBlockOfSubOption(Wire::ByteView bytes, U16 offset, U8 len, U16* found) {
-    // A block is searched for only while the bytes passed, counted from the sub-option's code, are below its length:
-    // the comparison takes the two header bytes along, by contract.
+    // The bytes passed are counted from the sub-option's code, so its two header bytes are taken off the length
+    // (docs/compatibility.md#vendor-search-counts-from-the-code).
     constexpr U8 shortestSearched = 3;
     if (len < shortestSearched) return false;
     const U16 first = static_cast<U16>(offset + DhcpConst::optdata_offset);

@@ -48,9 +48,10 @@ DHCPLIB_EXPORT void u32ToNetworkBytes(U32 value, char* out);
 DHCPLIB_EXPORT bool parseDhcpOptions(const PktPtr& pkt, U32 offset, std::vector<DhcpSingleOptionWithCode>& wanted);
 /// Whether the message has a magic cookie and a walk over its options reaches an end option.
 DHCPLIB_EXPORT bool dhcpOptionBasicCheck(const PktPtr& pkt, U32 offset);
-/// Walks the sub-options from `first` on and fills the slots of every request whose code occurs. Always true.
-/// The bytes walked count a length byte even behind a pad, which itself moves the position by one: by contract the two
-/// drift apart. Requires: what the lengths name is readable, and the first item even when `total` is 0.
+/// Walks the sub-options from `first` on, `total` bytes in all, and fills the slot of every request whose code occurs.
+/// Always returns true. The count and the position drift apart after a pad
+/// (docs/compatibility.md#sub-option-count-drifts-after-a-pad). Requires: all bytes that the lengths announce are
+/// readable; the first item is read even if `total` is 0.
 DHCPLIB_EXPORT bool parseDhcpSubOptsInOption(DhcpSingleOption* first, std::size_t total,
                                              std::vector<DhcpSingleOptionWithCode>& wanted);
 /// The places of the magic cookie, the last option 82 (or null), the end option, and one past the packet's last byte.

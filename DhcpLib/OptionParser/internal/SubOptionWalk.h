@@ -10,8 +10,9 @@ inline constexpr std::string_view noEndOptionText = " DHCP packet missing end op
 inline constexpr std::string_view emptyInfoText = "Info opt present but length is zero";
 inline constexpr std::string_view withoutBlank(std::string_view text) { return text.substr(1); }
 
-/// Calls `visit(code, at)` for the sub-options from `first` on, until the bytes walked reach `total`. The count takes a
-/// length byte even behind a pad, while the position moves by one there, by contract.
+/// Calls `visit(code, at)` for the sub-options from `first` on, until the bytes counted reach `total`. A pad is counted
+/// with a length byte (docs/compatibility.md#sub-option-count-drifts-after-a-pad), and the first item is visited even
+/// if `total` is 0 (docs/compatibility.md#first-item-always-read).
 template <class Visit>
 void walkSubOptsInOption(Wire::ByteView bytes, U32 first, std::size_t total, Visit visit) {
     std::size_t walked = 0;
