@@ -29,10 +29,18 @@ Octets bigEndian(U32 value) {
 
 Octets octets(std::string_view text) { return {text.begin(), text.end()}; }
 
+void append(Octets& bytes, const Octets& more) { bytes.insert(bytes.end(), more.begin(), more.end()); }
+
 void appendItem(Octets& bytes, U8 code, const Octets& data) {
     bytes.push_back(code);
     bytes.push_back(static_cast<U8>(data.size()));
-    bytes.insert(bytes.end(), data.begin(), data.end());
+    append(bytes, data);
+}
+
+void appendOption6(Octets& bytes, U16 code, const Octets& data) {
+    append16(bytes, code);
+    append16(bytes, data.size());
+    append(bytes, data);
 }
 
 Message::Message(Op op) : bytes_{static_cast<U8>(op), 1, 6, 0} {
@@ -75,7 +83,7 @@ Octets frameOf(const Octets& message, const Path& path) {
     append16(frame, path.srcPort);
     append16(frame, path.dstPort);
     append32(frame, static_cast<U32>(8 + message.size()) << 16);
-    frame.insert(frame.end(), message.begin(), message.end());
+    append(frame, message);
     return frame;
 }
 

@@ -15,7 +15,11 @@ using Octets = std::vector<U8>;
 /// The four bytes of `value` in network order.
 Octets bigEndian(U32 value);
 Octets octets(std::string_view text);
+void append(Octets& bytes, const Octets& more);
+/// A DHCPv4 option or sub-option: one byte each for code and length.
 void appendItem(Octets& bytes, U8 code, const Octets& data);
+/// A DHCPv6 option: two bytes each for code and length.
+void appendOption6(Octets& bytes, U16 code, const Octets& data);
 
 enum class Op : U8 { request = 1, reply = 2 };
 

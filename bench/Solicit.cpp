@@ -18,13 +18,6 @@ constexpr U8 addresses[] = {
 constexpr U8 macs[] = {0x33, 0x33, 0, 1, 0, 2, 0x02, 0, 0x5e, 0x10, 0, 2};
 constexpr std::size_t headerBytes = 14 + 40 + 8, remoteIdHeaderBytes = 24;
 
-void append(Octets& bytes, const Octets& more) { bytes.insert(bytes.end(), more.begin(), more.end()); }
-
-void appendOption(Octets& bytes, U32 code, const Octets& data) {
-    append(bytes, bigEndian(code << 16 | static_cast<U32>(data.size())));
-    append(bytes, data);
-}
-
 Octets clientId() { return {0, 1, 0, 1, 0x2d, 0, 0, 7, 0x02, 0, 0x5e, 0x10, 0, 2}; }
 
 Octets remoteId() {
@@ -38,19 +31,19 @@ Octets remoteId() {
 /// `empty` options of no length between the client identifier and the remote-id.
 Octets solicit(std::size_t empty) {
     Octets message{1, 0x5e, 0xed, 0x06};
-    appendOption(message, 1, clientId());
-    for (U32 i = 0; i < empty; ++i) appendOption(message, 1000 + i, {});
-    appendOption(message, 37, remoteId());
+    appendOption6(message, 1, clientId());
+    for (U32 i = 0; i < empty; ++i) appendOption6(message, static_cast<U16>(1000 + i), {});
+    appendOption6(message, 37, remoteId());
     return message;
 }
 
 Octets typicalSolicit(bool relayed) {
     Octets message{1, 0x5e, 0xed, 0x07};
-    appendOption(message, 1, clientId());
-    appendOption(message, 6, {0, 23, 0, 24, 0, 39, 0, 31});
-    appendOption(message, 8, {0, 0});
-    appendOption(message, 3, {0, 0x5e, 0x10, 2, 0, 0, 0x0e, 0x10, 0, 0, 0x15, 0x18});
-    if (relayed) appendOption(message, 37, remoteId());
+    appendOption6(message, 1, clientId());
+    appendOption6(message, 6, {0, 23, 0, 24, 0, 39, 0, 31});
+    appendOption6(message, 8, {0, 0});
+    appendOption6(message, 3, {0, 0x5e, 0x10, 2, 0, 0, 0x0e, 0x10, 0, 0, 0x15, 0x18});
+    if (relayed) appendOption6(message, 37, remoteId());
     return message;
 }
 
