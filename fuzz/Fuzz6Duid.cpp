@@ -1,5 +1,5 @@
-// The DUID view: a setter for a field that the type has writes that field's bytes, which a new view then reads; every
-// other one raises its text; and the read does not depend on what stands behind the packet.
+// The DUID view. A setter for a field that the DUID type has writes that field, and a new view reads it back. Every
+// other setter throws its text. Bytes behind the packet do not change what is read.
 
 #include "DhcpLib/Dhcp6Hdr/Duid.h"
 #include "OptionsInput.h"
@@ -32,7 +32,7 @@ struct Duid {
 
 struct Field {
     U32 at, n;
-    std::string refusal;  ///< what the setter must raise, packet room apart
+    std::string refusal;  ///< what the setter must throw if the field fits into the packet
     void (*set)(Dhcp6Duid&, U8 value, std::size_t n);
 };
 
@@ -65,7 +65,7 @@ std::vector<Field> fieldsOf(U16 type, std::size_t optionLen, std::size_t textByt
 void checkSetters(const Octets& bytes, U16 optionAt, U16 inside, U8 value) {
     const auto duidOf = [&](const PktPtr& pkt) { return dhcp6DuidFactory(dhcp6OptionFactory(pkt, optionAt), inside); };
     const auto probe = duidOf(packet(bytes));
-    // A length of its own for most, so that the fitting size is met.
+    // Most inputs choose a length of their own, so that the one that fits comes up.
     for (const std::size_t textBytes :
          {std::size_t{16}, std::size_t{probe->opt()->len()} - 6, std::size_t{value} % 20}) {
         if (textBytes > 70000) continue;
@@ -83,8 +83,8 @@ void checkSetters(const Octets& bytes, U16 optionAt, U16 inside, U8 value) {
             if (refusal.empty()) std::fill_n(expected.begin() + static_cast<std::ptrdiff_t>(at), field.n, value);
             expect(bytesOf(*pkt) == expected);
             expect(refusal.empty() || Duid(*view) == cached);
-            // A field that wraps may lie over the option's header or over the type, and so may a DUID that starts in
-            // it.
+            // A field whose offset wraps may overlap the option's header or the DUID type; so may a DUID that starts in
+            // the header.
             const bool apart = inside >= Dhcp6Const::optdata_offset && inside + field.at < 256;
             if (refusal.empty() && apart) expect(Duid(*duidOf(pkt)) == Duid(*view));
         }

@@ -1,5 +1,5 @@
-// The interface-id in the encoding that the toggle selects: what is read does not depend on what stands behind the
-// packet, what is written is read again, and what is refused leaves the packet as it was.
+// The interface-id in the encoding that the toggle selects. Bytes behind the packet do not change what is read, what
+// was written is read back, and a refused write leaves the packet unchanged.
 
 #include "DhcpLib/Dhcp6Hdr/InterfaceId.h"
 #include "Kcore/Exception.h"
@@ -30,7 +30,7 @@ struct Fields {
     Kitnet::EthAddr mac;
 };
 
-/// None where the data holds a VRF name of more than 100 bytes.
+/// Empty if the data holds a VRF name of more than 100 bytes.
 std::optional<Fields> read(const PktPtr& pkt, U16 offset) {
     try {
         return Fields(*dhcp6InterfaceIdFactory(dhcp6OptionFactory(pkt, offset)));
@@ -45,7 +45,8 @@ std::size_t sizeOf(const Fields& f) {
     return 2 + f.intfName.size() + 2 + f.vrfName.size() + ip + (f.mac.isZero() ? 0 : 8);
 }
 
-/// What of the written fields is read again: addresses are no part of the text, nor are those that are all zero.
+/// The fields that are read back after a write. The text encoding has no addresses, and all-zero addresses are not
+/// written.
 Fields readable(Fields f) {
     if (!elements || !f.ip.isUsable()) f.ip = {};
     if (!elements) f.mac = {};
@@ -87,7 +88,7 @@ void checkWrite(const Octets& seed, std::size_t room) {
     const std::size_t size = sizeOf(fields);
     const Octets after = bytesOf(*pkt);
     if (!elements) expect(size <= room);
-    if (size > 255) return;  // 8-bit positions wrap among the elements
+    if (size > 255) return;  // offsets of the elements wrap at 256
     expect(size <= room);
     expect(std::equal(after.begin(), after.begin() + 5, before.begin()));
     expect(std::ranges::count(std::vector(after.begin() + 5 + static_cast<std::ptrdiff_t>(size), after.end()),

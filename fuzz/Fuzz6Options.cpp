@@ -1,5 +1,5 @@
-// The DHCPv6 options area: the collections hold what the description of the walk says, the extractors stay inside
-// option and packet, nested options and relay chains lie inside each other, and nothing is written.
+// The DHCPv6 options area. The collections hold what a model of the walk finds, the extractors stay inside the option
+// and the packet, nested options and relay chains lie inside each other, and nothing is written.
 
 #include <map>
 
@@ -23,7 +23,7 @@ U32 numberAt(const Octets& bytes, U32 at) {
     return byte(at) << 8 | byte(at + 1);
 }
 
-/// The walk by arithmetic on whole numbers, for packets in which positions do not wrap.
+/// The walk in 64-bit arithmetic, for packets in which positions do not wrap.
 Places model(const Octets& bytes, U32 offset, bool cableLabs) {
     Places places;
     for (U32 cursor = 0; offset + cursor + 2 <= bytes.size();) {
@@ -48,7 +48,7 @@ Places placesOf(const Collection& collection) {
     return places;
 }
 
-/// What the extractors give for some indexes, and for codes that stand in the packet.
+/// Results of the extractors for some indexes, and for codes that occur in the packet.
 std::string extracts(const Dhcp6Options& options, const Octets& bytes) {
     std::string all;
     const std::string_view packet(reinterpret_cast<const char*>(bytes.data()), bytes.size());

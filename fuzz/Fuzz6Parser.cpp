@@ -1,5 +1,5 @@
-// Dhcp6PacketParser: what it finds is what the views over the same frame hold, and does not depend on what stands
-// behind the frame; nothing but a reserved VLAN raises.
+// Dhcp6PacketParser finds what the views over the same frame hold. Bytes behind the frame change nothing. Only the
+// reserved VLAN makes it throw.
 
 #include "DhcpLib/Dhcp6Hdr.h"
 #include "DhcpLib/Dhcp6Parser.h"

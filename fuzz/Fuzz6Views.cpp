@@ -1,5 +1,5 @@
-// The views over a DHCPv6 option: what they read does not depend on what stands behind the packet, reading changes
-// nothing, and a setter changes its own bytes, which a new view then reads, or raises and changes none.
+// The views over a DHCPv6 option. Bytes behind the packet do not change what is read, and reading changes no byte. A
+// setter writes its own bytes, which a new view reads back, or throws and writes nothing.
 
 #include <functional>
 
@@ -23,7 +23,7 @@ std::string textOf(const Kcore::Node& view) {
     return text;
 }
 
-/// The values that the setters write.
+/// Values for the setters.
 struct Values {
     U8 u8;
     U16 u16;
@@ -45,7 +45,7 @@ Values valuesFrom(const U8* seed) {
     return values;
 }
 
-/// A setter of a field, and where it writes: `n` bytes from option offset `at`.
+/// A setter and the bytes that it writes: `n` bytes from option offset `at`.
 struct Setter {
     U32 at, n;
     std::function<void(Kcore::Node&, const Values&)> set;
@@ -87,7 +87,7 @@ const std::vector<Kind>& kinds() {
     return all;
 }
 
-/// Null where the option holds a VRF name of more than 100 bytes.
+/// Null if the option holds a VRF name of more than 100 bytes.
 Kcore::Ptr<Kcore::Node> make(const Kind& kind, const PktPtr& pkt, U16 offset) {
     try {
         return kind.make(dhcp6OptionFactory(pkt, offset));
@@ -113,7 +113,7 @@ void checkSetter(const Kind& kind, const Setter& setter, const Octets& bytes, U1
     if (const auto again = make(kind, pkt, offset)) expect(textOf(*again) == textOf(*view));
 }
 
-/// The texts: all of their bytes from their place on, or none.
+/// Checks a setter of a text: it writes the whole text or nothing.
 template <class View, class Set>
 void checkText(const Kcore::Ptr<View>& view, const PktPtr& pkt, const Octets& bytes, U32 at, const Octets& written,
                Set set) {

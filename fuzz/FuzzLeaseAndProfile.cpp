@@ -1,4 +1,4 @@
-// The lease query and profiling readers agree with their description, step by step, wherever the packet stands.
+// The lease query and profiling readers agree with a model that walks step by step, in every kind of packet storage.
 
 #include "OptionsInput.h"
 

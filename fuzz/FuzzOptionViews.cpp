@@ -1,5 +1,5 @@
-// Views and collections: what they hold does not depend on what stands behind the packet, reading changes nothing, and
-// a setter changes its own bytes or, when it raises, none.
+// Views and collections over DHCPv4 options. Bytes behind the packet do not change what they hold, and reading changes
+// no byte. A setter writes its own bytes, or throws and writes nothing.
 
 #include "OptionsInput.h"
 #include "Recorders.h"
@@ -10,7 +10,7 @@ using namespace DhcpTest::Fuzz;
 
 namespace {
 
-/// Calls `see(view)` for every view that can be reached from the options at `offset`.
+/// Calls `see(view)` for every view that is reachable from the options at `offset`.
 template <class See>
 void forEachView(const PktPtr& pkt, U16 offset, See see) {
     const auto options = dhcpMsgOptionsFactory(pkt, offset);
@@ -36,7 +36,8 @@ std::string everything(const PktPtr& pkt, U16 offset) {
     return text;
 }
 
-/// Bytes that `act` may change are those from `at` on, `n` of them, and all of them as `expected`.
+/// Expects that `act` writes `expected` at `at` and nothing else; if that does not fit, that it throws and writes
+/// nothing.
 template <class Act>
 void checkWrite(Kitnet::Pkt& pkt, U32 at, const Octets& expected, Act act) {
     Octets whole = bytesOf(pkt);

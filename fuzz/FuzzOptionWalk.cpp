@@ -1,4 +1,4 @@
-// The raw walkers: each finds what a walk step by step finds, wherever the packet stands, and changes nothing.
+// The raw walkers find what a step-by-step model finds, in every kind of packet storage, and change nothing.
 
 #include "OptionsInput.h"
 #include "Recorders.h"
@@ -11,7 +11,7 @@ namespace {
 
 using Places = std::map<U8, std::ptrdiff_t>;
 
-/// Where `walk` finds the codes of `expected`; a few more are asked for, too.
+/// Positions at which `walk` finds the codes of `expected`. A few more codes are requested, too.
 template <class Walk>
 Places placesFound(const Places& expected, const U8* start, Walk walk) {
     std::map<U8, DhcpSingleOption*> slots;
@@ -42,7 +42,7 @@ void checkPlaces(const PktPtr& pkt, U32 offset, const Model::Area& area) {
     if (info != nullptr) expect(reinterpret_cast<U8*>(info) - pkt->data() == places.at(82));
 }
 
-/// The walk without a packet is bounded by its count alone: all that the lengths can name stands behind the bytes.
+/// Only its byte count bounds the walk without a packet, so all bytes that the lengths can announce are put behind.
 void checkSubOptions(const Octets& bytes, std::size_t total) {
     Octets roomy = bytes + Octets(total + 600, U8{0});
     Places expected;

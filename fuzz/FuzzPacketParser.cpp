@@ -1,5 +1,5 @@
-// PacketParser: what it finds does not depend on what stands behind the frame nor on how the stages are called, and a
-// parser that is assigned a fresh one forgets everything.
+// PacketParser: neither bytes behind the frame nor calling the stages one by one changes what it finds. Assigning a
+// fresh parser clears everything.
 
 #include "DhcpLib/DhcpParser.h"
 #include "Kcore/Exception.h"
@@ -12,7 +12,8 @@ using namespace DhcpTest::Fuzz;
 
 namespace {
 
-/// How a frame comes in: bits 0 and 1 the port, 2 a bare message, 3 a tag beside the frame, 4 of another kind.
+/// How a frame arrives. Bits 0 and 1 choose the port, bit 2 a bare message, bit 3 a tag beside the frame, bit 4 another
+/// TPID.
 struct Arrival {
     U8 how;
     bool bare() const { return (how & 4) != 0; }
@@ -53,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
     if (size < 2) return 0;
     const Arrival arrival{data[0]};
     const Octets frame(data + 2, data + size);
-    const std::size_t second = frame.size() * data[1] / 256;  // where another frame starts, for a parser that is kept
+    const std::size_t second = frame.size() * data[1] / 256;  // where a second frame starts, for a reused parser
     const auto bridging = config();
     PacketParser first(bridging), kept(bridging);
     Outcome outcome = Outcome::refused;
@@ -74,7 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
     };
     parseKept(Octets(frame.begin() + static_cast<std::ptrdiff_t>(second), frame.end()), false);
     const auto ips = kept.associatedIps();
-    parseKept(frame, true);  // with the header lengths of the one before
+    parseKept(frame, true);  // uses the header lengths of the previous frame
     for (const auto& ip : ips) expect(kept.associatedIpsHas(ip));
     kept = PacketParser(bridging);
     expect(kept == PacketParser(bridging));

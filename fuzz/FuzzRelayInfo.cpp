@@ -1,5 +1,5 @@
-// parseInfoOpt beside parseInfoOptNew: each agrees with its own description, step by step, wherever the packet stands;
-// and the two with each other on an option 82 that holds each sub-option once, next to the end option.
+// parseInfoOpt and parseInfoOptNew each agree with their own step-by-step model, in every kind of packet storage. They
+// agree with each other on an option 82 that is the last option and holds each sub-option at most once.
 
 #include "OptionsInput.h"
 
@@ -9,7 +9,7 @@ using namespace DhcpTest::Fuzz;
 
 namespace {
 
-/// Whether the message is of the kind that relays write.
+/// Whether the message is one that relays write.
 bool isWellFormed(const Octets& bytes, U32 offset) {
     const Model::Area area = Model::walk(bytes, offset);
     const auto info = area.last.find(82);
@@ -22,7 +22,7 @@ bool isWellFormed(const Octets& bytes, U32 offset) {
     U32 p = first;
     for (; p < end; p += Model::at(bytes, p + 1) + 2u)
         if (bytes[p] == 9 || !seen.insert(bytes[p]).second) return false;
-    // Behind the end option the collection looks on, and into that option's pseudo-length.
+    // The collection goes on behind the end option and takes the next byte for its length.
     return p == end && bytes.size() == end + 2 && bytes[end + 1] == 0;
 }
 

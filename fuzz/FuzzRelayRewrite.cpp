@@ -4,7 +4,7 @@ using namespace DhcpFuzz;
 
 namespace {
 
-// Built twice: for the vendor data in enterprise blocks, and as text, while the feature toggle is off.
+// Built twice: with the vendor data in blocks, and as text with the feature toggle off.
 #ifdef DHCPLIB_VENDOR_TEXT
 [[maybe_unused]] const int toggleIsOff = setenv("DHCPLIB_TOGGLE_DIR", DHCPLIB_TEST_DATA "/toggles-off", 1);
 

@@ -4,13 +4,13 @@ using namespace DhcpFuzz;
 
 namespace {
 
-/// Where the end option stands after the option 82 of `was` was replaced by one of `infoBytes`, header included.
+/// Position of the end option after option 82 of `was` was replaced by one of `infoBytes` bytes, header included.
 U32 endBehind(const Layout& was, const Octets& before, U32 infoBytes) {
     const U32 oldBytes = was.info != 0 ? 2u + before[was.info + 1] : 0;
     return was.end - oldBytes + infoBytes;
 }
 
-/// Option 82 at `at` consists of whole sub-options of these codes, in this order.
+/// Expects that option 82 at `at` consists of whole sub-options with these codes, in this order.
 void requireSubOptions(const Octets& packet, U32 at, std::string_view codes) {
     const U32 end = at + 2 + packet.at(at + 1);
     U32 subOption = at + 2;
@@ -23,7 +23,7 @@ void requireSubOptions(const Octets& packet, U32 at, std::string_view codes) {
     require(subOption == end, "option 82 ends with a sub-option");
 }
 
-/// All but option 82 is as it was.
+/// Expects that everything but option 82 is unchanged.
 U32 requireRest(const Octets& now, const Octets& before, const Layout& was, U32 infoBytes) {
     const U32 infoAt = was.info != 0 ? was.info : was.end;
     const U32 end = endBehind(was, before, infoBytes);
@@ -47,7 +47,7 @@ U32 requireInsertion(const Outcome& outcome, const Octets& before, const Layout&
 
 U32 requireRemoval(const Octets& now, const Octets& before, const Layout& was, bool infoOpt) {
     if (was.info == 0) return requireRest(now, before, was, 0);
-    // Dropped, it leaves its place to what follows: where that is another option 82, its size tells nothing.
+    // If option 82 was dropped, the next option is in its place. If that is another option 82, its size says nothing.
     for (const U32 infoBytes : {0u, now.at(was.info) == infoCode ? 2u + now.at(was.info + 1) : 0u}) {
         const U32 end = endBehind(was, before, infoBytes);
         const U32 restAt = was.info + infoBytes, oldRestAt = was.info + 2 + before[was.info + 1];
@@ -80,7 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
         end = requireRemoval(outcome.packet, input.packet, was, args.infoOpt);
     else
         require(slice(outcome.packet, 0, end + 1) == slice(input.packet, 0, end + 1), "the options stay");
-    // An option 57 counts behind the end option, too.
+    // This generation finds option 57 behind the end option, too.
     const DhcpLib::DhcpMsgOptions options(DhcpTest::packet(input.packet),
                                           static_cast<Kcore::U16>(args.offset + optionsAt));
     const bool small = !request || options.option().contains(DhcpLib::DhcpOptionType::maxMsgSize);

@@ -1,5 +1,5 @@
-// The vendor sub-option: reading is bounded by the packet, and a block that is added is measured right, is the only
-// thing that changes, and is read back.
+// The vendor sub-option. Reading stays inside the packet. An added block has the announced size, is the only change,
+// and is read back.
 
 #include "OptionsInput.h"
 
@@ -26,7 +26,7 @@ Kitnet::IpGenAddr addressIn(const Octets& bytes) {
     return Kitnet::Ip6Addr::fromBytes(sixteen);
 }
 
-/// Adds a block behind `existing` bytes of sub-option 9, which hold no block of the system.
+/// Adds a block behind `existing` bytes of sub-option 9, which contain no own block.
 void checkAdding(const Octets& existing, const Kcore::String& name, const Kitnet::IpGenAddr& vtep) {
     const U32 d = quorvaVendorSpecificSubOptLen(name, vtep);
     const bool fresh = existing.empty();
@@ -51,7 +51,7 @@ void checkAdding(const Octets& existing, const Kcore::String& name, const Kitnet
     const PktPtr pkt = packet(Octets(bytes.begin() + 2, bytes.end()));
     DhcpVendorSpecificEntOption* found = nullptr;
     auto* first = reinterpret_cast<DhcpVendorSpecificEntOption*>(&bytes[4]);
-    if (!isVendorSpecificQuorvaEntno(first, bytes[3], &found)) return;  // what was there hides it
+    if (!isVendorSpecificQuorvaEntno(first, bytes[3], &found)) return;  // the existing bytes hide the new block
     if (reinterpret_cast<U8*>(found) != &bytes[4 + existing.size()]) return;
     const RelayInfo read = readBlock(Octets(bytes.begin() + 2, bytes.end()), pkt);
     expect(read.intfName == (name.empty() ? Kcore::String("-") : name));

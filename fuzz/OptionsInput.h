@@ -5,13 +5,14 @@
 
 namespace DhcpTest::Fuzz {
 
-/// Ends the run where an invariant does not hold.
+/// Aborts the run if an invariant does not hold.
 inline void expect(bool holds) {
     if (!holds) __builtin_trap();
 }
 
-/// A message as the input spells it: the first byte says how many bytes lie in front of it (bits 0 to 5) and whether
-/// the header and the cookie are part of the input (bit 7) or added; the rest is the message, or its options.
+/// A DHCPv4 message from fuzz input. The first byte of the input holds the number of bytes in front of the message
+/// (bits 0 to 5), and whether the BOOTP header and the cookie are in the input (bit 7) or added here. The rest of the
+/// input is the message, or its options.
 struct OptionsInput {
     OptionsInput(const U8* data, std::size_t size) {
         const U8 first = size == 0 ? U8{0} : data[0];

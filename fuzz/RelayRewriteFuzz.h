@@ -8,7 +8,7 @@
 #include "DhcpLib/OptionParser.h"
 #include "Kcore/Assert.h"
 
-/// What holds for every rewrite of every packet, whichever generation and direction.
+/// Properties that hold for every rewrite of every packet, in both generations and both directions.
 namespace DhcpFuzz {
 
 using DhcpLib::BootpOption;
@@ -36,7 +36,7 @@ inline Octets slice(const Octets& bytes, std::size_t from, std::size_t to) {
     return {bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.begin() + static_cast<std::ptrdiff_t>(to)};
 }
 
-/// A packet and the arguments of its rewrite, taken from the front of a fuzzer's input.
+/// A packet and the arguments of its rewrite, made from the first bytes of a fuzz input.
 class Case {
 public:
     Case(const U8* data, std::size_t size) : rest_(data, size) {
@@ -53,7 +53,7 @@ public:
         if ((second & 0x0c) == 0x04) args.vendorSpecificSubOptSrcVtepIp = address<Kitnet::IpAddr>();
         if ((second & 0x0c) == 0x08) args.vendorSpecificSubOptSrcVtepIp = address<Kitnet::Ip6Addr>();
         args.offset = (second & 0x10) != 0 ? byte() : 0;
-        // Most packets are to get as far as their options.
+        // Most packets get a valid header and cookie, so that the rewrite reaches their options.
         if ((second & 0x60) != 0) packet = Octets(args.offset, DhcpTest::scratch) + DhcpTest::message(Octets{});
         packet.insert(packet.end(), rest_.begin(), rest_.end());
     }
@@ -71,7 +71,7 @@ private:
         const auto one = take(1);
         return one.empty() ? U8{0} : one[0];
     }
-    /// At most 255 bytes of the input; 256 that are none, for a length byte of 255.
+    /// Up to 255 bytes of the input, or 256 made-up bytes for a length byte of 255.
     Tyk::String text(bool present) {
         if (!present) return {};
         const U8 n = byte();
@@ -90,10 +90,10 @@ private:
     std::span<const U8> rest_;
 };
 
-/// Where the options stand, by a plain walk to the first end option.
+/// Positions in a message, found by a plain walk to the first end option.
 struct Layout {
-    U32 info = 0;  ///< the last option 82, or the first one; 0 for none
-    U32 end = 0;   ///< 0 where there is none, or no cookie
+    U32 info = 0;  ///< the last option 82, or the first one; 0 if there is none
+    U32 end = 0;   ///< 0 if there is no end option or no cookie
     bool hasMaxMsgSize = false;
 
     Layout(const Octets& bytes, U32 offset, bool lastInfo) {
@@ -112,10 +112,10 @@ struct Layout {
     }
 };
 
-/// What became of a call.
+/// Result of one rewrite.
 struct Outcome {
     bool result = false;
-    std::string assertion;  ///< that failed; the handler threw
+    std::string assertion;  ///< text of the assertion that failed, if the handler threw
     Octets packet;
     RelayRewriteForecast forecast;
 };
@@ -155,7 +155,7 @@ inline void requireForecast(const Outcome& outcome, const Octets& before, U32 of
     require(forecast.messageBytes == bytes, "the forecast tells the size");
 }
 
-/// The message has the size that it is brought to: `smallest`, or what ends with its end option.
+/// Expects `smallest` bytes, or more if nothing follows the end option, and only zeros behind the end option.
 inline void requireSize(const Octets& packet, U32 offset, U32 end, U32 smallest) {
     const std::size_t bytes = packet.size() - offset;
     require(bytes == smallest || (bytes > smallest && end + 1 == packet.size()), "the size rule holds");
@@ -163,8 +163,8 @@ inline void requireSize(const Octets& packet, U32 offset, U32 end, U32 smallest)
             "zeros follow the end option");
 }
 
-/// Rewrites in each kind of storage, with other bytes behind the packet, and expects the same of all. The outcome is
-/// one for which the promises of every rewrite are kept.
+/// Rewrites the packet in each kind of storage and with different bytes behind it, and expects the same result each
+/// time. Checks the properties that hold for every rewrite.
 inline Outcome rewrittenEverywhere(const Octets& packet, const RelayRewrite& args, Generation generation) {
     const std::vector<PktPtr> everywhere = DhcpTest::packets(packet);
     const Outcome outcome = rewritten(everywhere[0], args, generation);
@@ -192,8 +192,8 @@ std::span<const U8> bytesOf(const Address& address) {
     return {address.bytes(), sizeof address};
 }
 
-/// The data of an option 82 that is created out of these arguments, from the layout of its sub-options.
-/// `vendor`: what sub-option 9 holds; left out when empty.
+/// The data of an option 82 that is created from these arguments. `vendor` is the data of sub-option 9, which is left
+/// out if it is empty.
 inline Octets createdInfo(const RelayRewrite& args, const Octets& vendor, bool server, bool vpn) {
     Octets info;
     if (!args.circuitId.empty()) append(info, 1, bytesOf(args.circuitId));
@@ -206,7 +206,8 @@ inline Octets createdInfo(const RelayRewrite& args, const Octets& vendor, bool s
     return info;
 }
 
-/// The system's block: enterprise number, length, interface name, tunnel endpoint. Empty where it would hold nothing.
+/// The own vendor block: enterprise number, length, interface name, tunnel address. Empty if there is neither name nor
+/// address.
 inline Octets vendorBlock(const RelayRewrite& args) {
     Octets items;
     if (!args.vendorSpecificSubOptIntfName.empty()) append(items, 1, bytesOf(args.vendorSpecificSubOptIntfName));
@@ -217,7 +218,8 @@ inline Octets vendorBlock(const RelayRewrite& args) {
     return hex("00 00 7E D9") + Octets{static_cast<U8>(items.size())} + items;
 }
 
-/// An insertion into a packet without option 82 adds exactly that, and its removal gives the other options back.
+/// Expects that adding option 82 to a packet without one adds just that, and that removing it restores the other
+/// options.
 inline void requireThereAndBack(const Outcome& there, const Octets& before, const Layout& layout,
                                 const RelayRewrite& args, Generation generation, const Octets& info) {
     Octets expected = slice(before, 0, layout.end);

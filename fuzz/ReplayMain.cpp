@@ -1,5 +1,5 @@
-// Runs a fuzz target without libFuzzer: every file of the corpus folders given, every prefix of it, and a fixed
-// sequence of mutations, so that a plain build with any compiler defends what fuzzing has found.
+// Runs a fuzz target without libFuzzer, so that any compiler can check that old findings stay fixed. The inputs are the
+// files of the given corpus folders, prefixes of each file, and a fixed sequence of mutations.
 
 #include <unistd.h>
 
@@ -20,22 +20,22 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
-// The undefined-behaviour sanitizer ends the process by a signal too, and so the input is kept.
+// The undefined-behaviour sanitizer is to end the process with a signal as well, so that the input is saved.
 extern "C" const char* __ubsan_default_options() { return "abort_on_error=1:print_stacktrace=1"; }
 
 namespace {
 
 using Input = std::vector<std::uint8_t>;
 
-constexpr std::size_t maxPrefixes = 2000;  // of one file; a longer one is cut at evenly spread places
-constexpr std::size_t mutations = 5000;    // of the whole corpus
-constexpr std::size_t maxEdits = 6;        // of one mutation
-constexpr unsigned maxSeconds = 20;        // for one input
+constexpr std::size_t maxPrefixes = 2000;  // per file; for longer files, evenly spread ones
+constexpr std::size_t mutations = 5000;    // for the whole corpus
+constexpr std::size_t maxEdits = 6;        // per mutation
+constexpr unsigned maxSeconds = 20;        // per input
 
 const Input* running = nullptr;
 std::string failedInput;
 
-/// Leaves the input that failed behind: given as an argument, it is run again.
+/// Saves the input that is running, so that it can be passed as an argument and run again.
 void keepRunningInput() {
     if (running == nullptr) return;
     if (std::FILE* file = std::fopen(failedInput.c_str(), "wb")) {
@@ -52,7 +52,7 @@ void dieOf(int signal) {
     std::raise(signal);
 }
 
-/// Leaves a sanitizer the signals that it explains itself.
+/// Installs handlers for the signals that no sanitizer reports by itself.
 void catchDeath() {
     failedInput = program_invocation_short_name + std::string("-failed-input");
     for (const int signal : {SIGABRT, SIGILL, SIGTRAP, SIGALRM}) std::signal(signal, dieOf);
@@ -63,7 +63,7 @@ void catchDeath() {
 }
 
 void run(const Input& input) {
-    // Storage of exactly the input's size, so that an address sanitizer sees the first byte behind it.
+    // Storage of exactly the input's size, so that an address sanitizer reports a read behind it.
     const std::unique_ptr<std::uint8_t[]> exact(new std::uint8_t[input.size()]);
     std::copy(input.begin(), input.end(), exact.get());
     running = &input;
@@ -94,7 +94,7 @@ void runPrefixes(const Input& input) {
     run(input);
 }
 
-/// Changes inputs in a sequence that is the same on every machine.
+/// Mutates inputs in a sequence that is the same on every machine.
 class Mutator {
 public:
     void edit(Input& input, const Input& other) {

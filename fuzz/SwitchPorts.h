@@ -5,7 +5,7 @@
 
 namespace DhcpTest::Fuzz {
 
-/// None, an access port, a tunnel port, and one that the switch does not know.
+/// No port, an access port, a tunnel port, and a port that the switch does not know.
 inline const Kitnet::IntfId ports[] = {Kitnet::IntfId(), Kitnet::IntfId("Ethernet1"), Kitnet::IntfId("Ethernet2"),
                                        Kitnet::IntfId("Ethernet3")};
 
