@@ -15,7 +15,7 @@ constexpr char dhcp6Name[] = "Dhcp6PamMan";
 constexpr U16 everyProtocol = 3;  // packet(7), ETH_P_ALL
 constexpr U32 receiveBufferBytes = 204800;
 
-// Instructions of classic BPF. Loads take network-order values; one beyond the frame's end rejects it.
+// Classic BPF instructions. Loads convert from network order; a load beyond the frame's end rejects the frame.
 constexpr U16 ldh = 0x28;    // A = 16 bits at k
 constexpr U16 ldb = 0x30;    // A = 8 bits at k
 constexpr U16 ldhx = 0x48;   // A = 16 bits at X + k
@@ -38,7 +38,7 @@ constexpr Kitnet::SockFilter dhcp4Filter[] = {
     {jeq,   13, 12, 67},      //  8  accept, else to 21
     {jeq,    2,  0, 0x8100},  //  9  802.1Q tag
     {jeq,    1,  0, 0x88a8},  // 10  802.1ad tag
-    {jeq,    0, 11, 0x9100},  // 11  the tag older provider bridges use, else reject
+    {jeq,    0, 11, 0x9100},  // an older tag of provider bridges, else reject
     {ldh,    0,  0, 16},      // 12  EtherType behind the tag
     {jeq,    0,  9, 0x0800},  // 13  IPv4, else reject
     {ldb,    0,  0, 27},      // 14  protocol
@@ -63,7 +63,7 @@ constexpr Kitnet::SockFilter dhcp6Filter[] = {
     {jeq,   10,  9, 547},     //  5  accept, else to 15
     {jeq,    2,  0, 0x8100},  //  6  802.1Q tag
     {jeq,    1,  0, 0x88a8},  //  7  802.1ad tag
-    {jeq,    0,  8, 0x9100},  //  8  the tag older provider bridges use, else reject
+    {jeq,    0,  8, 0x9100},  // an older tag of provider bridges, else reject
     {ldh,    0,  0, 16},      //  9  EtherType behind the tag
     {jeq,    0,  6, 0x86dd},  // 10  IPv6, else reject
     {ldb,    0,  0, 24},      // 11  next header
@@ -79,7 +79,8 @@ constexpr Kitnet::SockFilter dhcp6Filter[] = {
 constexpr Kitnet::SockFilterProgram dhcp4Program{std::size(dhcp4Filter), dhcp4Filter};
 constexpr Kitnet::SockFilterProgram dhcp6Program{std::size(dhcp6Filter), dhcp6Filter};
 
-/// Puts a new object into `held` and returns it. The one before goes first: managers clear what they kept.
+/// Stores a new object in `held` and returns it. The old object is destroyed first, because a manager clears the
+/// directories it filled.
 template <class T, class... Args>
 Kcore::Ptr<T> renew(Kcore::Ptr<T>& held, const Args&... args) {
     held = nullptr;

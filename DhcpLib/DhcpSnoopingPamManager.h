@@ -7,15 +7,15 @@
 
 namespace DhcpLib {
 
-/// Gives a snooping agent the DHCP frames of its interfaces: wires the platform's interface status and packet access
-/// together, with a socket filter that lets nothing else through. An agent makes one for each protocol. Named
-/// "Dhcp6PamMan" it takes DHCPv6 (UDP destination port 547 or 546, directly behind the fixed IPv6 header); under any
-/// other name DHCPv4 (UDP destination port 67 or 68, no later fragments). Either looks through one VLAN tag in the
-/// frame, of TPID 0x8100, 0x88a8 or 0x9100.
+/// Gives a snooping agent the DHCP frames of its interfaces. Creates the platform's objects for interface status and
+/// packet access, connects them, and installs a socket filter that accepts DHCP only. An agent creates one manager per
+/// protocol. A manager with the name "Dhcp6PamMan" accepts DHCPv6: UDP destination port 547 or 546 directly behind the
+/// fixed IPv6 header. Any other name accepts DHCPv4: UDP destination port 67 or 68, except in later fragments. Both
+/// filters look behind one VLAN tag in the frame, of TPID 0x8100, 0x88a8 or 0x9100.
 ///
-/// The agent names the interfaces it wants in `pamDesiredIntfDir`. Its loop polls the descriptor of the kernel network
-/// information and that of each member of `ethDevPamCollection`, lets the first handle what it has, and reads the
-/// frames of the others (`Interface::EthDevPam::readPkt`).
+/// The agent lists the interfaces it wants in `pamDesiredIntfDir`. Its event loop polls the descriptor of
+/// `KernelNetInfo::Status` and of each member of `ethDevPamCollection`. It calls `handleReadable` on the former and
+/// reads frames from the latter with `Interface::EthDevPam::readPkt`.
 class DHCPLIB_EXPORT PamManager final : public Kcore::Node, public KitSlab::SlabObject {
 public:
     using Ptr = Kcore::Ptr<PamManager>;
@@ -24,13 +24,13 @@ public:
     using KniStatusPtr = Kcore::Ptr<const KernelNetInfo::Status>;
     static inline KitSlab::AllocationTracker memAllocationTracker_;
 
-    /// Ready for use when it is made: calls handleInitialized().
+    /// Calls handleInitialized(), so the manager is ready for use.
     PamManager(const Kcore::String& name, const AllIntfStatusDirPtr& allIntfStatusDir,
                const AllIntfStatusLocalDirPtr& allIntfStatusLocalDir, const KniStatusPtr& kniStatus);
     static Ptr PamManagerIs(const Kcore::String& name, const AllIntfStatusDirPtr& allIntfStatusDir,
                             const AllIntfStatusLocalDirPtr& allIntfStatusLocalDir, const KniStatusPtr& kniStatus);
 
-    /// Makes and wires the platform's objects and enables packet access. The first call alone does anything.
+    /// Creates and connects the platform's objects and enables packet access. Later calls do nothing.
     void handleInitialized();
 
     const Kcore::String& name() const { return name_; }
@@ -39,8 +39,8 @@ public:
     const KniStatusPtr& kniStatus() const { return kniStatus_; }
     bool initialized() const { return initialized_; }
 
-    /// The objects made on initialisation. Each `...Is` makes a new one in place of the one held, and returns it; what
-    /// was wired to the one before keeps that. Each `...Del` drops the reference.
+    /// The objects that handleInitialized() creates. A `...Is` function replaces the object with a new one and returns
+    /// it; other objects stay connected to the old one. A `...Del` function drops the reference.
     const Interface::DeviceIntfStatusDir::Ptr& deviceIntfStatusDir() const { return deviceIntfStatusDir_; }
     Interface::DeviceIntfStatusDir::Ptr deviceIntfStatusDirIs(const Kcore::String& name);
     void deviceIntfStatusDirDel() { deviceIntfStatusDir_ = nullptr; }
@@ -76,7 +76,7 @@ public:
     }
 
 private:
-    // In the order in which they are made, so that they are dropped in the reverse one.
+    // In the order of creation, so that they are destroyed in reverse order.
     const Kcore::String name_;
     const AllIntfStatusDirPtr allIntfStatusDir_;
     const AllIntfStatusLocalDirPtr allIntfStatusLocalDir_;

@@ -11,7 +11,7 @@ DhcpBench::AllocationCount count;
 
 DhcpBench::AllocationCount DhcpBench::allocationCount() { return count; }
 
-// The other forms of the standard library call these.
+// All other forms of operator new in the standard library call these.
 void* operator new(std::size_t bytes) {
     ++count.calls;
     count.bytes += bytes;

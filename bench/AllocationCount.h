@@ -4,7 +4,7 @@
 
 namespace DhcpBench {
 
-/// How often the process, its libraries included, has called operator new, and for how many bytes in all.
+/// Number of calls of operator new in the whole process, libraries included, and the bytes they asked for.
 struct AllocationCount {
     std::uint64_t calls = 0;
     std::uint64_t bytes = 0;

@@ -17,27 +17,27 @@ struct Numbers {
     U32 xid = 0, ciaddr = 0, yiaddr = 0, giaddr = 0;
     bool hasLeaseTime = false, hasLastTransaction = false, hasServerId = false;
     U32 leaseTime = 0, lastTransaction = 0;
-    U32 serverId = 0;  ///< sub-option 11 of option 82 goes before option 54
+    U32 serverId = 0;  ///< sub-option 11 of option 82 wins over option 54
     bool operator==(const Numbers&) const = default;
 };
 
-/// What every contender takes out of a frame; `Text` either owns its characters or looks at the frame.
+/// The fields that every contender reads from a frame. `Text` either owns its characters or points into the frame.
 template <class Text>
 struct Fields : Numbers {
     Text circuitId{}, remoteId{}, hostName{}, vendorClass{};
     Text paramReqList{};   ///< "1,3,6"
-    Text associatedIps{};  ///< as they stand in option 92
+    Text associatedIps{};  ///< the bytes of option 92, unchanged
 };
 
-/// The room that a parameter request list of the greatest length takes as text.
+/// Space for the text of the longest parameter request list.
 using ParamReqText = std::array<char, 4 * 255 + 4>;
-/// Writes the codes as decimal numbers with commas between; the length of the text.
+/// Writes the codes as decimal numbers separated by commas. Returns the length of the text.
 std::size_t writeParamReqList(const U8* codes, std::size_t n, ParamReqText& out);
 
-/// What a relay does with option 82; the result has at least the 300 bytes of a BOOTP message.
+/// What a relay does with option 82. The result has at least 300 bytes, the size of a BOOTP message.
 enum class Rewriting : U8 { add, strip };
 
-/// The first difference, or null.
+/// The name of the first field that differs, or null.
 template <class A, class B>
 const char* difference(const Fields<A>& a, const Fields<B>& b) {
     if (!(static_cast<const Numbers&>(a) == b)) return "a number";

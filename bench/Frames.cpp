@@ -28,7 +28,7 @@ Input inputOf(const Octets& message, const Path& path) {
     return {std::move(frame), std::move(pkt), messageAt};
 }
 
-/// An option 82 with everything that a relay writes.
+/// An option 82 with all sub-options that a relay writes.
 Octets relayInformation() {
     Octets items, vendor = bigEndian(DhcpLib::Constants::quorvaEntNum), bytes;
     appendItem(items, 1, octets("Ethernet7/2"));
@@ -87,12 +87,12 @@ Message leaseActive() {
         .option(92, Octets{10, 4, 0, 99, 10, 4, 0, 120, 10, 4, 1, 7});
 }
 
-/// `n` options of different codes with as little data as each may have, option 53 first.
+/// `n` options with different codes and little data. Option 53 comes first.
 Message smallOptions(std::size_t n) {
     Message message(Op::request);
     message.option(53, Octets{1});
     for (U32 i = 1, left = static_cast<U32>(n) - 1; left > 0; ++i) {
-        const auto code = static_cast<U8>(i * 101 % 254 + 1);  // each code once, in no order
+        const auto code = static_cast<U8>(i * 101 % 254 + 1);  // each code once, in a mixed order
         if (code == 53) continue;
         const bool isAddress = code == 51 || code == 54 || code == 91 || code == 92;
         message.option(code, code == 82 ? Octets{1, 1, 'p'} : isAddress ? bigEndian(leased) : Octets{7});
@@ -103,7 +103,7 @@ Message smallOptions(std::size_t n) {
 
 Message padded() { return discover().pads(1100).option(50, leased); }
 
-/// Messages as a busy relay sees them, the same ones in every run.
+/// Random messages as on a busy relay; the same ones in every run.
 class Mixture {
 public:
     Input next() {

@@ -8,7 +8,7 @@
 
 namespace DhcpBench {
 
-/// A frame in the two shapes that the contenders take; making a packet is the receiver's work and not measured.
+/// A frame in the two forms that the contenders take. Creating the packet is not measured: the receiver has to do it.
 struct Input {
     Octets frame;
     Kcore::Ptr<Kitnet::Pkt> pkt;
@@ -18,17 +18,18 @@ struct Input {
     U32 messageBytes() const { return static_cast<U32>(frame.size()) - messageAt; }
 };
 
-/// Frames that are measured together, one after the other.
+/// Frames that are measured as a group, one after the other.
 struct Case {
     std::string name;
     std::vector<Input> inputs;
 };
 
-/// One frame of each kind, 512 mixed ones (more than a branch predictor can learn by heart), 252 options, 1,100 pads.
+/// Cases: one frame of each kind, 512 mixed frames (too many for the branch predictor to learn), 252 options, 1,100
+/// pads.
 const std::vector<Case>& typicalCases();
-/// Frames of 5 to 250 small options.
+/// Cases with 5 to 250 small options.
 const std::vector<Case>& growingCases();
-/// A case of typicalCases().
+/// The case of typicalCases() with this name.
 const Case& caseOf(std::string_view name);
 
 }  // namespace DhcpBench

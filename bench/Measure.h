@@ -7,8 +7,8 @@
 
 namespace DhcpBench {
 
-/// Makes the compiler believe that what `pointer` points to is read and written here. Google Benchmark 1.7.1's own
-/// DoNotOptimize is miscompiled by g++ 12 for values in such loops.
+/// Makes the compiler assume that the object behind `pointer` is read and written here. Used instead of DoNotOptimize
+/// of Google Benchmark 1.7.1, which g++ 12 miscompiles for values in such loops.
 template <class T>
 void hold(T*& pointer) {
     asm volatile("" : "+r"(pointer) : : "memory");
@@ -16,8 +16,8 @@ void hold(T*& pointer) {
 
 void reportAllocations(benchmark::State& state, const AllocationCount& before, std::size_t operations);
 
-/// Measures `operation` as GROUP/CASE/CONTENDER: it takes an Input and returns its outcome, whose destruction is
-/// measured too. `measured` lives as long as the program.
+/// Registers a benchmark GROUP/CASE/CONTENDER of `operation`, which takes an Input and returns a result. Destroying the
+/// result is part of what is measured. `measured` must live as long as the program.
 template <class Operation>
 void measure(const std::string& group, const Case& measured, const std::string& contender, Operation operation) {
     const auto loop = [&measured, operation](benchmark::State& state) {
@@ -40,10 +40,11 @@ void measure(const std::string& group, const Case& measured, const std::string& 
     benchmark::RegisterBenchmark((group + '/' + measured.name + '/' + contender).c_str(), loop);
 }
 
-/// Names of the contenders, as the report knows them.
+/// Names of the contenders in the report.
 inline constexpr char library[] = "DhcpLib", tins[] = "libtins", singlePass[] = "floor";
 
-/// Registers the measurements of one file. False, after saying which field of which frame, where contenders disagree.
+/// Each registers the benchmarks of one file. They return false, after printing the frame and the field, if the
+/// contenders disagree on a result.
 bool registerParsing();
 bool registerRewriting();
 bool registerSolicits();

@@ -23,7 +23,7 @@ void appendOption6(Octets& bytes, U16 code, const Octets& data);
 
 enum class Op : U8 { request = 1, reply = 2 };
 
-/// Makes a DHCPv4 message (RFC 2131), a part after the other.
+/// Builds a DHCPv4 message (RFC 2131) piece by piece.
 class Message {
 public:
     static constexpr std::size_t minBytes = 300;
@@ -37,7 +37,7 @@ public:
     Message& option(U8 code, std::string_view text) { return option(code, octets(text)); }
     Message& option(U8 code, U32 value) { return option(code, bigEndian(value)); }
     Message& pads(std::size_t n);
-    /// The message with its end option, and with pads behind it up to `atLeast` bytes.
+    /// The message with its end option, padded to at least `atLeast` bytes.
     Octets finished(std::size_t atLeast = minBytes) const;
 
 private:
@@ -45,14 +45,14 @@ private:
     Octets bytes_;
 };
 
-/// Between whom a message travels; a VLAN of 0 means no tag.
+/// Source and destination of a message. VLAN 0 means no tag.
 struct Path {
     U32 srcIp, dstIp;
     U16 srcPort, dstPort;
     U16 vlan = 0;
 };
 
-/// `message` in UDP, IPv4 and Ethernet. Both checksums are 0: no contender looks at them.
+/// `message` in UDP, IPv4 and Ethernet. Both checksums are 0; no contender verifies them.
 Octets frameOf(const Octets& message, const Path& path);
 
 }  // namespace DhcpBench

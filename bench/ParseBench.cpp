@@ -36,14 +36,14 @@ std::array<U8, N> arrayOf(const auto& address) {
     return bytes;
 }
 
-/// In the contenders' common shape; not measured.
+/// Converts the result to the form that all contenders share; not measured.
 Fields<std::string> fieldsOf(const PacketParser& parser) {
     Fields<std::string> fields;
     fields.dstMac = arrayOf<6>(parser.dstMac());
     fields.srcMac = arrayOf<6>(parser.srcMac());
     fields.chaddr = arrayOf<6>(parser.chaddr());
     fields.tagged = parser.tagged();
-    fields.vlan = parser.tagged() ? parser.vlanId().value() : U16{0};  // the others know no native VLAN
+    fields.vlan = parser.tagged() ? parser.vlanId().value() : U16{0};  // the other contenders have no native VLAN
     fields.srcPort = parser.udpSrcPort().value();
     fields.dstPort = parser.udpDstPort().value();
     fields.srcIp = parser.srcIp().value();

@@ -62,7 +62,7 @@ Profile profile(const Input& input) {
     return found;
 }
 
-/// Measures a reader of one message beside libtins asked the same, and beside the floor, which answers everything.
+/// Benchmarks a reader of one message, libtins with the same task, and the floor, which always reads everything.
 template <class Operation>
 void measureReader(const char* operationName, Question question, std::initializer_list<const char*> cases,
                    Operation operation) {

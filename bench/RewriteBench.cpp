@@ -16,7 +16,7 @@ using Bytes = std::span<const U8>;
 const Tyk::String circuitId("Ethernet7/2"), remoteId("02:00:5e:77:00:01");
 const Kitnet::IpAddr serverId(0x0a0400fe), linkSelection(0x0a040001);
 
-/// A packet with the input's message, in storage that is used again: every contender starts from a copy.
+/// A packet with the input's message. Reuses one buffer, so every contender starts from a copy.
 const DhcpLib::PktPtr& copyOf(const Input& input) {
     static const DhcpLib::PktPtr pkt = Kitnet::globalPktManager().newPkt();
     const U32 had = pkt->bytes(), needs = input.messageBytes();

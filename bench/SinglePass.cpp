@@ -12,7 +12,7 @@ namespace {
 using Kitnet::loadBigEndian;
 
 struct Decimal {
-    char digits[4];  // and a comma where there is room
+    char digits[4];  // followed by a comma if there is space
     U8 length;
 };
 constexpr auto decimals = [] {
@@ -97,7 +97,7 @@ bool readOptions(const U8* at, const U8* end, FloorFields& fields) {
     return true;
 }
 
-/// The length of the headers in front of the message; 0 for a frame that carries none.
+/// Size of the headers in front of the message; 0 if the frame carries no DHCP message.
 std::size_t readHeaders(const U8* frame, std::size_t bytes, Numbers& fields) {
     if (bytes < 46) return 0;
     std::copy_n(frame, 6, fields.dstMac.begin());

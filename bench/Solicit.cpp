@@ -28,7 +28,7 @@ Octets remoteId() {
     return data;
 }
 
-/// `empty` options of no length between the client identifier and the remote-id.
+/// A SOLICIT with `empty` options of length 0 between the client identifier and the remote-id.
 Octets solicit(std::size_t empty) {
     Octets message{1, 0x5e, 0xed, 0x06};
     appendOption6(message, 1, clientId());

@@ -5,8 +5,8 @@
 
 namespace DhcpBench {
 
-/// What every contender takes out of a DHCPv6 frame (RFC 8415): the headers, the client identifier's DUID-LLT, and the
-/// relay agent remote-id with its DUID-LL and the interface and VLAN at its end.
+/// The fields that every contender reads from a DHCPv6 frame (RFC 8415): the headers, the DUID-LLT of the client
+/// identifier, and the relay agent remote-id with its DUID-LL, interface and VLAN.
 struct Fields6 {
     std::array<U8, 6> dstMac{}, srcMac{}, clientMac{}, remoteMac{};
     std::array<U8, 16> srcIp{}, dstIp{};
@@ -20,13 +20,13 @@ struct Fields6 {
     bool operator==(const Fields6&) const = default;
 };
 
-/// A SOLICIT as clients send it and as a relay has marked it, then ones of `growing` numbers of empty options.
+/// Cases: a SOLICIT from a client, one that a relay has marked, and one for each number of empty options in `growing`.
 const std::vector<Case>& solicitCases();
 const std::vector<Case>& growingSolicitCases();
 
 Fields6 parseSolicitInOnePass(const U8* frame, std::size_t bytes);
 Fields6 parseSolicitWithTins(const U8* frame, std::size_t bytes);
-/// Of an option that both read by hand: offsets are those of the layout, `data` has that many bytes.
+/// Reads an option by hand, for both other contenders. `data` is the option's data, `bytes` its size.
 void readClientId(const U8* data, std::size_t bytes, Fields6& fields);
 void readRemoteId(const U8* data, std::size_t bytes, Fields6& fields);
 

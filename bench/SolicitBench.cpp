@@ -32,7 +32,7 @@ void copyBytes(const auto& address, Container& out) {
     std::copy_n(address.bytes(), out.size(), out.begin());
 }
 
-/// In the contenders' common shape; not measured.
+/// Converts the result to the form that all contenders share; not measured.
 Fields6 fieldsOf(const Dhcp6PacketParser& parser) {
     Fields6 fields;
     copyBytes(parser.dstMac(), fields.dstMac);

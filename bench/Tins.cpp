@@ -98,7 +98,7 @@ Fields<std::string> parseFrameWithTins(const U8* frame, std::size_t bytes) {
     Fields<std::string> fields;
     const Tins::EthernetII ethernet(frame, static_cast<U32>(bytes));
     readHeaders(ethernet, fields);
-    const auto& payload = ethernet.rfind_pdu<Tins::RawPDU>().payload();  // a UDP payload stays raw there
+    const auto& payload = ethernet.rfind_pdu<Tins::RawPDU>().payload();  // libtins leaves a UDP payload unparsed
     const DHCP dhcp(payload.data(), static_cast<U32>(payload.size()));
     readMessage(dhcp, fields);
     readMsgType(dhcp, fields);

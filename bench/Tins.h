@@ -4,15 +4,15 @@
 
 namespace DhcpBench {
 
-/// libtins hands out option objects; what lies inside option 82 is the caller's to read, here as for the floor.
+/// libtins returns option objects. The caller parses the inside of option 82 by hand, as the floor does.
 Fields<std::string> parseFrameWithTins(const U8* frame, std::size_t bytes);
 
-/// What one of the library's readers is asked, asked of libtins: a message is made of the bytes, then searched.
+/// The task of one of the library's readers, done with libtins: parse the message, then search it.
 enum class Question : U8 { wellFormed, msgType, relayInformation, leaseQuery, profiling };
 Fields<std::string> askTins(const U8* message, std::size_t bytes, Question question);
-/// The message with `information` as its option 82, or without one.
+/// The message with `information` as its option 82, or without option 82.
 Octets rewriteWithTins(const U8* message, std::size_t bytes, Rewriting rewriting, const Octets& information);
-/// A lease query by MAC address, in wire form.
+/// A lease query by MAC address, serialised.
 Octets leaseQueryWithTins(U32 giaddr, U32 xid);
 
 }  // namespace DhcpBench

@@ -10,7 +10,7 @@ namespace {
 constexpr U32 leaseQueryBytes = 300;
 constexpr U8 dhcpLeaseQuery = 10;  // RFC 4388, section 6.1
 
-/// What stands behind the BOOTP header, but for the magic cookie.
+/// The options behind the magic cookie.
 constexpr U8 leaseQueryOptions[] = {
     static_cast<U8>(DhcpOptionType::msgType),
     1,
@@ -39,7 +39,7 @@ PktPtr buildDhcpLeaseQuery(bool queryByMAC, Kitnet::IpAddr giaddr, Kitnet::EthAd
         header.ciaddrIs(ciaddr);
     }
     PktPtr pkt = Kitnet::globalPktManager().newPkt();
-    pkt->newSharedHeadData(leaseQueryBytes);  // zero, as everything that is not written below stays
+    pkt->newSharedHeadData(leaseQueryBytes);  // new bytes are zero
     Wire::store(*pkt, 0, header);
     Wire::store<U32>(*pkt, Constants::bootpHdrSize, Kitnet::networkOrder(Constants::dhcpMagicCookie));
     Wire::store(*pkt, Constants::bootpHdrSize + sizeof(U32), std::span<const U8>(leaseQueryOptions));

@@ -9,16 +9,19 @@
 
 namespace DhcpLib {
 
-/// A DHCPLEASEQUERY (RFC 4388): a new packet of 300 bytes that starts at the BOOTP header, asking for options 51, 91
-/// and
-/// 92. By MAC address `chaddr` is asked for and `ciaddr` ignored, otherwise the other way round.
+/// Creates a DHCPLEASEQUERY (RFC 4388) that asks for options 51, 91 and 92: a packet of 300 bytes that starts at the
+/// BOOTP header. With `queryByMAC` it asks for `chaddr` and ignores `ciaddr`, otherwise the other way round.
 DHCPLIB_EXPORT PktPtr buildDhcpLeaseQuery(bool queryByMAC, Kitnet::IpAddr giaddr, Kitnet::EthAddr chaddr,
                                           Kitnet::IpAddr ciaddr, U32 xid);
 
-/// Reads the reply to a lease query whose BOOTP header starts at `offset`: lease time (51) and client last transaction
-/// time (91) in seconds, 0 where their length is not 4; associated addresses (92), added to the set, ignored where the
-/// length is no multiple of 4; server identifier (54), left as it is where its length is not 4. The `Present` flags
-/// tell whether the option occurs at all. False, and every output as it was, where the options cannot be walked.
+/// Reads the reply to a lease query whose BOOTP header starts at `offset`.
+///    option 51  leaseTime, seconds; 0 if the option's length is not 4
+///    option 91  lastTransactionTime, seconds; 0 if the option's length is not 4
+///    option 92  associatedIps; addresses are added to the set, or none if the length is not a multiple of 4
+///    option 54  serverId; unchanged if the option's length is not 4
+/// A `...Present` flag is true if the option occurs, whatever its length
+/// (docs/compatibility.md#presence-without-value). Returns false and changes no output if the options area is
+/// malformed.
 DHCPLIB_EXPORT bool parseLeaseQueryOpts(const PktPtr& pkt, Kcore::Duration& leaseTime,
                                         Kcore::Duration& lastTransactionTime, std::set<Kitnet::IpAddr>& associatedIps,
                                         Kitnet::IpAddr& serverId, bool& leaseTimePresent,

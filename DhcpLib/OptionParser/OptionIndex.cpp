@@ -8,7 +8,7 @@ OptionIndex::OptionIndex(Wire::ByteView bytes, U32 offset) : bytes_(bytes), offs
     state_ = walkOptionsArea(bytes, offset, [this](const auto& head) { note(static_cast<U8>(head.code), head.at); });
 }
 
-/// Whether there is more than pads and the end option.
+/// Whether there is anything but pads and the end option.
 bool OptionIndex::isOptionThere() const {
     constexpr U64 pad = 1, end = U64{1} << 63;
     return ((there_[0] & ~pad) | there_[1] | there_[2] | (there_[3] & ~end)) != 0;
@@ -23,7 +23,7 @@ OptionIndex::Collected OptionIndex::collected(bool withMaxMsgSize) const {
     found.cookie = bytes_.loadRaw(cookieAt) == Constants::dhcpMagicCookie;
     if (!found.cookie) return found;
 
-    // Up to the end option both walks agree, so that the second one starts there, unless positions wrap at 65536.
+    // Both walks agree up to the end option, so the second one starts there, unless positions wrap at 65536.
     U16 start = 0;
     const bool unwrapped = U64{offset_} + Constants::bootpHdrSize + sizeof(U32) == base && bytes_.size() <= 0xffff;
     if (wellFormed() && unwrapped) {

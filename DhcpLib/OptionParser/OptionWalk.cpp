@@ -36,7 +36,7 @@ const std::array<Kcore::String, 14> DhcpMsgTypeTbl = {
 
 DhcpSingleOption* overlayAt(const PktPtr& pkt, U32 at) { return reinterpret_cast<DhcpSingleOption*>(pkt->data() + at); }
 
-/// The data of the last option `code` of a message at byte 0 as an address.
+/// The last option `code` of the message at byte 0 as an address; 0.0.0.0 if there is none of length 4.
 Kitnet::IpAddr addressOption(const PktPtr& pkt, DhcpOptionType code) {
     const OptionIndex index(Wire::ByteView(*pkt), 0);
     traceAreaFailure(index.state());

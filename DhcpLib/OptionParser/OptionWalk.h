@@ -9,8 +9,8 @@
 
 namespace DhcpLib {
 
-/// An option or sub-option as it lies in the packet: code, length, then `len` data bytes. Of a pad (code 0) only the
-/// code exists. A pointer to one is a pointer into the packet, and gone when the packet's storage moves.
+/// An option or sub-option in the packet: code, length, then `len` data bytes. A pad (code 0) has a code only. Pointers
+/// to it point into the packet and become stale when the packet's storage moves.
 struct DhcpSingleOption {
     U8 code;
     U8 len;
@@ -20,31 +20,32 @@ struct DhcpSingleOption {
 };
 static_assert(sizeof(DhcpSingleOption) == 2 && alignof(DhcpSingleOption) == 1);
 
-/// A request for an option: a walker that finds `code` stores the option's address in the slot that `option` points to.
+/// A request for one option. The walker stores the address of the option in the slot that `option` points to.
 struct DhcpSingleOptionWithCode {
     U8 code;
     DhcpSingleOption** option;
 };
 
-/// The options area as it starts in the packet: the magic cookie, then the first option.
+/// The start of the options area: the magic cookie and the first option.
 struct DhcpOptions {
     U8 cookie[4];
     DhcpSingleOption firstOption;
 };
 static_assert(sizeof(DhcpOptions) == 6 && alignof(DhcpOptions) == 1);
 
-/// The option behind `opt`: one byte on for a pad, `len` + 2 bytes for every other.
-/// Requires: the length byte of an option that is no pad is readable.
+/// The option behind `opt`: one byte further for a pad, else `len` + 2 bytes. Requires: the length byte is readable
+/// unless `opt` is a pad.
 DHCPLIB_EXPORT DhcpSingleOption* getDhcpNextOpt(DhcpSingleOption* opt);
-/// Adds to `total`, modulo 256, what an added option of `added` data bytes takes.
+/// Adds the size of an option with `added` data bytes, header included, to `total`, modulo 256.
 DHCPLIB_EXPORT void increaseAddedOptLen(U8& total, U8 added);
 /// Writes `value` into 4 bytes in network order.
 DHCPLIB_EXPORT void u32ToNetworkBytes(U32 value, char* out);
 
-/// Walks the options of the message whose BOOTP header starts at `offset` and fills the slots of `wanted`: an option
-/// that occurs more than once leaves its last place, of two requests for one code only the first is filled, slots of
-/// what is not there stay as they are. True when an end option was reached; false, after a trace line, where there is
-/// no room for options, no magic cookie or no end option (RFC 2131, section 3).
+/// Walks the options of the message whose BOOTP header starts at `offset` and fills the slots of `wanted`. The last
+/// option of a code wins (docs/compatibility.md#duplicates-by-layer). If two requests have the same code, only the
+/// first is filled (docs/compatibility.md#first-of-equal-requests). Slots of absent options stay unchanged. Returns
+/// true if it reached an end option. Returns false after a trace line if there is no space for options, no magic
+/// cookie, or no end option (RFC 2131, section 3).
 DHCPLIB_EXPORT bool parseDhcpOptions(const PktPtr& pkt, U32 offset, std::vector<DhcpSingleOptionWithCode>& wanted);
 /// Whether the message has a magic cookie and a walk over its options reaches an end option.
 DHCPLIB_EXPORT bool dhcpOptionBasicCheck(const PktPtr& pkt, U32 offset);
@@ -54,20 +55,20 @@ DHCPLIB_EXPORT bool dhcpOptionBasicCheck(const PktPtr& pkt, U32 offset);
 /// readable; the first item is read even if `total` is 0.
 DHCPLIB_EXPORT bool parseDhcpSubOptsInOption(DhcpSingleOption* first, std::size_t total,
                                              std::vector<DhcpSingleOptionWithCode>& wanted);
-/// The places of the magic cookie, the last option 82 (or null), the end option, and one past the packet's last byte.
-/// Requires: dhcpOptionBasicCheck(pkt, offset). Asserts "0" otherwise.
+/// Positions of the magic cookie, the last option 82 (null if there is none), the end option, and the byte behind the
+/// packet. Requires: dhcpOptionBasicCheck(pkt, offset). Otherwise assertion "0" fails.
 DHCPLIB_EXPORT void getDhcpOptions(const PktPtr& pkt, U32 offset, DhcpOptions*& options,
                                    DhcpSingleOption*& relayAgentInfo, DhcpSingleOption*& endOption,
                                    DhcpSingleOption*& packetEnd);
 
-/// The name of the DHCP message type (RFC 2132, section 9.6), and its number in `msgType`. "BOOTP" where other bytes
-/// stand in the cookie's place, "INVALID DHCP" where the options cannot be walked; empty, `msgType` untouched, where
-/// there is no option 53 or its value is not 1 to 13.
+/// The name of the DHCP message type (RFC 2132, section 9.6); its number goes to `msgType`. Returns "BOOTP" if there is
+/// no magic cookie and "INVALID DHCP" if the options area is malformed. If option 53 is absent or its value is not 1 to
+/// 13, returns an empty string and leaves `msgType` unchanged.
 DHCPLIB_EXPORT Kcore::String getDhcpMsgTypeStringAndOpt(const PktPtr& pkt, U32 offset, U8& msgType);
 DHCPLIB_EXPORT Kcore::String getDhcpMsgType(const PktPtr& pkt, U32 offset);
-/// The requested IP address (option 50, of length 4) of a request that starts at byte 0; 0.0.0.0 where there is none.
+/// The requested IP address (option 50 of length 4) of a request that starts at byte 0, else 0.0.0.0.
 DHCPLIB_EXPORT Kitnet::IpAddr getRequestedIpOption(const PktPtr& pkt, BootpOption direction);
-/// The server identifier (option 54, of length 4) of a message that starts at byte 0; 0.0.0.0 where there is none.
+/// The server identifier (option 54 of length 4) of a message that starts at byte 0, else 0.0.0.0.
 DHCPLIB_EXPORT Kitnet::IpAddr getServerId(const PktPtr& pkt);
 
 }  // namespace DhcpLib

@@ -6,7 +6,7 @@ namespace DhcpLib {
 
 namespace {
 
-/// A code with the comma behind it, as the four bytes that are copied, and how many of them count.
+/// The text of a code and a comma in four bytes, and how many of them are used.
 struct DecimalCode {
     char text[4];
     U8 size;

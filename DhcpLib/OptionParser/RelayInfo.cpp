@@ -32,7 +32,7 @@ void traceSubOptPresent(DhcpInformationSubOptionType subType) {
     Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "infoSubOptPresent subType {}", subType);
 }
 
-/// The outputs of both generations.
+/// The outputs of parseInfoOpt and parseInfoOptNew.
 struct InfoOutputs {
     Tyk::String& circuitId;
     Tyk::String& remoteId;
@@ -122,7 +122,7 @@ bool parseInfoOpt(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remote
     const U32 end = index.last(DhcpOptionType::endOpt).at();
     walkSubOptionsUpTo(index.bytes(), info.dataAt(), end, [&](const auto& head) {
         found.keepLast(head.code, head.at);
-        // Each of several may hold a part of what is asked for.
+        // If sub-option 9 occurs several times, each may hold one of the two items.
         if (head.code == vendorSpecific) parseVendorSpecificSubOpt(index.bytes(), head.at, intfName, srcVtepIp);
     });
     InfoOutputs{circuitId, remoteId, vpnId, vssControl, serverIdOverride, linkSelection}.take(found);

@@ -4,7 +4,7 @@
 
 namespace DhcpLib {
 
-/// The sub-options of option 82 that a reader has come across, of the codes that are read.
+/// The sub-options of option 82 that the readers look for, as far as they were found.
 class InfoSubOptions {
 public:
     explicit InfoSubOptions(Wire::ByteView bytes, Positions positions = Positions::ofViews)
@@ -12,7 +12,7 @@ public:
         places_.fill(none);
     }
 
-    /// The codes that are read, in the order in which they are asked for.
+    /// Their codes, in the order in which they are looked up.
     static constexpr std::array codes = {DhcpInformationSubOptionType::circuitId,
                                          DhcpInformationSubOptionType::remoteIdOpt,
                                          DhcpInformationSubOptionType::vpnId,
@@ -48,16 +48,16 @@ private:
     std::array<U32, codes.size()> places_;
 };
 
-/// Whether the options area has all that the views ask for; traces the first that is missing.
+/// Whether the options area has a cookie, an option and an end option. Traces the first of them that is missing.
 bool isAreaComplete(bool cookie, bool anyOption, bool end);
-/// Whether an option 82 has no data; traces it.
+/// Whether option 82 has no data; if so, traces it.
 bool isInfoOptionEmpty(U8 len);
-/// Collects the sub-options of the option 82 at `info` by the rules of its keyed collection.
+/// Collects the sub-options of the option 82 at `info` as DhcpInformationSubOptions does.
 void readInfoSubOptions(const RawOption& info, InfoSubOptions& found);
 
-/// What parseInfoOptNew finds in the area that `index` knows, with its results and its trace lines.
+/// Gives the result of parseInfoOptNew for the area of `index`, and writes its trace lines.
 bool readInfoNew(const OptionIndex& index, InfoSubOptions& found);
-/// What the system's block of sub-option 9 holds, by the rules of the views. A source address of a wrong length is
+/// The items of the own block in sub-option 9, found as the views find them. A source address of a wrong length is
 /// traced and left out.
 VendorItems readVendorBlockNew(const RawOption& vendorSpecific);
 

@@ -5,7 +5,7 @@
 
 namespace DhcpLib {
 
-/// The options that answer a lease query.
+/// The options of a lease query reply.
 struct LeaseQueryOptions {
     explicit LeaseQueryOptions(const OptionIndex& index)
         : leaseTime(index.last(DhcpOptionType::leaseTimeOpt)),

@@ -10,11 +10,11 @@
 
 namespace DhcpLib {
 
-/// What came of a walk over the options area.
+/// Result of a walk over the options area.
 enum class AreaState : U8 { wellFormed, noSpace, noCookie, noEnd };
 
-/// Walks the options of the message whose BOOTP header starts at `offset`, through the first end option; `visit(head)`
-/// sees each item, the end option included, runs of pads as one. Positions are 32 bits wide.
+/// Walks the options of the message whose BOOTP header starts at `offset`, up to and including the first end option.
+/// Calls `visit(head)` for each item; a run of pads is one item. Positions are 32 bits wide.
 template <class Visit>
 AreaState walkOptionsArea(Wire::ByteView bytes, U32 offset, Visit visit) {
     const U32 cookieAt = offset + Constants::bootpHdrSize;
@@ -30,11 +30,10 @@ AreaState walkOptionsArea(Wire::ByteView bytes, U32 offset, Visit visit) {
     return ended ? AreaState::wellFormed : AreaState::noEnd;
 }
 
-/// Where the length and the data of an option are looked for: behind its code, or as the views have it, whose positions
-/// are 16 bits wide.
+/// How positions behind an option's code are computed: in 32 bits, or in 16 bits as the views do.
 enum class Positions : U32 { plain = 0xffffffff, ofViews = 0xffff };
 
-/// An option where it lies in a packet; false where there is none. Reads are cut at the packet's end.
+/// An option in a packet, or none (false). Reads are cut at the packet's end.
 class RawOption {
 public:
     RawOption() = default;
@@ -47,12 +46,12 @@ public:
     U8 len() const { return bytes_.load<U8>((at_ + DhcpConst::optlen_offset) & positionBits_); }
     U32 dataAt() const { return (at_ + DhcpConst::optdata_offset) & positionBits_; }
     std::string_view data() const { return bytes_.text(dataAt(), len()); }
-    /// The first bytes of the data, whatever the length says.
+    /// The first bytes of the data, whatever the length is.
     template <class T>
     T load() const {
         return bytes_.load<T>(dataAt());
     }
-    /// The data as a `T`, or `otherwise` where there is no option or its length is another.
+    /// The data as a `T`; `otherwise` if there is no option or its length differs from the size of `T`.
     template <class T>
     T valueOr(T otherwise) const {
         return *this && len() == sizeof(T) ? load<T>() : otherwise;
@@ -61,11 +60,11 @@ public:
 private:
     Wire::ByteView bytes_;
     U32 at_ = 0;
-    U32 positionBits_ = 0;  // of no option, none
+    U32 positionBits_ = 0;  // 0 means: no option
 };
 
-/// One walk over the options area, from which every reader answers: for each code its first and its last place up to
-/// the end option, and what lies behind that. Looks at the packet's bytes: stale once they move.
+/// The result of one walk over the options area, which all readers share: the first and the last position of each code
+/// up to the end option. Holds a view of the packet's bytes: stale once they move.
 class OptionIndex {
 public:
     OptionIndex(Wire::ByteView bytes, U32 offset);
@@ -76,18 +75,18 @@ public:
     bool wellFormed() const { return state_ == AreaState::wellFormed; }
     Wire::ByteView bytes() const { return bytes_; }
     U32 offset() const { return offset_; }
-    /// The last occurrence: the one that counts for the raw readers. Of pads, the last one.
+    /// The last option of this code, which is the one the raw readers use. For pads, the last one of the last run.
     RawOption last(U8 code) const { return isThere(code) ? RawOption(bytes_, last_[code]) : RawOption(); }
     RawOption last(DhcpOptionType code) const { return last(static_cast<U8>(code)); }
 
-    /// What the keyed collection over the same area (`DhcpMsgOptions`) holds: the first option of a code, also behind
-    /// the first end option.
+    /// The options that a DhcpMsgOptions over the same area holds: the first one of each code, also behind the end
+    /// option.
     struct Collected {
-        bool cookie = false;  ///< stands where 16-bit positions look for it
+        bool cookie = false;  ///< whether it is there, at its 16-bit position
         bool any = false;     ///< the collection is not empty
         RawOption info;
         RawOption end;
-        RawOption maxMsgSize;  ///< only where it was asked for
+        RawOption maxMsgSize;  ///< set only if requested
     };
     Collected collected(bool withMaxMsgSize = false) const;
 
@@ -106,17 +105,17 @@ private:
     Wire::ByteView bytes_;
     U32 offset_;
     std::array<U64, 4> there_{};
-    std::array<U32, 256> first_;  // valid where `there_` says so
+    std::array<U32, 256> first_;  // valid if the code is in `there_`
     std::array<U32, 256> last_;
     AreaState state_;
 };
 
-/// Traces why the walk failed, as parseDhcpOptions does.
+/// Traces the failure with the texts of parseDhcpOptions.
 void traceAreaFailure(AreaState state);
 
-/// The message type's name as getDhcpMsgTypeStringAndOpt gives it; traces as that does.
+/// Result and trace lines of getDhcpMsgTypeStringAndOpt.
 Kcore::String messageTypeOf(const OptionIndex& index, U8& msgType);
-/// What the message is called when it has no magic cookie.
+/// The type name of a message without magic cookie.
 extern const Kcore::String bootpMessageName;
 
 }  // namespace DhcpLib

@@ -4,7 +4,7 @@
 
 namespace DhcpLib {
 
-/// The options that profiling looks at.
+/// The options that profiling reads.
 struct ProfilingOptions {
     explicit ProfilingOptions(const OptionIndex& index)
         : hostName(index.last(DhcpOptionType::hostName)),
@@ -16,7 +16,7 @@ struct ProfilingOptions {
     RawOption vendorClassId;
 };
 
-/// The bytes of an option that may be absent.
+/// The data of an option; empty if it is absent.
 inline std::string_view bytesOrNone(const RawOption& option) { return option ? option.data() : std::string_view{}; }
 
 /// "1,3,6" for the bytes 01 03 06.

@@ -4,7 +4,7 @@
 
 namespace DhcpLib {
 
-/// Texts that several functions trace, each behind its own signature; some of them without the leading blank.
+/// Trace texts that several functions share. Each function puts its own signature in front; some leave out the blank.
 inline constexpr std::string_view noCookieText = " DHCP packet missing magic cookie";
 inline constexpr std::string_view noEndOptionText = " DHCP packet missing end option";
 inline constexpr std::string_view emptyInfoText = "Info opt present but length is zero";
@@ -24,7 +24,7 @@ void walkSubOptsInOption(Wire::ByteView bytes, U32 first, std::size_t total, Vis
     });
 }
 
-/// Calls `visit(head)` for the sub-options from `first` on, until one starts at `end` or beyond. No pads.
+/// Calls `visit(head)` for the sub-options from `first` on that start below `end`. There are no pads.
 template <class Visit>
 void walkSubOptionsUpTo(Wire::ByteView bytes, U32 first, U32 end, Visit visit) {
     const auto inside = [&](U32 at) { return at < end; };
