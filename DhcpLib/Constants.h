@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 
+#include "DhcpLib/Config.h"
 #include "DhcpLib/Export.h"
 #include "Kcore/Encoding.h"
 #include "Kcore/Enum.h"
@@ -54,8 +55,8 @@ public:
     /// The fixed header up to and including `file`; the magic cookie stands behind it (RFC 2131, section 2).
     static constexpr U32 bootpHdrSize = 236;
     static constexpr U16 hardwareTypeEthernet = 1;
-    /// The system's own IANA Private Enterprise Number: marks its block in the vendor-specific sub-option.
-    static constexpr U32 quorvaEntNum = DHCPLIB_ENTERPRISE_NUMBER;
+    /// The system's own IANA Private Enterprise Number, which marks its block in the vendor-specific sub-option.
+    static constexpr U32 quorvaEntNum = enterpriseNumber;
 
     friend bool operator==(const Constants&, const Constants&) { return true; }
     static constexpr auto declaration() {

@@ -3,19 +3,20 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/DhcpLib)
 
 install(TARGETS DhcpPlatform DhcpLib EXPORT DhcpLib)
-# A header in an internal/ folder is for the library's own sources; its functions are hidden.
-install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DhcpPlatform
+# Headers in internal/ folders are only for the library's own sources; their functions are not exported.
+install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DhcpPlatform COMPONENT Headers
         FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 install(DIRECTORY DhcpLib ${PROJECT_BINARY_DIR}/generated/DhcpLib DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        COMPONENT Headers
         FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 install(FILES DhcpLib/DhcpLib.json DESTINATION ${CMAKE_INSTALL_DATADIR}/DhcpLib)
 
-# The libraries need no other package, so the exported targets are the whole package file.
+# The libraries depend on no other package, so the file of exported targets serves as the package file.
 install(EXPORT DhcpLib NAMESPACE DhcpLib:: FILE DhcpLibConfig.cmake DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/DhcpLibConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/DhcpLibConfigVersion.cmake DESTINATION ${package_dir})
 
-# The pkg-config file names the prefix from its own place, so that the installed tree can be moved.
+# The pkg-config file gives the prefix relative to its own location, so that the installed tree can be moved.
 set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX}/${pkgconfig_dir}
            OUTPUT_VARIABLE prefix_from_pkgconfig)

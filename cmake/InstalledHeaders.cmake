@@ -1,0 +1,32 @@
+# Everything that uses the libraries (programs, examples, tests, fuzz targets, benchmarks) is compiled against the
+# headers as they are installed, and only against those: DhcpLib::DhcpLib and DhcpLib::DhcpPlatform are the libraries of
+# this build with the include folders of an installation in the build folder.
+set(DHCPLIB_INSTALLED ${PROJECT_BINARY_DIR}/installed)
+set(include_dir ${DHCPLIB_INSTALLED}/${CMAKE_INSTALL_INCLUDEDIR})
+
+file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} platform/*.h DhcpLib/*.h)
+list(FILTER headers EXCLUDE REGEX "/internal/")
+set(installed_headers ${headers})
+list(TRANSFORM installed_headers REPLACE "^platform/" "DhcpPlatform/")
+list(TRANSFORM installed_headers PREPEND ${include_dir}/)
+list(TRANSFORM headers PREPEND ${PROJECT_SOURCE_DIR}/)
+set(generated_headers ${PROJECT_BINARY_DIR}/generated/DhcpLib/Config.h ${PROJECT_BINARY_DIR}/generated/DhcpLib/Version.h)
+# The include folder is emptied first, so that a header that is no longer installed is not found. Copies keep their
+# time of modification: only what changed is compiled again.
+add_custom_command(
+  OUTPUT ${installed_headers} ${include_dir}/DhcpLib/Config.h ${include_dir}/DhcpLib/Version.h
+  DEPENDS ${headers} ${generated_headers} ${PROJECT_SOURCE_DIR}/cmake/Install.cmake
+  COMMAND ${CMAKE_COMMAND} -E rm -rf ${include_dir}
+  COMMAND ${CMAKE_COMMAND} -DCMAKE_INSTALL_PREFIX=${DHCPLIB_INSTALLED} -DCMAKE_INSTALL_COMPONENT=Headers
+          -DCMAKE_INSTALL_MESSAGE=NEVER -P ${PROJECT_BINARY_DIR}/cmake_install.cmake
+  COMMENT "Installing the headers in the build folder"
+  VERBATIM)
+add_custom_target(InstalledHeaders DEPENDS ${installed_headers})
+
+foreach(library DhcpPlatform DhcpLib)
+  add_library(Installed${library} INTERFACE)
+  add_dependencies(Installed${library} InstalledHeaders)
+  target_include_directories(Installed${library} INTERFACE ${include_dir} ${include_dir}/DhcpPlatform)
+  target_link_libraries(Installed${library} INTERFACE $<LINK_ONLY:${library}>)
+  add_library(DhcpLib::${library} ALIAS Installed${library})
+endforeach()
