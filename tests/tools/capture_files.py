@@ -15,6 +15,16 @@ def content(name):
         return file.read()
 
 
+def frames(data):
+    """Of a little-endian pcap file."""
+    found, at = [], 24
+    while at < len(data):
+        size = struct.unpack_from("<I", data, at + 8)[0]
+        found.append(data[at + 16:at + 16 + size])
+        at += 16 + size
+    return found
+
+
 def pcap(frames, link_type=1):
     header = struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, link_type)
     return header + b"".join(struct.pack("<IIII", 1700000000, 5, len(f), len(f)) + f for f in frames)

