@@ -4,8 +4,6 @@
 
 namespace DhcpLib {
 
-PacketView::~PacketView() = default;
-
 DhcpHdrWrapper::Ptr dhcpHdrWrapperFactory(const PktPtr& pkt, U32 offset) {
     return Kcore::makeNode<DhcpHdrWrapper>(pkt, offset);
 }

@@ -3,6 +3,7 @@
 #include <system_error>
 
 #include "Interface/Trace.h"
+#include "Interface/internal/PacketSocket.h"
 
 namespace Interface {
 

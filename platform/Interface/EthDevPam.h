@@ -1,8 +1,10 @@
 #pragma once
 
-#include "Interface/PacketSocket.h"
+#include "Interface/PacketSocketSettings.h"
+#include "Kcore/FileDescriptor.h"
 #include "Kcore/TypeData.h"
 #include "Kitnet/IntfId.h"
+#include "Kitnet/Pkt.h"
 
 namespace Interface {
 

@@ -9,12 +9,6 @@ const Kcore::ModuleTypes<PamDesiredIntfDir, EthDevPamCollection, EthDevPamManage
 
 }  // namespace
 
-PamDesiredIntfDir::~PamDesiredIntfDir() = default;
-const Kcore::TypeData& PamDesiredIntfDir::typeData() const { return Kcore::typeDataOf<PamDesiredIntfDir>(); }
-
-EthDevPamCollection::~EthDevPamCollection() = default;
-const Kcore::TypeData& EthDevPamCollection::typeData() const { return Kcore::typeDataOf<EthDevPamCollection>(); }
-
 PamManagerBase::~PamManagerBase() = default;
 
 void PamManagerBase::enabledIs(bool enabled) {

@@ -9,9 +9,6 @@ const Kcore::ModuleTypes<DeviceIntfStatusDir, KniIntfStatusManager, LagLocalDevi
 
 }  // namespace
 
-DeviceIntfStatusDir::~DeviceIntfStatusDir() = default;
-const Kcore::TypeData& DeviceIntfStatusDir::typeData() const { return Kcore::typeDataOf<DeviceIntfStatusDir>(); }
-
 KniIntfStatusManager::KniIntfStatusManager(const DeviceIntfStatusDir::Ptr& deviceIntfStatusDir,
                                            const Kcore::Ptr<const KernelNetInfo::Status>& kniStatus)
     : deviceIntfStatusDir_(deviceIntfStatusDir),

@@ -1,4 +1,4 @@
-#include "Interface/PacketSocket.h"
+#include "Interface/internal/PacketSocket.h"
 
 #include <linux/filter.h>
 #include <linux/if_packet.h>

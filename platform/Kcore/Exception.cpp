@@ -2,14 +2,7 @@
 
 #include <string>
 
-#include "Kcore/Counter.h"
-#include "Kcore/Node.h"
-
 namespace Kcore {
-
-std::atomic<bool> ThreadControl::multiThreaded_{false};
-
-Node::~Node() = default;
 
 RangeException::RangeException(std::string_view message) : std::runtime_error(std::string(message)) {}
 RangeException::~RangeException() = default;

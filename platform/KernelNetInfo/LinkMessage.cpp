@@ -1,4 +1,4 @@
-#include "KernelNetInfo/LinkMessage.h"
+#include "KernelNetInfo/internal/LinkMessage.h"
 
 #include <net/if.h>
 

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <system_error>
 
-#include "KernelNetInfo/LinkMessage.h"
+#include "KernelNetInfo/internal/LinkMessage.h"
 
 namespace KernelNetInfo {
 

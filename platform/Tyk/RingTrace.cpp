@@ -6,8 +6,8 @@
 #include <ostream>
 
 #include "Kcore/Encoding.h"
-#include "Tyk/TimeOfDay.h"
 #include "Tyk/TraceHandle.h"
+#include "Tyk/internal/TimeOfDay.h"
 
 namespace Tyk {
 

@@ -1,4 +1,4 @@
-#include "Tyk/TimeOfDay.h"
+#include "Tyk/internal/TimeOfDay.h"
 
 #include <cstdio>
 #include <ctime>

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "Kcore/Encoding.h"
-#include "Tyk/TimeOfDay.h"
+#include "Tyk/internal/TimeOfDay.h"
 
 namespace Tyk {
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <concepts>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -105,6 +106,23 @@ void DualTrace(const TraceHandle& handle, int level, TraceSite site, TraceText<s
         Detail::traceWanted<Detail::TraceTo::textAndRing, Detail::TraceParam<Args>...>(handle, level, site, text.view(),
                                                                                        args...);
 }
+
+/// A finished trace line. The texts are valid until the call that receives it returns.
+struct TraceLine {
+    std::string_view handle;
+    int level;
+    std::string_view file;
+    unsigned line;
+    std::string_view function;
+    std::string_view text;
+};
+
+using TraceSink = std::function<void(const TraceLine&)>;
+
+/// Installs the receiver of every line whose level is at most its handle's; returns the previous one. With an empty
+/// sink each line is printed on stderr, its text in quotes with bytes outside printable ASCII as \xNN. The sink is
+/// called on the tracing thread, by several threads at once if they trace; if it throws, the line goes to stderr.
+DHCPPLATFORM_EXPORT TraceSink traceSinkIs(TraceSink sink);
 
 /// Builds a line piece by piece and traces it when destroyed: `TraceHelper(handle, 2).stream() << "left: " << left;`.
 /// Pieces of a line that was not wanted at its beginning are not formatted.

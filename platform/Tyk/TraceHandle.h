@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <string>
 #include <string_view>
 
@@ -52,22 +51,5 @@ struct TraceSite {
     unsigned line;
     const char* function;
 };
-
-/// A finished line. The texts live as long as the call that receives it.
-struct TraceLine {
-    std::string_view handle;
-    int level;
-    std::string_view file;
-    unsigned line;
-    std::string_view function;
-    std::string_view text;
-};
-
-using TraceSink = std::function<void(const TraceLine&)>;
-
-/// Installs the receiver of every line whose level is at most its handle's; returns the one before. An empty sink:
-/// each line is printed on stderr, its text between quotes with bytes outside printable ASCII as \xNN. The sink is
-/// called on the tracing thread, by several threads at once if they trace; if it throws, the line goes to stderr.
-DHCPPLATFORM_EXPORT TraceSink traceSinkIs(TraceSink sink);
 
 }  // namespace Tyk

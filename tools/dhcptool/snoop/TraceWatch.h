@@ -5,7 +5,7 @@
 
 #include "DhcpLib/internal/Trace.h"
 #include "Kcore/Types.h"
-#include "Tyk/TraceHandle.h"
+#include "Tyk/Trace.h"
 
 namespace DhcpTool {
 

@@ -1,0 +1,7 @@
+#include "DhcpLib/PacketView.h"
+
+namespace DhcpLib {
+
+PacketView::~PacketView() = default;
+
+}  // namespace DhcpLib

@@ -1,0 +1,7 @@
+#include "Kcore/Node.h"
+
+namespace Kcore {
+
+Node::~Node() = default;
+
+}  // namespace Kcore
