@@ -33,6 +33,10 @@ TEST(LeaseQueryReply, AddsToTheSet) {
         EXPECT_TRUE(parseLeaseQueryOpts(packet(message(ip)), time, last, ips, server, a, b, c, 0));
     EXPECT_EQ(Kcore::textOf(ips), "[10.0.0.1, 10.0.0.2]");
     EXPECT_FALSE(a || b || c);
+    // Options of a wrong length are present, but have no value.
+    EXPECT_TRUE(parseLeaseQueryOpts(packet(message("33 02 00 3C 5C 06 0A 00 00 03 0A 00 36 03 0A 00 00 FF")), time,
+                                    last, ips, server, a, b, c, 0));
+    EXPECT_TRUE(a && !b && c && time.count() == 0 && server.isAny() && ips.size() == 2);
 }
 
 }  // namespace
