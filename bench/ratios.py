@@ -1,4 +1,4 @@
-"""Prints the medians of a run as one line an operation and case, with the library's time over each contender's.
+"""Prints the medians of a run, one line per operation and case, with the ratio of the library's time to the others'.
 
 ratios.py RUN.json [--markdown]; RUN.json as --benchmark_format=json writes it with repetitions.
 """

@@ -1,4 +1,4 @@
-# How the project is compiled when it is built for itself. A project that adds it as a sub-folder keeps its own ways.
+# Compiler settings for building this project on its own. A project that adds it as a sub-folder keeps its own settings.
 get_property(has_configurations GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
 if(NOT has_configurations AND NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
@@ -9,7 +9,7 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-# The installed files find each other wherever the prefix is moved to.
+# Relative run paths, so that the installation can be moved.
 set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 
 find_program(CCACHE ccache)
@@ -17,10 +17,10 @@ if(CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
 endif()
 
-# Together they take a fifth off the time of a parse.
+# Together they make a parse a fifth faster.
 add_compile_options("$<$<CONFIG:Release,RelWithDebInfo>:-O3;-fno-semantic-interposition;-fno-plt>")
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
-# Trace lines and assertions name files from the top of the sources, wherever these lie.
+# Trace lines and assertions give file names relative to the source folder.
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(DHCPLIB_SANITIZE)
   add_compile_options(-fsanitize=${DHCPLIB_SANITIZE} -fno-sanitize-recover=all)
