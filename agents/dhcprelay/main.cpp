@@ -1,6 +1,8 @@
 #include <iostream>
 
+#include "Agent.h"
 #include "Options.h"
+#include "Privileges.h"
 
 int main(int argc, char** argv) {
     enum Status { done = 0, failed = 1, badUsage = 2 };
@@ -8,7 +10,9 @@ int main(int argc, char** argv) {
     try {
         const std::optional<Settings> settings = settingsOf(argc, argv);
         if (!settings || settings->checkOnly) return done;
-        return failed;
+        dropPrivileges();
+        Agent(*settings).run();
+        return done;
     } catch (const UsageError& error) {
         std::cerr << "dhcprelay: " << error.what() << "; --help tells the usage\n";
         return badUsage;

@@ -19,9 +19,9 @@ const Kcore::TypeData& EthDevPam::typeData() const { return Kcore::typeDataOf<Et
 PamFrame EthDevPam::readPkt() {
     while (socket_) {
         try {
-            auto [pkt, outgoing] = readFrame(socket_.get());
-            if (pkt) ++received_;
-            return {pkt, intf_, outgoing};
+            const ReadFrame read = readFrame(socket_.get());
+            if (read.pkt) ++received_;
+            return {read.pkt, intf_, read.outgoing, read.checksumReady};
         } catch (const std::system_error& failure) {
             handleFailure(failure);
             if (failure.code() != std::errc::message_size) break;

@@ -8,11 +8,13 @@
 
 namespace Interface {
 
-/// A frame of an interface, its first byte that of the Ethernet header. `outgoing`: this host sent it.
+/// A frame of an interface, its first byte that of the Ethernet header. `outgoing`: this host sent it. `checksumReady`:
+/// false while the sender, which is on this host, has left the UDP checksum to a network card that never saw the frame.
 struct PamFrame {
     Kcore::Ptr<Kitnet::Pkt> pkt;
     Kitnet::IntfId intf;
     bool outgoing = false;
+    bool checksumReady = true;
 
     explicit operator bool() const { return static_cast<bool>(pkt); }
 };

@@ -10,7 +10,6 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
-#include <optional>
 #include <system_error>
 
 #include "Kitnet/BigEndian.h"
@@ -40,20 +39,17 @@ void attach(int fd, const Kitnet::SockFilterProgram& program) {
     optionIs(fd, SOL_SOCKET, SO_ATTACH_FILTER, filter, "filter program");
 }
 
-struct VlanTag {
-    U16 tpid, tci;
-};
-
-std::optional<VlanTag> outOfBandTag(msghdr& message) {
+/// What the kernel tells of a frame beside it.
+void takeAuxiliaryData(msghdr& message, ReadFrame& read) {
     for (cmsghdr* at = CMSG_FIRSTHDR(&message); at != nullptr; at = CMSG_NXTHDR(&message, at)) {
         if (at->cmsg_level != SOL_PACKET || at->cmsg_type != PACKET_AUXDATA) continue;
         tpacket_auxdata data;
         std::memcpy(&data, CMSG_DATA(at), sizeof data);
-        if ((data.tp_status & TP_STATUS_VLAN_VALID) == 0) return std::nullopt;
+        read.checksumReady = (data.tp_status & TP_STATUS_CSUMNOTREADY) == 0;
+        if ((data.tp_status & TP_STATUS_VLAN_VALID) == 0) return;
         const bool hasTpid = (data.tp_status & TP_STATUS_VLAN_TPID_VALID) != 0;
-        return VlanTag{hasTpid ? data.tp_vlan_tpid : U16{ETHERTYPE_VLAN}, data.tp_vlan_tci};
+        return read.pkt->vlanTagIs(hasTpid ? data.tp_vlan_tpid : U16{ETHERTYPE_VLAN}, data.tp_vlan_tci);
     }
-    return std::nullopt;
 }
 
 }  // namespace
@@ -93,7 +89,7 @@ ReadFrame readFrame(int packetSocket) {
     if ((message.msg_flags & MSG_TRUNC) != 0) raise("reading a frame", EMSGSIZE);
     ReadFrame read{Kitnet::globalPktManager().newPkt({frame.data(), static_cast<std::size_t>(size)}),
                    address.sll_pkttype == PACKET_OUTGOING};
-    if (const auto tag = outOfBandTag(message)) read.pkt->vlanTagIs(tag->tpid, tag->tci);
+    takeAuxiliaryData(message, read);
     return read;
 }
 

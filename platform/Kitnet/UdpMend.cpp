@@ -3,7 +3,7 @@
 #include <span>
 
 #include "Kcore/Exception.h"
-#include "Kitnet/BigEndian.h"
+#include "Kitnet/InternetChecksum.h"
 #include "Kitnet/IpHdr.h"
 
 namespace Kitnet {
@@ -12,18 +12,6 @@ namespace {
 
 constexpr U32 smallestIpHeader = 20, udpHeader = 8, longestDatagram = 65535;
 constexpr U32 ipLengthAt = 2, protocolAt = 9, ipChecksumAt = 10, addressesAt = 12, udpLengthAt = 4, udpChecksumAt = 6;
-
-/// RFC 1071, not yet folded or inverted; an odd last byte counts as the first of two.
-U32 sumOf(std::span<const U8> bytes) {
-    U32 sum = 0;
-    for (; bytes.size() > 1; bytes = bytes.subspan(2)) sum += loadBigEndian<U16>(bytes.data());
-    return bytes.empty() ? sum : sum + (U32{bytes[0]} << 8);
-}
-
-U16 checksum(U32 sum) {
-    while (sum >> 16 != 0) sum = (sum & 0xffff) + (sum >> 16);
-    return static_cast<U16>(~sum);
-}
 
 void put(std::span<U8> bytes, U32 at, U16 value) { storeBigEndian(bytes.subspan(at, sizeof value).data(), value); }
 
@@ -38,11 +26,11 @@ void mendUdp(Pkt& pkt, U32 ipAt) {
     const U16 udpBytes = static_cast<U16>(udp.size());
     put(header, ipLengthAt, static_cast<U16>(size));
     put(header, ipChecksumAt, 0);
-    put(header, ipChecksumAt, checksum(sumOf(header)));
+    put(header, ipChecksumAt, internetChecksum(internetSum(header)));
     put(udp, udpLengthAt, udpBytes);
     put(udp, udpChecksumAt, 0);
-    const U32 pseudoHeader = sumOf(header.subspan(addressesAt, 8)) + header[protocolAt] + udpBytes;
-    const U16 sum = checksum(pseudoHeader + sumOf(udp));
+    const U64 pseudoHeader = internetSum(header.subspan(addressesAt, 8)) + header[protocolAt] + udpBytes;
+    const U16 sum = internetChecksum(pseudoHeader + internetSum(udp));
     put(udp, udpChecksumAt, sum != 0 ? sum : U16{0xffff});  // 0 would say that there is none
 }
 

@@ -14,7 +14,8 @@ Kcore::FileDescriptor openPacketSocket(U32 ifIndex, const PacketSocketSettings& 
 /// A frame as it was read.
 struct ReadFrame {
     Kcore::Ptr<Kitnet::Pkt> pkt;
-    bool outgoing;
+    bool outgoing = false;
+    bool checksumReady = true;
 };
 
 /// Reads one frame with its out-of-band tag; `pkt` is null if none is waiting. Raises std::system_error if reading

@@ -1,0 +1,127 @@
+#include "Sockets.h"
+
+#include <linux/filter.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+#include "DhcpLib/Constants.h"
+#include "Links.h"
+
+namespace DhcpRelay {
+
+namespace {
+
+using DhcpLib::Constants;
+
+[[noreturn]] void raise(const std::string& what) { throw std::system_error(errno, std::system_category(), what); }
+
+void optionIs(int fd, int level, int option, int value, const char* what) {
+    if (::setsockopt(fd, level, option, &value, sizeof value) != 0) raise(what);
+}
+
+union SocketAddress {
+    sockaddr any;
+    sockaddr_in v4;
+    sockaddr_in6 v6;
+};
+
+socklen_t toSocketAddress(SocketAddress& out, const IpGenAddr& address, U16 port, U32 ifIndex) {
+    out = {};
+    if (address.isV4()) {
+        out.v4.sin_family = AF_INET;
+        out.v4.sin_port = htons(port);
+        std::memcpy(&out.v4.sin_addr, address.v4Addr().bytes(), sizeof(IpAddr));
+        return sizeof out.v4;
+    }
+    out.v6.sin6_family = AF_INET6;
+    out.v6.sin6_port = htons(port);
+    std::memcpy(&out.v6.sin6_addr, address.v6Addr().bytes(), sizeof(Ip6Addr));
+    if (isLinkLocal(address.v6Addr())) out.v6.sin6_scope_id = ifIndex;
+    return sizeof out.v6;
+}
+
+/// Lets through datagrams whose message starts with `first`; a filter of a UDP socket sees its header, too.
+void attachFilter(int fd, U8 first) {
+    constexpr U32 udpBytes = 8;
+    sock_filter instructions[] = {
+        BPF_STMT(BPF_LD | BPF_B | BPF_ABS, udpBytes),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, first, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, 0xffffffff),
+        BPF_STMT(BPF_RET | BPF_K, 0),
+    };
+    const sock_fprog program{static_cast<unsigned short>(std::size(instructions)), instructions};
+    if (::setsockopt(fd, SOL_SOCKET, SO_ATTACH_FILTER, &program, sizeof program) != 0) raise("socket filter");
+}
+
+}  // namespace
+
+ServerSocket::ServerSocket(Protocol protocol, bool tellsInterface)
+    : protocol_(protocol),
+      socket_(::socket(protocol == Protocol::dhcp4 ? AF_INET : AF_INET6, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
+    const bool isV4 = protocol == Protocol::dhcp4;
+    const U16 port = isV4 ? Constants::dhcpServerPort : Constants::dhcp6ServerPort;
+    const std::string name = "UDP port " + std::to_string(port);
+    if (!socket_) raise(name);
+    constexpr U8 bootReply = 2, relayReply = 13;
+    constexpr int receiveBuffer = 1 << 20;
+    attachFilter(fd(), isV4 ? bootReply : relayReply);
+    optionIs(fd(), SOL_SOCKET, SO_RCVBUF, receiveBuffer, "receive buffer");
+    if (!isV4) optionIs(fd(), IPPROTO_IPV6, IPV6_V6ONLY, 1, "IPv6 alone");
+    if (tellsInterface)
+        optionIs(fd(), isV4 ? IPPROTO_IP : IPPROTO_IPV6, isV4 ? IP_PKTINFO : IPV6_RECVPKTINFO, 1, "packet info");
+    SocketAddress address;
+    const IpGenAddr any = isV4 ? IpGenAddr(IpAddr()) : IpGenAddr(Ip6Addr());
+    if (::bind(fd(), &address.any, toSocketAddress(address, any, port, 0)) != 0)
+        raise(name + (errno == EACCES ? ", CAP_NET_BIND_SERVICE is missing" : ""));
+}
+
+bool ServerSocket::receive(Transaction& t) {
+    static std::array<U8, 65536> buffer;
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(in6_pktinfo))> control;
+    SocketAddress from{};
+    iovec part{buffer.data(), buffer.size()};
+    msghdr message{};
+    message.msg_name = &from;
+    message.msg_namelen = sizeof from;
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    ssize_t size;
+    // An error that waits in the socket is told once; the datagrams behind it are not lost.
+    do size = ::recvmsg(fd(), &message, 0);
+    while (size < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EBADF);
+    if (size < 0) return false;
+
+    t.protocol = protocol_;
+    t.side = Side::server;
+    t.pkt = Kitnet::globalPktManager().newPkt({buffer.data(), static_cast<std::size_t>(size)});
+    if (protocol_ == Protocol::dhcp4)
+        t.src = IpAddr::fromBytes(reinterpret_cast<const U8*>(&from.v4.sin_addr));
+    else
+        t.src = Ip6Addr::fromBytes(reinterpret_cast<const U8*>(&from.v6.sin6_addr));
+    for (cmsghdr* c = CMSG_FIRSTHDR(&message); c != nullptr; c = CMSG_NXTHDR(&message, c)) {
+        if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_PKTINFO) {
+            in_pktinfo info;
+            std::memcpy(&info, CMSG_DATA(c), sizeof info);
+            t.ifIndex = static_cast<U32>(info.ipi_ifindex);
+        } else if (c->cmsg_level == IPPROTO_IPV6 && c->cmsg_type == IPV6_PKTINFO) {
+            in6_pktinfo info;
+            std::memcpy(&info, CMSG_DATA(c), sizeof info);
+            t.ifIndex = info.ipi6_ifindex;
+        }
+    }
+    return true;
+}
+
+bool ServerSocket::send(std::span<const U8> message, const IpGenAddr& to, U16 port, U32 ifIndex) {
+    SocketAddress address;
+    const socklen_t size = toSocketAddress(address, to, port, ifIndex);
+    return ::sendto(fd(), message.data(), message.size(), MSG_DONTWAIT, &address.any, size) >= 0;
+}
+
+}  // namespace DhcpRelay

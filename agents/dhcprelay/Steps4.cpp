@@ -1,0 +1,184 @@
+#include "DhcpLib/DhcpHdr.h"
+#include "DhcpLib/OptionParser.h"
+#include "InfoOption.h"
+#include "Steps.h"
+
+namespace DhcpRelay {
+
+namespace {
+
+using DhcpLib::BootpOpType;
+using DhcpLib::Constants;
+using DhcpLib::DhcpHdr;
+using DhcpLib::Wire::ByteView;
+
+constexpr U32 chaddrBytes = 16, ipAndUdpBytes = 28, chaddrAt = 28;
+constexpr U8 nak = 6;  // DHCP message type, RFC 2132, section 9.6
+
+DhcpHdr headerOf(const Transaction& t) { return ByteView(*t.pkt).load<DhcpHdr>(t.at); }
+
+TransactionKey keyOf(const Transaction& t, const DhcpHdr& header) {
+    TransactionKey key;
+    const ByteView bytes(*t.pkt);
+    std::copy_n(t.relayAddress.v4Addr().bytes(), sizeof(IpAddr), key.relayAddress.begin());
+    const std::string_view chaddr = bytes.text(t.at + chaddrAt, chaddrBytes);
+    std::copy(chaddr.begin(), chaddr.end(), key.client.begin());
+    std::copy_n(header.xid().bytes(), sizeof(U32), key.id.begin());
+    return key;
+}
+
+Reason validate(const Transaction& t) {
+    if (t.bytes() < Constants::bootpHdrSize) return Reason::malformed;
+    const DhcpHdr header = headerOf(t);
+    if (header.bootpOp() == BootpOpType::bootpOpUnknown || header.hlen() > chaddrBytes) return Reason::malformed;
+    const bool isRequest = header.bootpOp() == BootpOpType::bootpReq;
+    if (isRequest && t.side == Side::server) return Reason::clientMessage;
+    if (!isRequest && t.side == Side::client) return Reason::serverMessage;
+    return factsOf(t.pkt, t.at).isWellFormed ? Reason::none : Reason::malformed;
+}
+
+/// Whether the request is for a relay agent here, and not one that the kernel routes to its server.
+bool isForAgent(const Transaction& t, const Links& links) {
+    const IpAddr dst = t.dst.v4Addr();
+    if (dst.value() == 0xffffffff || links.isOwn(dst)) return true;
+    const auto& broadcasts = links.of(t.port).broadcasts;
+    return std::find(broadcasts.begin(), broadcasts.end(), dst) != broadcasts.end();
+}
+
+/// What becomes of an option 82 that the request brought (RFC 3046, section 2.1.1).
+Reason decideInfo(Transaction& t, const Context& c, const OptionFacts& facts) {
+    if (facts.isBootp || !facts.hasInfo) {
+        t.info = facts.isBootp ? InfoAction::leave : InfoAction::add;
+        return Reason::none;
+    }
+    switch (c.links.of(t.port).config.trusted ? c.settings.trustedInfo : c.settings.untrustedInfo) {
+        case InfoPolicy::discard:
+            return Reason::untrustedInfo;
+        case InfoPolicy::replace:
+            t.info = InfoAction::replace;
+            return Reason::none;
+        case InfoPolicy::keep:
+            break;
+    }
+    // A reply with such a circuit-id would go to the port that it names.
+    if (c.circuitId.isOfSomePort(c.links, infoFactsOf(t.pkt, t.at).circuitId)) return Reason::forgedPort;
+    t.info = InfoAction::leave;
+    return Reason::none;
+}
+
+Reason decideRequest(Transaction& t, Context& c) {
+    const DhcpHdr header = headerOf(t);
+    if (!isForAgent(t, c.links)) return Reason::routed;
+    if (header.hops() >= c.settings.hopLimit4) return Reason::hopLimit;
+    if (!header.giaddr().isAny()) {
+        if (c.links.isOwn(header.giaddr()) || c.links.isRelayAddress(header.giaddr())) return Reason::ownRelayAddress;
+        if (!c.links.of(t.port).config.trusted) return Reason::untrustedRelay;
+        t.relayAddress = header.giaddr();  // the reply goes to that relay, which is what remembers
+        return Reason::none;
+    }
+    const IpAddr giaddr = c.links.giaddr(t.port);
+    if (giaddr.isAny()) return Reason::noRelayAddress;
+    t.relayAddress = giaddr;
+    const OptionFacts facts = factsOf(t.pkt, t.at);
+    if (const Reason reason = decideInfo(t, c, facts); reason != Reason::none) return reason;
+    if (!c.memory.remember(keyOf(t, header), {t.port, t.srcMac, t.info == InfoAction::leave && facts.hasInfo}, c.now))
+        t.remark(Reason::secondPort);
+    return Reason::none;
+}
+
+/// Our own circuit-id goes before the memory, and that before the relay address.
+Port portOfReply(const Transaction& t, const Context& c, const InfoFacts& info,
+                 const TransactionMemory::Origin* remembered) {
+    Port port = remembered != nullptr && remembered->foreignInfo ? Port{} : c.circuitId.portOf(c.links, info.circuitId);
+    if (remembered != nullptr && (!port.isKnown() || port.isSame(remembered->port))) return remembered->port;
+    if (port.isKnown()) return c.links.giaddr(port) == t.relayAddress.v4Addr() ? port : Port{};
+    for (std::size_t i = 0; i < c.links.clients().size(); ++i) {
+        const Port candidate = c.links.nativePort(i);
+        if (c.links.giaddr(candidate) != t.relayAddress.v4Addr()) continue;
+        if (port.isKnown() || c.links.of(candidate).config.taggedVlans.any()) return {};
+        port = candidate;
+    }
+    return port;
+}
+
+/// RFC 2131, section 4.1, and RFC 1542, section 4.1.2.
+void decideDestination(Transaction& t, const DhcpHdr& header, U8 messageType) {
+    constexpr U32 everyone = 0xffffffff;
+    const EthAddr chaddr = header.chaddr();
+    const bool hasMac = header.htype() == Constants::hardwareTypeEthernet && header.hlen() == sizeof(EthAddr) &&
+                        !chaddr.isZero() && (chaddr.byte(0) & 1) == 0;
+    const bool asksForBroadcast = (header.flagsU16() & 0x8000) != 0;
+    IpAddr dst(everyone);
+    if (hasMac && messageType != nak) {
+        if (!header.ciaddr().isAny())
+            dst = header.ciaddr();
+        else if (!asksForBroadcast && !header.yiaddr().isAny())
+            dst = header.yiaddr();
+    }
+    t.clientAddress = dst;
+    t.clientMac = dst.value() == everyone ? EthAddr::fromText("ff:ff:ff:ff:ff:ff") : chaddr;
+}
+
+Reason decideReply(Transaction& t, Context& c) {
+    const DhcpHdr header = headerOf(t);
+    if (!c.links.isRelayAddress(header.giaddr())) return Reason::foreignRelayAddress;
+    t.relayAddress = header.giaddr();
+    const OptionFacts facts = factsOf(t.pkt, t.at);
+    const InfoFacts info = facts.hasInfo ? infoFactsOf(t.pkt, t.at) : InfoFacts();
+    const TransactionMemory::Origin* const remembered = c.memory.find(keyOf(t, header), c.now);
+    t.port = portOfReply(t, c, info, remembered);
+    if (!t.port.isKnown()) return Reason::noPort;
+    if (!c.links.of(t.port).isUp()) return Reason::noLink;
+    if (info.hasVssControl) t.remark(Reason::vrfNotUsed);
+    const bool keep = remembered != nullptr && remembered->foreignInfo;
+    t.info = facts.hasInfo && !keep ? InfoAction::remove : InfoAction::leave;
+    decideDestination(t, header, facts.messageType);
+    return Reason::none;
+}
+
+Reason decide(Transaction& t, Context& c) { return t.side == Side::client ? decideRequest(t, c) : decideReply(t, c); }
+
+DhcpLib::RelayRewrite insertionFor(const Transaction& t, const Context& c) {
+    const Settings& s = c.settings;
+    const IpAddr linkAddress = c.links.of(t.port).address4;
+    DhcpLib::RelayRewrite r;
+    r.offset = t.at;
+    r.circuitId = c.circuitId.textOf(c.links, t.port);
+    r.remoteId = c.remoteId.textOf(c.links, t.port);
+    r.linkselectionId = s.linkSelectionIsLinks ? linkAddress : s.linkSelection;
+    if (s.serverIdOverride) r.serverId = linkAddress;
+    r.vpnId = s.vrf;
+    r.vssControlDisable = !s.vssControl;
+    return r;
+}
+
+Reason addInfo(Transaction& t, const Context& c) {
+    const DhcpLib::RelayRewrite insertion = insertionFor(t, c);
+    constexpr auto generation = DhcpLib::RelayGeneration::preparePacket;
+    const auto forecast = DhcpLib::relayRewriteCheck(t.pkt, insertion, generation);
+    if (!forecast.isRewritable()) return Reason::notRewritable;
+    if (forecast.messageBytes + ipAndUdpBytes > c.links.serverMtu()) {
+        t.remark(Reason::pastMtu);
+        return Reason::none;
+    }
+    return DhcpLib::relayRewrite(t.pkt, insertion, generation) ? Reason::none : Reason::notRewritable;
+}
+
+Reason rewrite(Transaction& t, const Context& c) {
+    if (t.info == InfoAction::replace || t.info == InfoAction::remove)
+        if (!removeEveryInfo(t.pkt, t.at)) return Reason::notRewritable;
+    if (t.side == Side::server) return Reason::none;
+    if (t.info == InfoAction::replace || t.info == InfoAction::add)
+        if (const Reason reason = addInfo(t, c); reason != Reason::none) return reason;
+    DhcpHdr header = headerOf(t);
+    header.hopsInc(1);
+    header.giaddrIs(t.relayAddress.v4Addr());
+    DhcpLib::Wire::store(*t.pkt, t.at, std::span(reinterpret_cast<const U8*>(&header), sizeof header));
+    return Reason::none;
+}
+
+}  // namespace
+
+const Steps steps4{validate, decide, rewrite};
+
+}  // namespace DhcpRelay
