@@ -51,7 +51,8 @@ Agent::Agent(const Settings& settings)
       kni_(Kcore::makeNode<KernelNetInfo::Status>()),
       addresses_(Kcore::makeNode<KernelNetInfo::Addresses>()),
       devices_(kni_->intfStatus().observers().observe([this](const Kcore::String& name) { handleDevice(name); })),
-      addressChanges_(addresses_->observers().observe([this] { context_.links.addressesAre(addresses_->addresses()); })),
+      addressChanges_(
+          addresses_->observers().observe([this] { context_.links.addressesAre(addresses_->addresses()); })),
       now_(Clock::now()) {
     const auto add = [&](Protocol protocol) {
         stacks_.push_back({protocol, ServerSocket(protocol, settings.serverInterface.has_value()),
@@ -121,8 +122,8 @@ void Agent::poll() {
         }
     int timeout = -1;
     if (context_.settings.statsSeconds != 0)
-        timeout = static_cast<int>(std::max<long>(
-            0, std::chrono::ceil<std::chrono::milliseconds>(nextStats_ - Clock::now()).count()));
+        timeout = static_cast<int>(
+            std::max<long>(0, std::chrono::ceil<std::chrono::milliseconds>(nextStats_ - Clock::now()).count()));
     if (::poll(fds.data(), fds.size(), timeout) < 0 && errno != EINTR)
         throw std::system_error(errno, std::system_category(), "waiting for messages");
     now_ = Clock::now();
@@ -211,7 +212,8 @@ Reason Agent::sendToServers(Stack& stack, Transaction& t) {
     const Settings& s = context_.settings;
     bool sent = false;
     if (stack.protocol == Protocol::dhcp4)
-        for (const IpAddr& server : s.servers4) sent |= stack.servers.send(message, server, Constants::dhcpServerPort, 0);
+        for (const IpAddr& server : s.servers4)
+            sent |= stack.servers.send(message, server, Constants::dhcpServerPort, 0);
     else
         for (const Ip6Addr& server : s.servers6)
             sent |= stack.servers.send(message, server, Constants::dhcp6ServerPort, context_.links.serverIfIndex());
@@ -223,7 +225,12 @@ Reason Agent::deliver(Stack& stack, Transaction& t) {
     const bool isV4 = stack.protocol == Protocol::dhcp4;
     const U16 clientPort = isV4 ? Constants::dhcpClientPort : Constants::dhcp6ClientPort;
     const U16 serverPort = isV4 ? Constants::dhcpServerPort : Constants::dhcp6ServerPort;
-    Destination to{link.device.macAddr(), t.clientMac, t.port.tag, {}, t.clientAddress, serverPort,
+    Destination to{link.device.macAddr(),
+                   t.clientMac,
+                   t.port.tag,
+                   {},
+                   t.clientAddress,
+                   serverPort,
                    t.toRelay ? serverPort : clientPort};
     if (isV4)
         to.src = link.address4.isAny() ? t.relayAddress : IpGenAddr(link.address4);
@@ -244,9 +251,9 @@ Reason Agent::deliver(Stack& stack, Transaction& t) {
 }
 
 void Agent::tell(const Transaction& t, Reason reason) const {
-    std::string line = t.port.isKnown() ? std::string(context_.links.of(t.port).name()) + " vlan " +
-                                              std::to_string(t.port.vlan)
-                                        : std::string("servers");
+    std::string line = t.port.isKnown()
+                           ? std::string(context_.links.of(t.port).name()) + " vlan " + std::to_string(t.port.vlan)
+                           : std::string("servers");
     line += t.protocol == Protocol::dhcp4 ? " DHCPv4 " : " DHCPv6 ";
     line += t.side == Side::client ? "request from " + Kcore::textOf(t.srcMac) : "reply from " + Kcore::textOf(t.src);
     if (reason != Reason::none)

@@ -55,8 +55,7 @@ private:
         t_.srcMac = bytes_.load<EthAddr>(macBytes);
         at_ = etherBytes;
         U16 type = bytes_.load<U16>(at_ - 2);
-        if (frame_.pkt->vlanTagPresent())
-            takeTag(frame_.pkt->vlanTagTpid(), frame_.pkt->vlanTagTci());
+        if (frame_.pkt->vlanTagPresent()) takeTag(frame_.pkt->vlanTagTpid(), frame_.pkt->vlanTagTci());
         while (isTag(type)) {
             takeTag(type, bytes_.load<U16>(at_));
             at_ += tagBytes;
@@ -64,7 +63,8 @@ private:
         }
         t_.protocol = type == ip4Type ? Protocol::dhcp4 : Protocol::dhcp6;
         const bool isGroup = (t_.dstMac.byte(0) & 1) != 0;
-        return (type == ip4Type || type == ip6Type) && (isGroup || t_.dstMac == links_.clients()[link_].device.macAddr());
+        return (type == ip4Type || type == ip6Type) &&
+               (isGroup || t_.dstMac == links_.clients()[link_].device.macAddr());
     }
 
     void takeTag(U16 tpid, U16 tci) {
@@ -157,8 +157,8 @@ void storeUdp(Kitnet::Pkt& pkt, U32 at, const Destination& to) {
     store<U16>(pkt, at + 2, to.dstPort);
     store<U16>(pkt, at + 4, static_cast<U16>(length));
     store<U16>(pkt, at + 6, 0);
-    const U16 sum = Kitnet::internetChecksum(pseudoSum(to.src, to.dst, length) +
-                                             Kitnet::internetSum({pkt.data() + at, length}));
+    const U16 sum =
+        Kitnet::internetChecksum(pseudoSum(to.src, to.dst, length) + Kitnet::internetSum({pkt.data() + at, length}));
     store<U16>(pkt, at + 6, sum != 0 ? sum : U16{0xffff});
 }
 

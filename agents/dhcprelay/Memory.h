@@ -25,8 +25,8 @@ class TransactionMemory {
 public:
     struct Origin {
         Port port;
-        EthAddr mac;                ///< of the client; zero where it is behind another relay
-        bool foreignInfo = false;   ///< the option 82 was there before and was kept
+        EthAddr mac;               ///< of the client; zero where it is behind another relay
+        bool foreignInfo = false;  ///< the option 82 was there before and was kept
     };
 
     TransactionMemory(std::size_t links, U32 transactionsOfLink, U32 seconds);
@@ -51,9 +51,9 @@ private:
     void unchain(U32 place);
 
     const U32 ofLink_, seconds_;
-    std::vector<Entry> entries_;   // those of a link side by side, each used in turn
-    std::vector<U32> oldest_;      // of each link, counted from its first
-    std::vector<U32> buckets_;     // heads of chains
+    std::vector<Entry> entries_;  // those of a link side by side, each used in turn
+    std::vector<U32> oldest_;     // of each link, counted from its first
+    std::vector<U32> buckets_;    // heads of chains
 };
 
 }  // namespace DhcpRelay

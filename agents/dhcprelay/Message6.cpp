@@ -29,13 +29,13 @@ void storeOptionHead(Kitnet::Pkt& pkt, U32 at, Dhcp6OptionType type, U32 len) {
 
 Sender6 senderOf(U8 messageType) {
     switch (messageType) {
-        case 1:  // solicit
-        case 3:  // request
-        case 4:  // confirm
-        case 5:  // renew
-        case 6:  // rebind
-        case 8:  // release
-        case 9:  // decline
+        case 1:   // solicit
+        case 3:   // request
+        case 4:   // confirm
+        case 5:   // renew
+        case 6:   // rebind
+        case 8:   // release
+        case 9:   // decline
         case 11:  // information-request
         case 14:  // leasequery (RFC 5007)
         case 18:  // reconfigure-request (RFC 6977)
@@ -96,7 +96,8 @@ std::string portOptions(const Links& links, const Port& port, std::string_view i
     remoteId->subOptValueIs(place);
 
     if (!vrf.empty()) {
-        const auto vss = DhcpLib::dhcp6VirtualSubnetSelectionFactory(addOption(pkt, Dhcp6OptionType::vss, 1 + vrf.size()));
+        const auto vss =
+            DhcpLib::dhcp6VirtualSubnetSelectionFactory(addOption(pkt, Dhcp6OptionType::vss, 1 + vrf.size()));
         vss->vssTypeIs(0);  // an NVT ASCII name
         vss->vrfNameIs(L3::VrfName(vrf));
     }

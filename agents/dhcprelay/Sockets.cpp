@@ -61,7 +61,8 @@ void attachFilter(int fd, U8 first) {
 
 ServerSocket::ServerSocket(Protocol protocol, bool tellsInterface)
     : protocol_(protocol),
-      socket_(::socket(protocol == Protocol::dhcp4 ? AF_INET : AF_INET6, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
+      socket_(
+          ::socket(protocol == Protocol::dhcp4 ? AF_INET : AF_INET6, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
     const bool isV4 = protocol == Protocol::dhcp4;
     const U16 port = isV4 ? Constants::dhcpServerPort : Constants::dhcp6ServerPort;
     const std::string name = "UDP port " + std::to_string(port);

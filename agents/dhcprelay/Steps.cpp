@@ -7,9 +7,9 @@ namespace DhcpRelay {
 Reason checkServer(const Transaction& t, const Context& context) {
     const Settings& s = context.settings;
     if (s.serverInterface && t.ifIndex != context.links.serverIfIndex()) return Reason::wrongInterface;
-    const bool isServer =
-        t.src.isV4() ? std::find(s.servers4.begin(), s.servers4.end(), t.src.v4Addr()) != s.servers4.end()
-                     : std::find(s.servers6.begin(), s.servers6.end(), t.src.v6Addr()) != s.servers6.end();
+    const bool isServer = t.src.isV4()
+                              ? std::find(s.servers4.begin(), s.servers4.end(), t.src.v4Addr()) != s.servers4.end()
+                              : std::find(s.servers6.begin(), s.servers6.end(), t.src.v6Addr()) != s.servers6.end();
     return isServer ? Reason::none : Reason::unknownServer;
 }
 

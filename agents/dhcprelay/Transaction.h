@@ -44,8 +44,8 @@ struct Transaction {
     Protocol protocol = Protocol::dhcp4;
     Side side = Side::client;
     PktPtr pkt;
-    U32 at = 0;    ///< of the message's first byte in the packet; its last byte is the packet's
-    Port port;     ///< client side: where it comes from. Server side: where it goes, once decided
+    U32 at = 0;       ///< of the message's first byte in the packet; its last byte is the packet's
+    Port port;        ///< client side: where it comes from. Server side: where it goes, once decided
     U32 ifIndex = 0;  ///< server side: of the interface that it came in on, if that matters
     IpGenAddr src, dst;
     EthAddr srcMac, dstMac;
@@ -53,9 +53,9 @@ struct Transaction {
     // Decide: what becomes of it.
     IpGenAddr relayAddress;  ///< giaddr or link-address
     InfoAction info = InfoAction::leave;
-    EthAddr clientMac;       ///< server side: zero where it is not known
-    IpGenAddr clientAddress; ///< server side: where the reply goes
-    bool toRelay = false;    ///< server side: the next hop is another relay
+    EthAddr clientMac;                ///< server side: zero where it is not known
+    IpGenAddr clientAddress;          ///< server side: where the reply goes
+    bool toRelay = false;             ///< server side: the next hop is another relay
     U32 replyAt = 0, replyBytes = 0;  ///< server side: what is delivered; the whole message if `replyBytes` is 0
 
     std::bitset<reasonCount> remarks;

@@ -115,7 +115,8 @@ void Addresses::listAnew() {
     request.header.nlmsg_len = sizeof request;
     request.header.nlmsg_type = RTM_GETADDR;
     request.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-    if (::send(socket_.get(), &request, sizeof request, 0) < 0) raise("KernelNetInfo::Addresses: list of the addresses");
+    if (::send(socket_.get(), &request, sizeof request, 0) < 0)
+        raise("KernelNetInfo::Addresses: list of the addresses");
     addresses_.clear();
     changed_ = true;
     lost_ = false;

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "Kcore/FileDescriptor.h"
-#include "Kcore/Ptr.h"
 #include "Kcore/Observers.h"
+#include "Kcore/Ptr.h"
 #include "Kcore/TypeData.h"
 #include "Kitnet/IpGenAddr.h"
 
