@@ -16,7 +16,7 @@ struct Assertion {
     std::string_view module;      ///< source module, such as "DhcpLib/OptionParser"
     unsigned line;
     /// "module:line: function: assertion 'expression' failed"
-    std::string text() const;
+    DHCPPLATFORM_EXPORT std::string text() const;
 };
 
 /// What a throwing handler raises: `assertionHandlerIs([](const Assertion& a) { throw AssertionError(a); })`.
