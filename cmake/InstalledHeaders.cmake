@@ -17,8 +17,8 @@ add_custom_command(
   OUTPUT ${installed_headers} ${include_dir}/DhcpLib/Config.h ${include_dir}/DhcpLib/Version.h
   DEPENDS ${headers} ${generated_headers} ${PROJECT_SOURCE_DIR}/cmake/Install.cmake
   COMMAND ${CMAKE_COMMAND} -E rm -rf ${include_dir}
-  COMMAND ${CMAKE_COMMAND} -DCMAKE_INSTALL_PREFIX=${DHCPLIB_INSTALLED} -DCMAKE_INSTALL_COMPONENT=Headers
-          -DCMAKE_INSTALL_MESSAGE=NEVER -P ${PROJECT_BINARY_DIR}/cmake_install.cmake
+  COMMAND sh -c "\"$0\" --install . --component Headers --prefix \"$1\" >/dev/null" ${CMAKE_COMMAND} ${DHCPLIB_INSTALLED}
+  WORKING_DIRECTORY ${PROJECT_BINARY_DIR}
   COMMENT "Installing the headers in the build folder"
   VERBATIM)
 add_custom_target(InstalledHeaders DEPENDS ${installed_headers})

@@ -30,7 +30,8 @@ TEST(KcorePtr, TheLastPointerDestroysTheNode) {
         Ptr<Leaf> moved = std::move(first);
         EXPECT_TRUE(first == nullptr && asBase == moved && moved->useCount() == 2);
         first = moved;
-        moved = moved;  // NOLINT: what it is about
+        const Ptr<Leaf>& same = moved;
+        moved = same;
         EXPECT_EQ(moved->useCount(), 3u);
         EXPECT_EQ(Ptr<Leaf>::adopt(moved.release())->number, 7);
     }
