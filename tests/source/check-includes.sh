@@ -1,6 +1,6 @@
 #!/bin/sh
-# Fails if includes between headers, or between the library's modules, run in a circle, or if the platform includes
-# the library. Argument: the source folder.
+# Fails if headers or modules of the library include each other in a circle, if the platform includes the library, or if
+# a header in an internal/ folder is included outside of the library's sources. Argument: the source folder.
 set -eu
 cd "$1"
 
@@ -22,4 +22,12 @@ modules() {
 
 edges | tsort >/dev/null
 edges | modules | tsort >/dev/null
-! edges --include='*.cpp' | grep '^platform/.* DhcpLib/'
+# Fails if there is input, and prints it.
+forbidden() {
+    if grep .; then echo "$1" >&2 && exit 1; fi
+}
+edges --include='*.cpp' | sed -n '/^platform\/.* DhcpLib\//p' | forbidden 'the platform must not include the library'
+edges | sed -e '/ .*\/internal\//!d' -e '/^[^ ]*\/internal\//d' | forbidden 'an installed header must not include an internal one'
+for folder in agents examples; do
+    [ ! -d $folder ] || grep -rn --include='*.h' --include='*.cpp' '^#include.*/internal/' $folder
+done | forbidden 'a program must not include an internal header'
