@@ -1,11 +1,13 @@
 #!/bin/sh
-# Builds the example of README.md the way a user of the library does, and runs it on a captured frame.
-# Arguments: a way (the functions below), the source folder of the library, the folder to build in, the version of the
-# library, the folder of libraries below an installation prefix, the compiler of this build, and another compiler.
+# Uses the library as its users do. Arguments: a check (the last functions below), the source folder of the library, the
+# folder to build in, the version of the library, the folder of libraries below an installation prefix, the compiler of
+# this build, and another compiler.
 set -eu
-way=$1 source=$2 package=$3 version=$4 libdir=$5 cxx=$6 other_cxx=$7
+check=$1 source=$2 package=$3 version=$4 libdir=$5 cxx=$6 other_cxx=$7
 prefix=$package/prefix
-work=$package/$way
+work=$package/$check
+launcher=
+[ -n "${CCACHE_DISABLE-}" ] || launcher=$(command -v ccache || true)
 number=64999  # not the default
 # Each consumer defines a macro with the name of the CMake variable, which must not change anything.
 definitions=-DDHCPLIB_ENTERPRISE_NUMBER=1
@@ -19,19 +21,30 @@ consumer() {
     cmake --build "$work"
 }
 
+# Runs the example of README.md on a captured frame.
+run_example() {
+    # The third frame of the capture, a relayed DISCOVER: 342 bytes at offset 156.
+    tail -c +157 "$source/tests/data/captures/v4-relay-dhclient-dhcpd-server.pcap" | head -c 342 |
+        "$work/example" >"$work/printed"
+    cat "$work/printed"
+    grep -qxF 'DHCPDISCOVER for 02:c1:00:00:01:01, transaction 919687991, VLAN 10, via 10.20.0.1 at Ethernet1' \
+        "$work/printed"
+}
+
 # Compiles the library again, so without optimisation, and installs it to where it looks for its configuration.
 add_subdirectory() {
-    launcher=$(command -v ccache || true)
     rm -rf "$prefix"
     consumer "$other_cxx" -DDHCPLIB_SOURCE="$source" -DDHCPLIB_ENTERPRISE_NUMBER=$number \
         -DCMAKE_INSTALL_PREFIX="$prefix" -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher"
     cmake --install "$work" >/dev/null
     "$work/installed" "$version" $number
+    run_example
 }
 
 find_package() {
     consumer "$cxx" -DCMAKE_PREFIX_PATH="$prefix"
     "$work/installed" "$version" $number
+    run_example
 }
 
 pkg_config() {
@@ -43,13 +56,29 @@ pkg_config() {
     # shellcheck disable=SC2086
     "$cxx" -std=c++20 "$definitions" "$source/tests/package/consumer/Installed.cpp" -o "$work/installed" $flags
     "$work/installed" "$version" $number
+    run_example
+}
+
+# Links a program that names every declaration of the installed headers.
+declarations() {
+    for python in python3 /usr/bin/python3; do
+        ! "$python" -c 'import clang.cindex' 2>/dev/null || break
+    done
+    "$python" "$source/tests/package/declarations.py" "$prefix/include" "$work/declarations.cpp"
+    "$cxx" "$work/declarations.cpp" -o "$work/declarations" -L"$prefix/$libdir" -lDhcpLib -lDhcpPlatform \
+        -Wl,-rpath,"$prefix/$libdir"
+    "$work/declarations"
+}
+
+# Builds the programs, the examples and the tests with the other compiler. Building is the check: the tests expect the
+# default enterprise number.
+programs() {
+    cmake -S "$source/tests/package/programs" -B "$work" -G Ninja -DCMAKE_CXX_COMPILER="$other_cxx" \
+        -DCMAKE_PREFIX_PATH="$prefix" -DDHCPLIB_SOURCE="$source" -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher"
+    cmake --build "$work"
 }
 
 rm -rf "$work"
 mkdir -p "$work"
 awk '/^```cpp/ { inside = 1; next } /^```/ { if (inside) exit } inside' "$source/README.md" >"$work/example.cpp"
-"$way"
-# The third frame of the capture, a relayed DISCOVER: 342 bytes at offset 156.
-tail -c +157 "$source/tests/data/captures/v4-relay-dhclient-dhcpd-server.pcap" | head -c 342 | "$work/example" >"$work/printed"
-cat "$work/printed"
-grep -qxF 'DHCPDISCOVER for 02:c1:00:00:01:01, transaction 919687991, VLAN 10, via 10.20.0.1 at Ethernet1' "$work/printed"
+"$check"

@@ -1,5 +1,5 @@
-// installed VERSION NUMBER: succeeds if the library's headers and its code both have this version and enterprise number,
-// and if the library finds its configuration folder by itself.
+// installed VERSION NUMBER: succeeds if the library's headers and its code both have this version and enterprise
+// number, and if the library finds its configuration folder by itself.
 
 #include <iostream>
 #include <string>
