@@ -1,4 +1,4 @@
-#include "DhcpLib/internal/Toggle.h"
+#include "DhcpLib/Toggle.h"
 
 #include "Tyk/Toggle.h"
 

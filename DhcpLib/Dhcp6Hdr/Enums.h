@@ -21,6 +21,11 @@ enum class Dhcp6MsgType : U32 {
     relayReply = 13,
 };
 
+/// Whether a message of that type has the header of relay messages (RFC 8415, section 9).
+constexpr bool isDhcp6RelayMsg(Dhcp6MsgType type) {
+    return type == Dhcp6MsgType::relayForward || type == Dhcp6MsgType::relayReply;
+}
+
 /// The DHCPv6 option codes that have a name here (RFC 8415, 4649, 5970, 6607, 6939); every other code is carried
 /// without one. Two bytes on the wire.
 enum class Dhcp6OptionType : U32 {

@@ -3,7 +3,7 @@
 #include <limits>
 #include <vector>
 
-#include "DhcpLib/internal/Toggle.h"
+#include "DhcpLib/Toggle.h"
 #include "Tyk/Exception.h"
 
 namespace DhcpLib {
@@ -53,10 +53,41 @@ InterfaceIdFields decodeElements(std::string_view data) {
     return wellFormed ? fields : InterfaceIdFields{};
 }
 
+struct Element {
+    Dhcp6InterfaceIdCode code;
+    std::string_view value;
+
+    std::size_t wireBytes() const { return SubOptionShape::headerBytes + value.size(); }
+};
+
+/// The elements that are written for `fields`, into which they refer, in the order of their codes.
+std::vector<Element> elementsOf(const InterfaceIdFields& fields) {
+    using Code = Dhcp6InterfaceIdCode;
+    std::vector<Element> elements{{Code::intfName, fields.intfName}, {Code::vrfName, fields.vrfName}};
+    const Kitnet::IpGenAddr& vtep = fields.srcVtepIp;
+    if (!vtep.v4Addr().isAny()) elements.push_back({Code::srcVtepIp, Wire::imageOf(vtep.v4Addr())});
+    if (!vtep.v6Addr().isUnspecified()) elements.push_back({Code::srcVtepIp, Wire::imageOf(vtep.v6Addr())});
+    if (!fields.srcVtepMac.isZero()) elements.push_back({Code::srcVtepMac, Wire::imageOf(fields.srcVtepMac)});
+    return elements;
+}
+
 }  // namespace
 
 InterfaceIdFields decodeInterfaceId(std::string_view data) {
     return dhcpRelayTunnelEncapReplies() ? decodeElements(data) : decodeText(data);
+}
+
+std::optional<U16> interfaceIdBytes(const InterfaceIdFields& fields) {
+    if (fields.intfName.empty() || fields.vrfName.empty()) return std::nullopt;
+    std::size_t bytes = fields.intfName.size() + sizeof nameSeparator + fields.vrfName.size();
+    std::size_t most = std::numeric_limits<U16>::max();
+    if (dhcpRelayTunnelEncapReplies()) {
+        bytes = 0;
+        for (const Element& element : elementsOf(fields)) bytes += element.wireBytes();
+        most = std::numeric_limits<U8>::max();
+    }
+    if (bytes > most) return std::nullopt;
+    return static_cast<U16>(bytes);
 }
 
 Dhcp6InterfaceId::Ptr dhcp6InterfaceIdFactory(const Dhcp6OptionPtr& opt) {
@@ -90,27 +121,19 @@ void Dhcp6InterfaceId::writeText() {
 }
 
 void Dhcp6InterfaceId::writeElements() {
-    using Code = Dhcp6InterfaceIdCode;
-    struct Element {
-        Code code;
-        std::string_view value;
-    };
-    std::vector<Element> elements{{Code::intfName, intfName_.view()}, {Code::vrfName, vrfName_.view()}};
-    if (!srcVtepIp_.v4Addr().isAny()) elements.push_back({Code::srcVtepIp, Wire::imageOf(srcVtepIp_.v4Addr())});
-    if (!srcVtepIp_.v6Addr().isUnspecified()) elements.push_back({Code::srcVtepIp, Wire::imageOf(srcVtepIp_.v6Addr())});
-    if (!srcVtepMac_.isZero()) elements.push_back({Code::srcVtepMac, Wire::imageOf(srcVtepMac_)});
-
+    const InterfaceIdFields fields{intfName_.view(), vrfName_.view(), srcVtepIp_, srcVtepMac_};
+    const std::vector<Element> elements = elementsOf(fields);
     Kitnet::Pkt& pkt = *opt()->pkt();
     const auto forEachPlace = [&](auto visit) {
         U8 start = 0;  // docs/compatibility.md#offsets-in-an-option-wrap-at-256
         for (const Element& element : elements) {
             visit(packetPosition(U32{position(Dhcp6Const::intfId_offset)} + start), element);
-            start = static_cast<U8>(start + SubOptionShape::headerBytes + element.value.size());
+            start = static_cast<U8>(start + element.wireBytes());
         }
     };
     forEachPlace([&](U16 at, const Element& element) {
         if (element.value.size() > std::numeric_limits<U8>::max()) Wire::raiseNoRoom();
-        Wire::requireRoom(pkt, at, static_cast<U32>(SubOptionShape::headerBytes + element.value.size()));
+        Wire::requireRoom(pkt, at, static_cast<U32>(element.wireBytes()));
     });
     forEachPlace([&](U16 at, const Element& element) {
         Wire::store<U8>(pkt, at, static_cast<U8>(element.code));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "DhcpLib/Dhcp6Hdr/OptionView.h"
 #include "Kitnet/EthAddr.h"
 #include "Kitnet/IpGenAddr.h"
@@ -21,6 +23,11 @@ struct InterfaceIdFields {
 /// What is malformed gives nothing at all. An address of an odd length and a MAC of less than 6 bytes are passed over.
 /// Positions among the elements are 8 bits wide: a list in which they would wrap is malformed.
 DHCPLIB_EXPORT InterfaceIdFields decodeInterfaceId(std::string_view data);
+
+/// How many bytes of option data Dhcp6InterfaceId::setInterfaceIdDataInPkt will write for `fields` in the selected
+/// encoding: the length that the option must have before that call. Empty where a name is empty, and where the data
+/// would be longer than the encoding allows: 255 bytes of elements, 65535 bytes of text.
+DHCPLIB_EXPORT std::optional<U16> interfaceIdBytes(const InterfaceIdFields& fields);
 
 /// View of an interface-id. Its attributes are set on the view and reach the packet through setInterfaceIdDataInPkt().
 /// A VRF name of more than 100 bytes raises Kcore::RangeException when it is read or assigned.

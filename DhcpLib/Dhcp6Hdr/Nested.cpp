@@ -32,8 +32,9 @@ std::vector<Dhcp6Option::Ptr> wholeOptions(const PktPtr& pkt, U32 first, U32 end
     return options;
 }
 
-bool isRelay(Dhcp6MsgType type) { return type == Dhcp6MsgType::relayForward || type == Dhcp6MsgType::relayReply; }
-U32 headerBytes(Dhcp6MsgType type) { return isRelay(type) ? Dhcp6Const::relayhdr_size : Dhcp6Const::reghdr_size; }
+U32 headerBytes(Dhcp6MsgType type) {
+    return isDhcp6RelayMsg(type) ? Dhcp6Const::relayhdr_size : Dhcp6Const::reghdr_size;
+}
 
 /// The type of the message at `offset`; 0 where there is no whole header of a type that is known.
 Dhcp6MsgType typeOf(Wire::ByteView bytes, U32 offset) {
@@ -46,7 +47,7 @@ Dhcp6MsgType typeOf(Wire::ByteView bytes, U32 offset) {
 bool findRelayed(const Kitnet::Pkt& pkt, Dhcp6MessagePlace& message) {
     const Wire::ByteView bytes = upTo(pkt, std::min(message.end, lastPosition));
     const Dhcp6MsgType type = typeOf(bytes, message.offset);
-    if (!isRelay(type)) return false;
+    if (!isDhcp6RelayMsg(type)) return false;
     bool found = false;
     walkWhole(bytes, message.offset + headerBytes(type), [&](const auto& head) {
         found = head.code == static_cast<U16>(Dhcp6OptionType::relayMsg);

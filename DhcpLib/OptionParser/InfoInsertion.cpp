@@ -4,7 +4,7 @@
 
 #include "DhcpLib/DhcpHdr/VendorBlock.h"
 #include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
-#include "DhcpLib/internal/Toggle.h"
+#include "DhcpLib/Toggle.h"
 #include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {

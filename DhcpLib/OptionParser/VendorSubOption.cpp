@@ -3,7 +3,7 @@
 #include "DhcpLib/OptionParser/internal/OptionIndex.h"
 #include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
 #include "DhcpLib/OptionParser/internal/VendorItems.h"
-#include "DhcpLib/internal/Toggle.h"
+#include "DhcpLib/Toggle.h"
 #include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {
