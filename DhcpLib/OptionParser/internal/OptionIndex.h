@@ -3,15 +3,12 @@
 #include <array>
 #include <vector>
 
-#include "DhcpLib/DhcpHdr/Enums.h"
+#include "DhcpLib/OptionParser/OptionLookup.h"
 #include "DhcpLib/Walk.h"
 #include "Kcore/String.h"
 #include "Kitnet/IpAddr.h"
 
 namespace DhcpLib {
-
-/// Result of a walk over the options area.
-enum class AreaState : U8 { wellFormed, noSpace, noCookie, noEnd };
 
 /// Walks the options of the message whose BOOTP header starts at `offset`, up to and including the first end option.
 /// Calls `visit(head)` for each item; a run of pads is one item. Positions are 32 bits wide.
