@@ -2,27 +2,36 @@
 
 #include "Bridging/Config.h"
 #include "DhcpLib/Dhcp6Hdr/Headers.h"
+#include "DhcpLib/Dhcp6Identifiers.h"
 #include "DhcpLib/FrameFields.h"
-#include "Kitnet/IntfId.h"
+#include "DhcpLib/FrameRejection.h"
 
 namespace DhcpLib {
 
-/// Receive-path parser of DHCPv6 snooping: a frame goes in at its Ethernet header, its fields come out as attributes.
-/// Nothing is cleared between parses: what a parse does not reach keeps the value of the parse before. Use a fresh
-/// parser for each frame, or assign one over it, where that is not wanted.
+/// Receive-path parser of DHCPv6 snooping: it takes a frame that starts at its Ethernet header and keeps the frame's
+/// fields as attributes. A parse resets only `rejection`: an attribute that it does not reach keeps its value from the
+/// parse before. Where that is not wanted, use a new parser for each frame or assign a new one over it.
 /// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2, failed parts of a parse at 1.
 class DHCPLIB_EXPORT Dhcp6PacketParser {
 public:
     /// `bridgingConfig` may be null for frames without a receiving interface.
     explicit Dhcp6PacketParser(const Kcore::Ptr<const Bridging::Config>& bridgingConfig)
         : bridgingConfig_(bridgingConfig) {}
+    explicit Dhcp6PacketParser(std::nullptr_t) : Dhcp6PacketParser(Kcore::Ptr<const Bridging::Config>()) {}
+    /// There is no text form to construct from: asserts.
+    explicit Dhcp6PacketParser(const Kcore::CharRange& text);
+    Dhcp6PacketParser(const char*) = delete;
 
-    /// Parses Ethernet, the fixed IPv6 header, UDP and a client/server message; of its options the client identifier
-    /// (1), and of a message that has one the remote-id (37), which is read in the layout `intfIdFormat` whatever its
-    /// sender used. IPv6 extension headers are not walked, relay messages not unwrapped.
-    /// True when a message's options were examined; false, after a trace line, for a frame rejected at any stage.
-    /// Raises Kcore::RangeException for a tag with VLAN 4095.
+    /// Parses Ethernet, the fixed IPv6 header, UDP and a client/server message. Of the options it reads the client
+    /// identifier (1) and, in a message that has one, the remote-id (37), the latter in the layout `intfIdFormat`
+    /// whatever its sender used. It neither walks IPv6 extension headers nor unwraps relay messages; for a message
+    /// without a frame around it call dhcp6Identifiers.
+    /// True when a message's options were examined. False, after a trace line, for a frame that is refused; `rejection`
+    /// tells why. Raises Kcore::RangeException for a tag with VLAN 4095.
     bool doParseDhcp6(const PktPtr& pkt, Kitnet::IntfId srcIntfName);
+    /// Why the last parse refused the frame: `none` where it returned true, `reservedVlan` where it raised for the
+    /// VLAN. Not one of the attributes: equality, hash and attribute table leave it out.
+    FrameRejection rejection() const { return rejection_; }
 
     const Kcore::Ptr<const Bridging::Config>& bridgingConfig() const { return bridgingConfig_; }
     U16 etherType() const { return ether_.etherType; }
@@ -47,10 +56,10 @@ public:
     bool dhcp6ClientMsg() const { return dhcp6ClientMsg_; }
     /// Position of the first option in the packet.
     U16 dhcp6OptionsOffset() const { return dhcp6OptionsOffset_; }
-    bool rIdOption() const { return rId_.found.present; }
+    bool rIdOption() const { return rId_.option.present; }
     /// Position of the option in the packet.
-    U32 rIdOptOffset() const { return rId_.found.offset; }
-    U16 rIdOptLen() const { return rId_.found.len; }
+    U32 rIdOptOffset() const { return rId_.option.offset; }
+    U16 rIdOptLen() const { return rId_.option.len; }
     U32 rIdEntno() const { return rId_.entno; }
     U16 rIdDuidType() const { return rId_.duidType; }
     U16 rIdDuidHwType() const { return rId_.duidHwType; }
@@ -59,11 +68,11 @@ public:
     const Kitnet::IntfId& rIdL2IntfId() const { return rId_.l2IntfId; }
     Bridging::VlanId rIdVlanId() const { return rId_.vlanId; }
     /// Whether the remote-id's interface and VLAN text could be read.
-    bool l2PortInfoValid() const { return l2PortInfoValid_; }
-    bool cIdOption() const { return cId_.found.present; }
+    bool l2PortInfoValid() const { return rId_.l2PortInfoValid(); }
+    bool cIdOption() const { return cId_.option.present; }
     /// Position of the option in the packet.
-    U32 cIdOptOffset() const { return cId_.found.offset; }
-    U16 cIdOptLen() const { return cId_.found.len; }
+    U32 cIdOptOffset() const { return cId_.option.offset; }
+    U16 cIdOptLen() const { return cId_.option.len; }
     U16 cIdDuidType() const { return cId_.duidType; }
     U16 cIdDuidHwType() const { return cId_.duidHwType; }
     const Kitnet::EthAddr& cIdDuidllAddr() const { return cId_.duidllAddr; }
@@ -103,38 +112,14 @@ public:
     }
 
 private:
-    /// An option where the walk came across it.
-    struct FoundOption {
-        bool present = false;
-        U16 len = 0;
-        U32 offset = 0;
-    };
-    struct ClientId {
-        FoundOption found;
-        U16 duidType = 0;
-        U16 duidHwType = 0;
-        Kitnet::EthAddr duidllAddr;
-        U32 duidEntno = 0;
-        Kcore::String duidUuid;
-        Kcore::String duidEntId;
-    };
-    struct RemoteId {
-        FoundOption found;
-        U32 entno = 0;
-        U16 duidType = 0;
-        U16 duidHwType = 0;
-        Kitnet::EthAddr duidllAddr;
-        Bridging::VlanId vlanId;
-        U64 l3IntfId = 0;
-        Kitnet::IntfId l2IntfId;
-    };
-
+    bool refuse(FrameRejection why) {
+        rejection_ = why;
+        return false;
+    }
     bool parseIp6Hdr(Wire::ByteView bytes);
     bool parseUdpHdr(Wire::ByteView bytes, U32 udpAt);
     bool parseMsgHdr(Wire::ByteView bytes, U32 msgAt);
     void parseOptions(Wire::ByteView bytes);
-    void parseClientId(Wire::ByteView bytes);
-    void parseRemoteId(Wire::ByteView bytes);
 
     Kcore::Ptr<const Bridging::Config> bridgingConfig_;
     EthernetFields ether_;
@@ -142,7 +127,7 @@ private:
     bool isUdp_ = false;
     bool isDhcp6_ = false;
     bool dhcp6ClientMsg_ = false;
-    bool l2PortInfoValid_ = false;
+    FrameRejection rejection_ = FrameRejection::none;
     Kitnet::IpProtocolNumber ipProtocol_;
     Kitnet::Ip6Addr srcIp6_;
     Kitnet::Ip6Addr dstIp6_;
@@ -152,8 +137,8 @@ private:
     Dhcp6MsgType dhcp6MsgType_{};
     Dhcp6Xid dhcp6Xid_;
     U16 dhcp6OptionsOffset_ = 0;
-    ClientId cId_;
-    RemoteId rId_;
+    Dhcp6ClientIdentifier cId_;
+    Dhcp6RemoteIdentifier rId_;
 };
 
 }  // namespace DhcpLib

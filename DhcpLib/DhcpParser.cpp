@@ -42,6 +42,7 @@ bool PacketParser::doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool d
           ShortName{srcIntfName}, dhcpHdrOnly);
     const Wire::ByteView bytes(*pkt);
     offset_ = 0;
+    rejection_ = FrameRejection::none;
     if (!dhcpHdrOnly && !(parseEthHdr(*pkt, srcIntfName, false) && parseIpHdr(bytes) && parseUdpHdr(bytes)))
         return false;
     if (!parseBootpHdr(bytes)) return false;
@@ -51,28 +52,36 @@ bool PacketParser::doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool d
 }
 
 bool PacketParser::doParseEthHdr(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool resetOffset) {
+    rejection_ = FrameRejection::none;
     return parseEthHdr(*pkt, srcIntfName, resetOffset);
 }
 
-bool PacketParser::doParseIpHdr(const PktPtr& pkt) { return parseIpHdr(Wire::ByteView(*pkt)); }
+bool PacketParser::doParseIpHdr(const PktPtr& pkt) {
+    rejection_ = FrameRejection::none;
+    return parseIpHdr(Wire::ByteView(*pkt));
+}
 
-bool PacketParser::doParseUdpHdr(const PktPtr& pkt) { return parseUdpHdr(Wire::ByteView(*pkt)); }
+bool PacketParser::doParseUdpHdr(const PktPtr& pkt) {
+    rejection_ = FrameRejection::none;
+    return parseUdpHdr(Wire::ByteView(*pkt));
+}
 
 bool PacketParser::parseEthHdr(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, bool resetOffset) {
     Tyk::fmtrace(traceHandle(), TraceLevel::verbose, {ethSignature}, "{}for srcIntf: {} resetOffset: {}",
                  std::string_view(ethSignature), srcIntf, resetOffset);
     if (resetOffset) offset_ = 0;
-    if (!parseEthernet(pkt, srcIntf, bridgingConfig_.get(), ether_, offset_)) return false;
+    if (!parseEthernet(pkt, srcIntf, bridgingConfig_.get(), ether_, offset_, rejection_)) return false;
     if (ether_.etherType == ipv4EtherType) return isIp_ = true;
     trace(TraceLevel::rejection, "Ethernet payload is not IP, Ethertype: {}", ether_.etherType);
-    return false;
+    return refuse(FrameRejection::notIp);
 }
 
 bool PacketParser::parseIpHdr(Wire::ByteView bytes) {
     Tyk::fmtrace(traceHandle(), TraceLevel::verbose, {ipSignature}, "{}", std::string_view(ipSignature));
     const U32 headerBytes = Kitnet::IpHdr::headerBytes(bytes.load<U8>(offset_));
-    // A length below the fixed part is taken as it is, yet the fields behind it are read.
-    if (!hasHeader(bytes, offset_, std::max(headerBytes, ipv4FixedBytes), "IPv4")) return false;
+    // A header length below 20 is kept as it is; the fields of the fixed part are read all the same.
+    if (!hasHeader(bytes, offset_, std::max(headerBytes, ipv4FixedBytes), "IPv4"))
+        return refuse(FrameRejection::shortIpHeader);
     ipProtocol_ = bytes.load<Kitnet::IpProtocolNumber>(offset_ + ipv4ProtocolAt);
     srcIp_ = bytes.load<Kitnet::IpAddr>(offset_ + ipv4SourceAt);
     dstIp_ = bytes.load<Kitnet::IpAddr>(offset_ + ipv4DestinationAt);
@@ -81,22 +90,23 @@ bool PacketParser::parseIpHdr(Wire::ByteView bytes) {
     trace(TraceLevel::verbose, "Ethernet payload is IP, IP protocol: {}, IP header len: {}", ipProtocol_, ipHdrLen_);
     if (ipProtocol_.value() == udpProtocol) return isUdp_ = true;
     trace(TraceLevel::rejection, "{}{}", notUdpText, ipProtocol_);
-    return false;
+    return refuse(FrameRejection::notUdp);
 }
 
 bool PacketParser::parseUdpHdr(Wire::ByteView bytes) {
     Tyk::fmtrace(traceHandle(), TraceLevel::verbose, {udpSignature}, "{}", std::string_view(udpSignature));
-    if (!hasHeader(bytes, offset_, udpHeaderBytes, "UDP")) return false;
+    if (!hasHeader(bytes, offset_, udpHeaderBytes, "UDP")) return refuse(FrameRejection::shortUdpHeader);
     udp_.src = bytes.load<Kitnet::UdpPort>(offset_);
     udp_.dst = bytes.load<Kitnet::UdpPort>(offset_ + sizeof(Kitnet::UdpPort));
     udpHdrLen_ = udpHeaderBytes;
     offsetInc(static_cast<U16>(udpHeaderBytes));
-    if (!areDhcpPorts(udp_, udpHdrLen_, Constants::dhcpServerPort, Constants::dhcpClientPort)) return false;
+    if (!areDhcpPorts(udp_, udpHdrLen_, Constants::dhcpServerPort, Constants::dhcpClientPort))
+        return refuse(FrameRejection::notDhcpPort);
     return isDhcp_ = true;
 }
 
 bool PacketParser::parseBootpHdr(Wire::ByteView bytes) {
-    if (!hasHeader(bytes, offset_, sizeof(DhcpHdr), "BOOTP")) return false;
+    if (!hasHeader(bytes, offset_, sizeof(DhcpHdr), "BOOTP")) return refuse(FrameRejection::shortMessageHeader);
     const DhcpHdr header = bytes.load<DhcpHdr>(offset_);
     dhcpOpType_ = header.bootpOp();
     trace(TraceLevel::verbose, "UDP payload is DHCP, DHCP Op type: {}", dhcpOpType_);
@@ -119,18 +129,16 @@ bool PacketParser::parseOptions(const OptionIndex& index) {
     traceAreaFailure(index.state());
     if (!index.wellFormed()) {
         trace(TraceLevel::rejection, "DHCP packet option format is invalid");
-        return false;
+        return refuse(index.state() == AreaState::noSpace ? FrameRejection::noOptionSpace
+                                                          : FrameRejection::noEndOption);
     }
-    if (!parseLeaseQuery(index))
-        trace(TraceLevel::failure,
-              "Could not parse Dhcp packet for lease time, last tranition time and associated IP ");
+    takeLeaseQuery(index);
     parseInfoOption(index);
-    if (!parseProfiling(index)) trace(TraceLevel::failure, "Could not parse Dhcp packet for profiling options");
+    takeProfiling(index);
     return true;
 }
 
-bool PacketParser::parseLeaseQuery(const OptionIndex& index) {
-    if (!index.wellFormed()) return false;
+void PacketParser::takeLeaseQuery(const OptionIndex& index) {
     const LeaseQueryOptions options(index);
     leaseTimeExist_ = static_cast<bool>(options.leaseTime);
     leaseTime_ = LeaseQueryOptions::seconds(options.leaseTime);
@@ -140,7 +148,6 @@ bool PacketParser::parseLeaseQuery(const OptionIndex& index) {
     serverId_ = options.serverId.valueOr(Kitnet::IpAddr());
 
     if (options.associatedIps) takeAssociatedIps(options);
-    return true;
 }
 
 /// In ascending order, whatever their order in the packet.
@@ -176,13 +183,11 @@ void PacketParser::parseInfoOption(const OptionIndex& index) {
               circuitId_.size(), remoteId_.size());
 }
 
-bool PacketParser::parseProfiling(const OptionIndex& index) {
-    if (!index.wellFormed()) return false;
+void PacketParser::takeProfiling(const OptionIndex& index) {
     const ProfilingOptions options(index);
     hostname_ = bytesOrNone(options.hostName);
     paramReqList_ = decimalList(bytesOrNone(options.paramReqList));
     vendorClassId_ = bytesOrNone(options.vendorClassId);
-    return true;
 }
 
 }  // namespace DhcpLib

@@ -3,6 +3,7 @@
 #include "Bridging/Config.h"
 #include "DhcpLib/DhcpHdr/Header.h"
 #include "DhcpLib/FrameFields.h"
+#include "DhcpLib/FrameRejection.h"
 #include "Kcore/Assert.h"
 #include "Kcore/Duration.h"
 #include "Kcore/FlatMap.h"
@@ -10,9 +11,10 @@
 
 namespace DhcpLib {
 
-/// Receive-path parser of DHCPv4 snooping: a frame goes in at its Ethernet header, its fields come out as attributes.
-/// A parse clears nothing but `offset`: what it does not reach keeps the value of the parse before, and `associatedIps`
-/// only grows. Use a fresh parser for each frame, or assign one over it, where that is not wanted.
+/// Receive-path parser of DHCPv4 snooping: it takes a frame that starts at its Ethernet header and keeps the frame's
+/// fields as attributes. A parse resets only `offset` and `rejection`: an attribute that it does not reach keeps its
+/// value from the parse before, and `associatedIps` only grows. Where that is not wanted, use a new parser for each
+/// frame or assign a new one over it.
 /// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2, failed parts of a parse at 1.
 class DHCPLIB_EXPORT PacketParser {
 public:
@@ -23,17 +25,21 @@ public:
     explicit PacketParser(std::nullptr_t) : PacketParser(Kcore::Ptr<const Bridging::Config>()) {}
     /// There is no text form to construct from: asserts.
     explicit PacketParser(const Kcore::CharRange& text);
+    PacketParser(const char*) = delete;
 
-    /// Parses Ethernet, IPv4, UDP and the DHCP message; with `dhcpHdrOnly` the packet starts at the BOOTP header, and
-    /// the options are looked for behind the header lengths of the parse before (0 for a fresh parser).
-    /// True for DHCP, and for BOOTP (`isDhcp` false, `dhcpMsgType` "BOOTP"); false, after a trace line, for a frame
-    /// rejected at any stage. Raises Kcore::RangeException for a tag with VLAN 4095.
+    /// Parses Ethernet, IPv4, UDP and the DHCP message. With `dhcpHdrOnly` the packet starts at the BOOTP header, and
+    /// the options are looked for behind the header lengths of the parse before (0 for a new parser).
+    /// True for DHCP, and for BOOTP (`isDhcp` false, `dhcpMsgType` "BOOTP"). False, after a trace line, for a frame
+    /// that is refused; `rejection` tells why. Raises Kcore::RangeException for a tag with VLAN 4095.
     bool doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool dhcpHdrOnly);
-    /// The header stages, for agents that run one alone. Each reads at `offset` and moves it on; one whose header does
-    /// not lie in the frame changes nothing.
+    /// The header stages, for agents that run one alone. Each reads at `offset`, advances it and sets `rejection`; a
+    /// stage whose header does not lie in the frame changes no other attribute.
     bool doParseEthHdr(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool resetOffset);
     bool doParseIpHdr(const PktPtr& pkt);
     bool doParseUdpHdr(const PktPtr& pkt);
+    /// Why the last call of one of these functions refused the frame: `none` where it returned true, `reservedVlan`
+    /// where it raised for the VLAN. Not one of the attributes: equality, hash and attribute table leave it out.
+    FrameRejection rejection() const { return rejection_; }
     /// Adds to `offset`, modulo 65536, and returns it.
     U16 offsetInc(U16 n) { return offset_ = static_cast<U16>(offset_ + n); }
 
@@ -108,15 +114,19 @@ public:
     }
 
 private:
+    bool refuse(FrameRejection why) {
+        rejection_ = why;
+        return false;
+    }
     bool parseEthHdr(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, bool resetOffset);
     bool parseIpHdr(Wire::ByteView bytes);
     bool parseUdpHdr(Wire::ByteView bytes);
     bool parseBootpHdr(Wire::ByteView bytes);
     bool parseOptions(const class OptionIndex& index);
-    bool parseLeaseQuery(const OptionIndex& index);
+    void takeLeaseQuery(const OptionIndex& index);
     void takeAssociatedIps(const struct LeaseQueryOptions& options);
     void parseInfoOption(const OptionIndex& index);
-    bool parseProfiling(const OptionIndex& index);
+    void takeProfiling(const OptionIndex& index);
 
     Kcore::Ptr<const Bridging::Config> bridgingConfig_;
     EthernetFields ether_;
@@ -130,6 +140,7 @@ private:
     bool serverIdExist_ = false;
     bool leaseTimeExist_ = false;
     bool lastTransactionTimeExist_ = false;
+    FrameRejection rejection_ = FrameRejection::none;
     Kitnet::IpProtocolNumber ipProtocol_;
     Kitnet::EthAddr chaddr_;
     UdpPorts udp_;

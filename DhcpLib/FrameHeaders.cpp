@@ -38,8 +38,10 @@ void setUntagged(EthernetFields& fields, Bridging::VlanId nativeVlan) {
     fields.vlanId = nativeVlan;
 }
 
-void setTagged(EthernetFields& fields, U16 tci, Bridging::VlanId nativeVlan) {
-    const Bridging::VlanIdOrNone vlan(tci & vlanMask);
+void setTagged(EthernetFields& fields, U16 tci, Bridging::VlanId nativeVlan, FrameRejection& rejection) {
+    const unsigned vid = tci & vlanMask;
+    if (vid > Bridging::VlanIdOrNone::maxValue) rejection = FrameRejection::reservedVlan;  // the next line raises
+    const Bridging::VlanIdOrNone vlan(vid);
     if (vlan.value() == 0)
         Tyk::fmtrace(traceHandle(), TraceLevel::verbose, {},
                      "Tagged packet with no VlanId in packet, using native VlanId: {}", nativeVlan);
@@ -60,14 +62,20 @@ bool hasHeader(Wire::ByteView bytes, U32 pos, U32 needed, std::string_view heade
 }
 
 bool parseEthernet(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, const Bridging::Config* config,
-                   EthernetFields& fields, U16& payload) {
+                   EthernetFields& fields, U16& payload, FrameRejection& rejection) {
     PortRules port;
-    if (!findPortRules(srcIntf, config, port)) return false;
+    if (!findPortRules(srcIntf, config, port)) {
+        rejection = FrameRejection::portNotConfigured;
+        return false;
+    }
     const Wire::ByteView bytes(pkt);
     const bool outOfBand = pkt.vlanTagPresent();
     const bool inFrame = !outOfBand && bytes.load<U16>(macsBytes) == dot1qTpid;
     const U32 headerBytes = etherHeaderBytes + (inFrame ? tagBytes : 0);
-    if (!hasHeader(bytes, 0, headerBytes, "Ethernet")) return false;
+    if (!hasHeader(bytes, 0, headerBytes, "Ethernet")) {
+        rejection = FrameRejection::shortEthernetHeader;
+        return false;
+    }
 
     payload = static_cast<U16>(headerBytes);
     fields.dstMac = bytes.load<Kitnet::EthAddr>(0);
@@ -80,7 +88,7 @@ bool parseEthernet(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, const 
     else
         Tyk::fmtrace(traceHandle(), TraceLevel::verbose, {}, "Untagged packet with Ethertype: {}", fields.etherType);
     if (hasTag && !port.ignoresTags)
-        setTagged(fields, inFrame ? bytes.load<U16>(etherHeaderBytes) : pkt.vlanTagTci(), port.nativeVlan);
+        setTagged(fields, inFrame ? bytes.load<U16>(etherHeaderBytes) : pkt.vlanTagTci(), port.nativeVlan, rejection);
     else
         setUntagged(fields, port.nativeVlan);
     return true;

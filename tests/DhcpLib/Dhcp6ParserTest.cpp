@@ -1,5 +1,6 @@
 #include "DhcpLib/Dhcp6Parser.h"
 
+#include "DhcpLib/DhcpParser.h"
 #include "ParserRows.h"
 
 using namespace DhcpLib;
@@ -41,23 +42,25 @@ TEST(Dhcp6Parser, ReadsFramesAsFarAsTheyGo) {
     const std::string cId = " cIdOption=true cIdOptOffset=66 cIdOptLen=";
     const Row rows[] = {
         {"tagged", macs + "81 00 60 1E 86 DD " + ip6,
-         "false:" + linkRead + " tagged=true vlanId=30 etherHdrLen=18 isIp6=true ipProtocol=17" + addressesRead +
-             " | 2 IP payload is not UDP, IP Protocol: 17, remaining0"},
+         "shortUdpHeader:" + linkRead + " tagged=true vlanId=30 etherHdrLen=18 isIp6=true ipProtocol=17" +
+             addressesRead + " | 2 IP payload is not UDP, IP Protocol: 17, remaining0"},
         {"second tag", macs + "81 00 00 1E 81 00 00 1F 86 DD " + ip6,
-         "false: etherType=33024" + linkRead.substr(16) +
+         "notIp: etherType=33024" + linkRead.substr(16) +
              " tagged=true vlanId=30 etherHdrLen=18 | 2 Ethernet payload is not IPv6, Ethertype: 33024"},
         {"reserved VLAN", macs + "81 00 0F FF 86 DD " + ip6,
          "Bridging::VlanIdOrNone::value > 4094 not allowed:" + linkRead + " etherHdrLen=18"},
         {"short IPv6", link + ip6.substr(0, ip6.size() - 3),
-         "false:" + ipRead + " | 2 Frame too short for IPv6 header, bytes at hand: 39"},
+         "shortIpHeader:" + ipRead + " | 2 Frame too short for IPv6 header, bytes at hand: 39"},
         {"hop-by-hop", link + "60 00 00 00 00 2A 00 01 FE 80 00*13 01 FF 02 00*11 01 00 02 11 00 01 04 00*12",
-         "false:" + ipRead + addressesRead + " | 2 IP payload is not UDP, IP Protocol: 0, remaining16"},
+         "notUdp:" + ipRead + addressesRead + " | 2 IP payload is not UDP, IP Protocol: 0, remaining16"},
         {"other ports", link + ip6 + "02 23 03 E8 00 2A 00 00 01 12 34 56",
-         "false:" + ipRead + " ipProtocol=17" + addressesRead + " isUdp=true udpSrcPort=547 udpDstPort=1000 udpLen=42" +
+         "notDhcpPort:" + ipRead + " ipProtocol=17" + addressesRead +
+             " isUdp=true udpSrcPort=547 udpDstPort=1000 udpLen=42" +
              " | 2 UDP payload is not DHCP packet, UDP src port: 547, UDP dst port: 1000"},
-        {"short message", front + "01 12 34", "false:" + udpRead + " | 2 Can't parse DHCP6 payload, remaining:3"},
+        {"short message", front + "01 12 34",
+         "shortMessageHeader:" + udpRead + " | 2 Can't parse DHCP6 payload, remaining:3"},
         {"relay message", front + "0C 12 34 56 00*30 " + clientId,
-         "false:" + udpRead +
+         "relayMessage:" + udpRead +
              " isDhcp6=true dhcp6MsgType=relayForward dhcp6Xid=0x123456 | 2 Received Invalid MSG typerelayForward"},
         {"no client identifier", solicit + remoteId("00 1E", "01 06 'Et1:10'"), solicitRead},
         // 65535 + 4 turns the cursor back to 3: the option is taken, and is the last one.
@@ -82,15 +85,18 @@ TEST(Dhcp6Parser, ReadsFramesAsFarAsTheyGo) {
 }
 
 TEST(Dhcp6Parser, TakesTheMessagesOfTheTwoSets) {
-    std::string kinds;
+    std::string kinds, relays;
     for (unsigned type = 0; type < 256; ++type) {
         Octets frame = hex(front + "00 12 34 56");
         frame[62] = static_cast<U8>(type);
         Dhcp6PacketParser parser(config());
         if (parser.doParseDhcp6(packet(frame), accessPort))
             kinds += std::to_string(type) + (parser.dhcp6ClientMsg() ? "c " : " ");
+        else if (parser.rejection() != FrameRejection::unknownMessageType)
+            relays += std::to_string(type) + ' ' + Kcore::textOf(parser.rejection()) + ' ';
     }
     EXPECT_EQ(kinds, "1c 2 3c 4 5c 6c 7 8c 9 10 11c ");
+    EXPECT_EQ(relays, "12 relayMessage 13 relayMessage ");
 }
 
 TEST(Dhcp6Parser, DecodesInterfaceAndVlan) {
@@ -138,6 +144,40 @@ TEST(Dhcp6Parser, DecodesInterfaceAndVlan) {
         EXPECT_EQ(Kcore::textOf(parser.rIdL2IntfId()), row.decoded != 0 ? row.intf : "");
     }
 }
+
+TEST(Dhcp6Parser, IdentifiersAreReadWithoutAFrame) {
+    const std::string relay = "0C 00*33 ", remote = remoteId("00 1E", "01 06 'Et1:10'");
+    struct Message {
+        const char* rule;
+        std::string bytes;
+        U32 end;  // of the message; what stands behind it is not read
+        std::string read;
+    };
+    const Message rows[] = {
+        {"a client's message", "01 12 34 56 " + clientId + remote, 99, "4+10 02:c1:00:00:0c:01, 18+30 Et1 10 decoded"},
+        {"no client identifier is needed", relay + remote, 99, "0+0 00:00:00:00:00:00, 34+30 Et1 10 decoded"},
+        {"the first of two", relay + remote + remoteId("00 1E", "01 06 'Et2:20'"), 99,
+         "0+0 00:00:00:00:00:00, 34+30 Et1 10 decoded"},
+        {"an option that passes the end", relay + remote, 67, "0+0 00:00:00:00:00:00, 0+0  0 noPortText"},
+        {"no byte behind a short option", "01 12 34 56 00 25 00 04 00 00 7E D9 " + remote.substr(24), 99,
+         "0+0 00:00:00:00:00:00, 4+4  0 noPortText"},
+    };
+    for (const Message& row : rows) {
+        const auto ids = dhcp6Identifiers(packet(hex(row.bytes)), {0, row.end});
+        const auto& [c, r] = ids;
+        using Kcore::textOf;
+        EXPECT_EQ(textOf(c.option.offset) + '+' + textOf(c.option.len) + ' ' + textOf(c.duidllAddr) + ", " +
+                      textOf(r.option.offset) + '+' + textOf(r.option.len) + ' ' + textOf(r.l2IntfId) + ' ' +
+                      textOf(r.vlanId) + ' ' + textOf(r.portInfo),
+                  row.read)
+            << row.rule;
+    }
+    EXPECT_EQ(assertionOf([] { Dhcp6PacketParser(Kcore::CharRange("")); }),
+              "DhcpLib/Dhcp6Parser|DhcpLib::Dhcp6PacketParser::Dhcp6PacketParser(Kcore::CharRange)|"
+              "No String constructor for Dhcp6PacketParser");
+}
+static_assert(!std::is_constructible_v<PacketParser, const char*> &&
+              !std::is_constructible_v<Dhcp6PacketParser, const char*>);
 
 TEST(Dhcp6Parser, TracesItsProgress) {
     TraceRecorder trace(4);

@@ -34,7 +34,7 @@ TEST(DhcpParser, ReadsOrRefusesHeaders) {
         Octets bytes;
         std::string outcome;
     };
-    const std::string refused = "false:" + ether + " vlanId=10 etherHdrLen=14 isIp=true",
+    const std::string refused = ":" + ether + " vlanId=10 etherHdrLen=14 isIp=true",
                       addresses = " srcIp=10.0.0.1 dstIp=10.0.0.2", noPayload = refused + ipRead.substr(10) + udpRead;
     const Row rows[] = {
         {"tag in the frame", accessPort, -1, 0, tag20 + rest,
@@ -44,26 +44,28 @@ TEST(DhcpParser, ReadsOrRefusesHeaders) {
         {"tag beside the frame", accessPort, 0x8100, 0x3014, untagged + rest,
          "true:" + ether + " tagged=true vlanId=20 etherHdrLen=14" + ipRead + udpRead + bootpRead + " offset=42"},
         {"another, which hides the one inside", accessPort, 0x88a8, 20, tag20 + rest,
-         "false: etherType=33024 " + macsRead +
+         "notIp: etherType=33024 " + macsRead +
              " vlanId=10 etherHdrLen=14 offset=14 | 2 Ethernet payload is not IP, Ethertype: 33024"},
         {"unknown interface", unknownPort, -1, 0, untagged + rest,
-         "false: | 1 Missing switchIntfConfig for Ethernet9, cannot find Native VlanId, aborting parse"},
+         "portNotConfigured: | 1 Missing switchIntfConfig for Ethernet9, cannot find Native VlanId, aborting parse"},
         {"not UDP", accessPort, -1, 0, untagged + ip("45", "06") + udp + bootp,
-         refused + " ipProtocol=6" + addresses + " ipHdrLen=20 offset=34 | 2 IP payload is not UDP, IP Protocol: 6"},
+         "notUdp" + refused + " ipProtocol=6" + addresses +
+             " ipHdrLen=20 offset=34 | 2 IP payload is not UDP, IP Protocol: 6"},
         {"the source port does not count", accessPort, -1, 0, untagged + ip() + hex("00 43 03 E8 00*4") + bootp,
-         refused + ipRead.substr(10) +
+         "notDhcpPort" + refused + ipRead.substr(10) +
              " isUdp=true udpSrcPort=67 udpDstPort=1000 udpHdrLen=8 offset=42 | 2 UDP payload is not DHCP packet, UDP "
              "src port: 67, UDP dst port: 1000"},
         {"IP header of nothing", accessPort, -1, 0, untagged + ip("40") + udp + bootp,
-         refused + " ipProtocol=17" + addresses +
+         "notDhcpPort" + refused + " ipProtocol=17" + addresses +
              " isUdp=true udpSrcPort=16384 udpHdrLen=8 offset=22 | 2 UDP payload is not DHCP packet, UDP src port: "
              "16384, UDP dst port: 0"},
         {"longest IP header passes the frame", accessPort, -1, 0, untagged + ip("4F"),
-         refused + " offset=14 | 2 Frame too short for IPv4 header, bytes at hand: 20"},
+         "shortIpHeader" + refused + " offset=14 | 2 Frame too short for IPv4 header, bytes at hand: 20"},
         {"header cut", accessPort, -1, 0, frame + Octets(33),
-         noPayload + " isDhcp=true offset=42 | 2 Frame too short for BOOTP header, bytes at hand: 33"},
+         "shortMessageHeader" + noPayload +
+             " isDhcp=true offset=42 | 2 Frame too short for BOOTP header, bytes at hand: 33"},
         {"tag cut", accessPort, -1, 0, macs + hex("81 00 00 05 08"),
-         "false: | 2 Frame too short for Ethernet header, bytes at hand: 17"},
+         "shortEthernetHeader: | 2 Frame too short for Ethernet header, bytes at hand: 17"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.rule);
@@ -112,7 +114,7 @@ TEST(DhcpParser, TurnsOptionsIntoAttributes) {
         const std::string outcome = outcomeOf(
             parser, [&](PacketParser& p) { return p.doParse(packet(frame + offer(row.options)), accessPort, false); });
         const std::string read = ether + " vlanId=10 etherHdrLen=14" + ipRead + udpRead;
-        EXPECT_EQ(outcome, (parser.dhcpMsgTypeOpt() == 0 ? "false:" : "true:") + read +
+        EXPECT_EQ(outcome, (parser.dhcpMsgTypeOpt() == 0 ? "noEndOption:" : "true:") + read +
                                " isDhcp=true dhcpOpType=bootpRep" + row.outcome)
             << row.rule;
     }
@@ -171,12 +173,17 @@ TEST(DhcpParser, ItsStagesStandAlone) {
     EXPECT_TRUE(parser.doParseIpHdr(packet(hex("EE EE") + ip())));
     EXPECT_TRUE(parser.doParseUdpHdr(packet(Octets(22) + udp)));
     EXPECT_EQ(parser.offset(), 30);
+    EXPECT_EQ(parser.rejection(), FrameRejection::none);
     EXPECT_FALSE(parser.doParseUdpHdr(packet(Octets(37))));
+    EXPECT_EQ(parser.rejection(), FrameRejection::shortUdpHeader);
     EXPECT_FALSE(parser.doParseEthHdr(packet(macs), accessPort, true));  // no configuration, no native VLAN
-    EXPECT_EQ(parser.offset(), 0);
+    EXPECT_TRUE(parser.offset() == 0 && parser.rejection() == FrameRejection::portNotConfigured);
+    EXPECT_FALSE(parser.doParse(packet(first(bootp, 236)), noPort, true));
+    EXPECT_EQ(parser.rejection(), FrameRejection::noOptionSpace);
     EXPECT_EQ(refusalOf([&] { parser.doParse(packet(macs + hex("81 00 FF FF 08 00")), noPort, false); }),
               "Bridging::VlanIdOrNone::value > 4094 not allowed");
-    EXPECT_EQ(assertionOf([] { PacketParser("PacketParser{}"); }),
+    EXPECT_EQ(parser.rejection(), FrameRejection::reservedVlan);
+    EXPECT_EQ(assertionOf([] { PacketParser(Kcore::CharRange("PacketParser{}")); }),
               "DhcpLib/DhcpParser|DhcpLib::PacketParser::PacketParser(Kcore::CharRange)|"
               "No String constructor for PacketParser - has collection");
 }

@@ -6,6 +6,7 @@
 
 #include "Bridging/Config.h"
 #include "Bytes.h"
+#include "DhcpLib/FrameRejection.h"
 #include "Kcore/Exception.h"
 #include "Recorders.h"
 
@@ -26,16 +27,19 @@ inline const Kcore::Ptr<const Bridging::Config>& config() {
     return switchConfig;
 }
 
-/// What `parse(parser)` makes of the parser: "true", "false" or the range exception's text, then the attributes that it
-/// changed, then its lines up to the level of rejections.
+/// What `parse(parser)` makes of the parser: "true", the rejection's name or the range exception's text, then the
+/// attributes that it changed, then its trace lines up to the level of rejections.
 template <class Parser, class Parse>
 std::string outcomeOf(Parser& parser, Parse parse) {
     const Parser before = parser;
     TraceRecorder trace(2);
     std::string outcome;
     try {
-        outcome = parse(parser) ? "true:" : "false:";
+        const bool accepted = parse(parser);
+        EXPECT_EQ(accepted, parser.rejection() == DhcpLib::FrameRejection::none);
+        outcome = accepted ? "true:" : Kcore::textOf(parser.rejection()) + ':';
     } catch (const Kcore::RangeException& e) {
+        EXPECT_EQ(parser.rejection(), DhcpLib::FrameRejection::reservedVlan);
         outcome = e.what() + std::string(":");
     }
     std::vector<std::string> values;

@@ -1,0 +1,107 @@
+#include "DhcpLib/Dhcp6Identifiers.h"
+
+#include <charconv>
+#include <limits>
+
+#include "DhcpLib/internal/Dhcp6Identifiers.h"
+
+namespace DhcpLib {
+
+namespace {
+
+constexpr U16 firstVlan = 1, lastVlan = 4094;
+
+/// As strtoul reads a decimal number: blanks, a sign, digits; no digits are 0, a number too large the largest, and a
+/// minus sign turns the number into its complement.
+unsigned long leadingNumber(std::string_view text) {
+    const std::size_t start = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
+    const char* at = text.data() + start;
+    const char* const end = text.data() + text.size();
+    const bool negative = at != end && *at == '-';
+    if (at != end && (*at == '-' || *at == '+')) ++at;
+    unsigned long number = 0;
+    if (std::from_chars(at, end, number).ec == std::errc::result_out_of_range)
+        return std::numeric_limits<unsigned long>::max();
+    return negative ? -number : number;
+}
+
+/// Reads "<interface>:<VLAN>"; both outputs are set, or neither.
+Dhcp6PortInfo decodeIntfVlan(std::string_view text, Kitnet::IntfId& intf, Bridging::VlanId& vlanId) {
+    const std::size_t colon = text.find(':');
+    if (colon == text.npos) return Dhcp6PortInfo::noColon;
+    if (colon == 0 || text.back() == ':') return Dhcp6PortInfo::colonAtEdge;
+    const PortText port(text);
+    const unsigned long vlan = leadingNumber(port.vlan);
+    if (vlan < firstVlan || vlan > lastVlan) return Dhcp6PortInfo::invalidVlan;
+    if (!Kitnet::IntfId::parse(port.intf, &intf)) return Dhcp6PortInfo::invalidInterface;
+    vlanId.valueIs(static_cast<unsigned>(vlan));
+    return Dhcp6PortInfo::decoded;
+}
+
+Dhcp6OptionPlace placeOf(const Dhcp6Option& option) { return {true, option.len(), option.offset()}; }
+
+/// The packet up to the end of the option's data.
+Wire::ByteView upToEndOf(const Dhcp6Option& option) {
+    const U32 end = U32{option.offset()} + Dhcp6Const::optdata_offset + option.len();
+    return {option.pkt()->data(), std::min(end, option.pkt()->bytes())};
+}
+
+}  // namespace
+
+void readClientIdentifier(Wire::ByteView bytes, Dhcp6ClientIdentifier& id) {
+    const DuidFields duid = decodeDuid(bytes, packetPosition(id.option.offset), Dhcp6Const::optdata_offset);
+    const U16 len = id.option.len;
+    const bool isEn = duid.duidType == Dhcp6Const::duidType_en;
+    if (!isEn && len != Dhcp6Const::duidll_size && len != Dhcp6Const::duidllt_size && len != Dhcp6Const::duiduuid_size)
+        return;
+    id.duidType = duid.duidType;
+    id.duidHwType = duid.hardwareType;
+    if (DuidFields::hasLinkLayer(duid.duidType)) id.duidllAddr = duid.llAddr;
+    if (duid.duidType == Dhcp6Const::duidType_uuid) id.duidUuid = duid.uuid;
+    if (isEn) {
+        id.duidEntno = duid.entno;
+        id.duidEntId = duid.entId;
+    }
+}
+
+RemoteIdFields readRemoteIdentifier(Wire::ByteView bytes, Dhcp6RemoteIdentifier& id) {
+    const U16 option = packetPosition(id.option.offset);
+    const DuidFields duid = decodeDuid(bytes, option, Dhcp6Const::duid_offset);
+    const RemoteIdFields remoteId = decodeRemoteId(bytes, option, id.option.len);
+    id.entno = remoteId.entno;
+    id.duidType = duid.duidType;
+    id.duidHwType = duid.hardwareType;
+    id.duidllAddr = duid.llAddr;
+    id.l3IntfId = remoteId.interfaceId;
+    id.portInfo = remoteId.subOptType == Dhcp6Const::rIdSubOptIntfVlan
+                      ? decodeIntfVlan(remoteId.subOptValue, id.l2IntfId, id.vlanId)
+                      : Dhcp6PortInfo::noPortText;
+    return remoteId;
+}
+
+Dhcp6ClientIdentifier dhcp6ClientIdentifier(const Dhcp6OptionPtr& opt) {
+    Dhcp6ClientIdentifier id;
+    id.option = placeOf(*opt);
+    readClientIdentifier(upToEndOf(*opt), id);
+    return id;
+}
+
+Dhcp6RemoteIdentifier dhcp6RemoteIdentifier(const Dhcp6OptionPtr& opt) {
+    Dhcp6RemoteIdentifier id;
+    id.option = placeOf(*opt);
+    readRemoteIdentifier(upToEndOf(*opt), id);
+    return id;
+}
+
+Dhcp6Identifiers dhcp6Identifiers(const PktPtr& pkt, const Dhcp6MessagePlace& message) {
+    Dhcp6Identifiers found;
+    for (const Dhcp6Option::Ptr& option : dhcp6MessageOptions(pkt, message)) {
+        if (option->optType() == Dhcp6OptionType::clientId && !found.clientId.option.present)
+            found.clientId = dhcp6ClientIdentifier(option);
+        if (option->optType() == Dhcp6OptionType::remoteId && !found.remoteId.option.present)
+            found.remoteId = dhcp6RemoteIdentifier(option);
+    }
+    return found;
+}
+
+}  // namespace DhcpLib

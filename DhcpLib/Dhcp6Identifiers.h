@@ -1,0 +1,92 @@
+#pragma once
+
+#include "Bridging/VlanId.h"
+#include "DhcpLib/Dhcp6Hdr/Nested.h"
+#include "Kitnet/EthAddr.h"
+#include "Kitnet/IntfId.h"
+
+namespace DhcpLib {
+
+/// Where an option lies in a packet.
+struct Dhcp6OptionPlace {
+    bool present = false;  ///< whether the message has the option
+    U16 len = 0;           ///< the option's length field: bytes of data
+    U32 offset = 0;        ///< position of the option's code in the packet
+};
+
+/// The client identifier of a message (option 1, RFC 8415, section 21.2), decoded. Fields that its type of DUID does
+/// not have stay zero or empty. The DUID fields are set where the type is DUID-EN (2) or the length is 10, 14 or 18:
+/// an Ethernet DUID-LL or DUID-LLT, or a DUID-UUID.
+struct Dhcp6ClientIdentifier {
+    Dhcp6OptionPlace option;
+    U16 duidType = 0;
+    U16 duidHwType = 0;
+    Kitnet::EthAddr duidllAddr;  ///< of a DUID-LL or DUID-LLT
+    U32 duidEntno = 0;           ///< of a DUID-EN
+    Kcore::String duidUuid;      ///< of a DUID-UUID: 16 bytes
+    Kcore::String duidEntId;     ///< of a DUID-EN
+};
+
+/// What became of the interface and VLAN in a remote-id, which stand there as the text "<interface>:<VLAN>" in a
+/// sub-option of type 1.
+enum class Dhcp6PortInfo : U8 {
+    decoded,
+    noPortText,        ///< no sub-option, or one of another type
+    noColon,           ///< no ':' in the text
+    colonAtEdge,       ///< the text starts or ends with ':'
+    invalidVlan,       ///< not 1 to 4094
+    invalidInterface,  ///< not a valid interface name
+};
+
+/// The relay agent remote-id of a message (option 37, RFC 4649), read in the layout of Dhcp6RemoteId whatever layout
+/// its sender used.
+struct Dhcp6RemoteIdentifier {
+    Dhcp6OptionPlace option;
+    U32 entno = 0;
+    U16 duidType = 0;
+    U16 duidHwType = 0;
+    Kitnet::EthAddr duidllAddr;
+    U64 l3IntfId = 0;
+    Kitnet::IntfId l2IntfId;  ///< set where `portInfo` is `decoded`
+    Bridging::VlanId vlanId;  ///< likewise
+    Dhcp6PortInfo portInfo = Dhcp6PortInfo::noPortText;
+
+    bool l2PortInfoValid() const { return portInfo == Dhcp6PortInfo::decoded; }
+};
+
+/// Reads the client identifier or the remote-id `opt`, whatever its code. Bytes behind the option's data or behind the
+/// packet read as 0. Traces nothing.
+DHCPLIB_EXPORT Dhcp6ClientIdentifier dhcp6ClientIdentifier(const Dhcp6OptionPtr& opt);
+DHCPLIB_EXPORT Dhcp6RemoteIdentifier dhcp6RemoteIdentifier(const Dhcp6OptionPtr& opt);
+
+/// The client identifier and the remote-id of a message.
+struct Dhcp6Identifiers {
+    Dhcp6ClientIdentifier clientId;
+    Dhcp6RemoteIdentifier remoteId;
+};
+
+/// Reads both identifiers of the client/server or relay message at `message`, without a frame around it. Of several
+/// options of one code the first counts; options that pass the message's end do not exist. Unlike
+/// Dhcp6PacketParser::doParseDhcp6 it reads the remote-id of a message without a client identifier too.
+DHCPLIB_EXPORT Dhcp6Identifiers dhcp6Identifiers(const PktPtr& pkt, const Dhcp6MessagePlace& message);
+
+}  // namespace DhcpLib
+
+template <>
+struct Kcore::EnumTable<DhcpLib::Dhcp6PortInfo> {
+    using enum DhcpLib::Dhcp6PortInfo;
+    static constexpr std::string_view name = "Dhcp6PortInfo";
+    static constexpr EnumMember<DhcpLib::Dhcp6PortInfo> members[] = {
+        {decoded, "decoded"},         {noPortText, "noPortText"},   {noColon, "noColon"},
+        {colonAtEdge, "colonAtEdge"}, {invalidVlan, "invalidVlan"}, {invalidInterface, "invalidInterface"},
+    };
+};
+
+namespace DhcpLib {
+
+inline Dhcp6PortInfo Dhcp6PortInfoInstance(unsigned number) { return Kcore::enumInstance<Dhcp6PortInfo>(number); }
+inline Dhcp6PortInfo Dhcp6PortInfoInstance(const Kcore::String& name) {
+    return Kcore::enumInstance<Dhcp6PortInfo>(name);
+}
+
+}  // namespace DhcpLib
