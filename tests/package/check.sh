@@ -11,13 +11,14 @@ launcher=
 number=64999  # not the default
 # Each consumer defines a macro with the name of the CMake variable, which must not change anything.
 definitions=-DDHCPLIB_ENTERPRISE_NUMBER=1
+warnings='-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror'
 
 # consumer COMPILER ARGUMENTS...: builds the consumer project, configured with the arguments.
 consumer() {
     compiler=$1
     shift
     cmake -S "$source/tests/package/consumer" -B "$work" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
-        -DCMAKE_CXX_FLAGS="$definitions" -DEXAMPLE_SOURCE="$work/example.cpp" -DEXPECTED_VERSION="$version" "$@"
+        -DCMAKE_CXX_FLAGS="$definitions $warnings" -DEXAMPLE_SOURCE="$work/example.cpp" -DEXPECTED_VERSION="$version" "$@"
     cmake --build "$work"
 }
 
