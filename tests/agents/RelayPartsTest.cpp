@@ -1,0 +1,111 @@
+#include "Counters.h"
+#include "Options.h"
+#include "RelayWorld.h"
+
+namespace DhcpTest {
+
+namespace {
+
+TransactionKey keyOf(U8 n) {
+    TransactionKey key;
+    key.id[0] = n;
+    return key;
+}
+
+TEST(TransactionMemory, FloodOfOneLinkForgetsItsOwnOldestAlone) {
+    TransactionMemory memory(2, 4, 60);
+    memory.remember(keyOf(200), {{1, 1, {}}, {}, false}, 0);
+    for (U8 n = 0; n < 100; ++n) memory.remember(keyOf(n), {{0, 1, {}}, {}, false}, 0);
+    for (U8 n = 0; n < 100; ++n) EXPECT_EQ(memory.find(keyOf(n), 0) != nullptr, n >= 96) << int{n};
+    ASSERT_NE(memory.find(keyOf(200), 59), nullptr);
+    EXPECT_EQ(memory.find(keyOf(200), 60), nullptr);
+}
+
+TEST(PortName, FindsThePortOfItsText) {
+    World world;
+    const Links& links = world.context.links;
+    const struct {
+        const char *pattern, *text, *port;
+    } rows[] = {{"%i:%v", "eth1:20", "0 20"},  {"%i:%v", "eth1:1", "0 1"},    {"%i:%v", "eth1:21", "none"},
+                {"%i:%v", "eth1:020", "none"}, {"%i:%v", "eth1:20x", "none"}, {"%i:%v", "eth1:", "none"},
+                {"%i:%v", "eth10:1", "none"},  {"sw1/%i", "sw1/eth2", "1 1"}, {"sw1/%i", "sw1/eth1", "none"},
+                {"port-7", "port-7", "none"},  {"%v%%%i", "20%eth1", "0 20"}, {"%m", "02:00:00:00:00:02", "1 1"},
+                {"%v-%v", "20-20", "none"},    {"%i%v%v", "eth12020", "none"}};
+    for (const auto& row : rows) {
+        const Port port = PortName("circuit-id", row.pattern).portOf(links, row.text);
+        EXPECT_EQ(port.isKnown() ? std::to_string(port.link) + " " + std::to_string(port.vlan) : "none", row.port)
+            << row.pattern << " " << row.text;
+    }
+    EXPECT_THROW(PortName("circuit-id", "%x"), UsageError);
+}
+
+TEST(FramesOf, SplitsAtTheMtu) {
+    const Octets message(3000, 0x5a);
+    for (const char* dst : {"10.20.0.9", "2001:db8:1::9"}) {
+        Destination to;
+        to.dst = IpGenAddr::fromText(dst);
+        to.src = IpGenAddr::fromText(to.dst.isV4() ? "10.20.0.1" : "2001:db8:1::1");
+        to.tag = {0x8100, 20};
+        const U32 headers = to.dst.isV4() ? 34 : 62, offsetAt = to.dst.isV4() ? 20 : 56;
+        Octets payload;
+        for (const PktPtr& frame : framesOf(packet(message), to, 1280)) {
+            const U16 field = DhcpLib::Wire::load<U16>(*frame, offsetAt);
+            EXPECT_LE(frame->bytes(), 1280u + 14);
+            EXPECT_EQ(to.dst.isV4() ? (field & 0x1fffu) * 8 : field & 0xfff8u, payload.size()) << dst;
+            EXPECT_EQ(frame->vlanTagTci(), 20);
+            const Octets bytes = bytesOf(*frame);
+            payload.insert(payload.end(), bytes.begin() + headers, bytes.end());
+            const bool more = to.dst.isV4() ? (field & 0x2000) != 0 : (field & 1) != 0;
+            EXPECT_EQ(more, payload.size() < message.size() + 8) << dst;
+        }
+        EXPECT_EQ(Octets(payload.begin() + 8, payload.end()), message) << dst;
+    }
+}
+
+TEST(Links, FollowWhatTheKernelTells) {
+    World world;
+    Links& links = world.context.links;
+    links.addressesAre({{1, IpAddr::fromText("10.21.0.1"), 24}});
+    EXPECT_EQ(world.arrives(0, frameOf({}, bytesOf(Message4{}))), "relayed giaddr 10.21.0.1 hops 1 circuit-id eth1:1");
+    const Octets reply = bytesOf(Message4{.op = 2, .yiaddr = "10.21.0.9", .giaddr = "10.21.0.1"});
+    links.deviceIs("eth1", {});
+    EXPECT_EQ(world.arrives(reply, server4), "no-link");
+}
+
+/// Empty where the arguments are accepted.
+std::string refusal(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "dhcprelay");
+    try {
+        settingsOf(static_cast<int>(arguments.size()), arguments.data());
+    } catch (const UsageError& error) {
+        return error.what();
+    }
+    return "";
+}
+
+TEST(Options, NameWhatIsWrong) {
+    const struct {
+        std::vector<const char*> arguments;
+        const char* refusal;
+    } rows[] = {
+        {{"-c", "a", "-s", "10.0.0.1"}, ""},
+        {{"-s", "10.0.0.1"}, "no --client"},
+        {{"-c", "a"}, "no --server"},
+        {{"-c", "a", "-c", "a", "-s", "10.0.0.1"}, "--client a: named twice"},
+        {{"-c", "a", "-s", "10.0.0.1", "-s", "10.0.0.1"}, "--server 10.0.0.1: named twice"},
+        {{"-c", "a", "-s", "10.0.0"}, "--server 10.0.0: no address of a host"},
+        {{"-c", "a", "-s", "fe80::1"}, "--server fe80::1: a link-local address needs --server-interface"},
+        {{"-c", "a", "-s", "10.0.0.1", "-6"}, "--ipv6, but no --server with an IPv6 address"},
+        {{"-c", "a", "-s", "10.0.0.1", "--trust", "b"}, "--trust b: no --client has this name"},
+        {{"-c", "a", "-s", "10.0.0.1", "--vlans", "a=1,4095"},
+         "--vlans a=1,4095: no VLAN, which is a number from 1 to 4094"},
+        {{"-c", "a", "-s", "10.0.0.1", "--vlans", "a=9-7"}, "--vlans a=9-7: a range that ends before it starts"},
+        {{"-c", "a", "-s", "10.0.0.1", "--giaddr", "a:20=::1"}, "--giaddr a:20=::1: no IPv4 address"},
+        {{"-c", "a", "-s", "10.0.0.1", "--option82", "keep"}, "--option82: keep not in {discard,replace}"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(refusal(row.arguments), row.refusal);
+}
+
+}  // namespace
+
+}  // namespace DhcpTest
