@@ -1,3 +1,5 @@
+#include <gtest/gtest.h>
+
 #include "RelayWorld.h"
 
 namespace DhcpTest {

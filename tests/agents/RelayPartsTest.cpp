@@ -1,4 +1,7 @@
+#include <gtest/gtest.h>
+
 #include "Counters.h"
+#include "DhcpLib/Wire.h"
 #include "Options.h"
 #include "RelayWorld.h"
 
@@ -68,7 +71,7 @@ TEST(Links, FollowWhatTheKernelTells) {
     links.addressesAre({{1, IpAddr::fromText("10.21.0.1"), 24}});
     EXPECT_EQ(world.arrives(0, frameOf({}, bytesOf(Message4{}))), "relayed giaddr 10.21.0.1 hops 1 circuit-id eth1:1");
     const Octets reply = bytesOf(Message4{.op = 2, .yiaddr = "10.21.0.9", .giaddr = "10.21.0.1"});
-    links.deviceIs("eth1", {});
+    links.deviceIs("eth1", {1, EthAddr(), true, false, 1500});
     EXPECT_EQ(world.arrives(reply, server4), "no-link");
 }
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "Bytes.h"
 #include "Frame.h"
 #include "Steps.h"

@@ -67,8 +67,11 @@ TEST_F(PacketAccess, KernelDevicesAreFollowed) {
     EXPECT_EQ(status("va").ifIndex(), index);
     EXPECT_TRUE(status("va").enabled() && status("va").operUp());
 
-    // The new size changes nothing that is kept.
-    ip("link set va mtu 1400 && ip link set va address 02:00:00:00:00:0a");
+    ip("link set va mtu 1400");
+    until([&] { return status("va").mtu() == 1400; });
+    EXPECT_EQ(changes(), Names{"va"});
+    // The new queue length changes nothing that is kept.
+    ip("link set va txqueuelen 77 && ip link set va address 02:00:00:00:00:0a");
     until([&] { return Kcore::textOf(status("va").macAddr()) == "02:00:00:00:00:0a"; });
     EXPECT_EQ(changes(), Names{"va"});
     ip("link set vb down");
