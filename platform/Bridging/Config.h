@@ -9,7 +9,7 @@
 
 namespace Bridging {
 
-/// What a switch port makes of VLAN tags. `dot1qTunnel`: a customer's tag is payload like any other.
+/// How a switch port treats VLAN tags. In mode `dot1qTunnel` a customer's tag is part of the payload.
 enum class SwitchportMode : Kcore::U8 { access = 0, trunk = 1, dot1qTunnel = 2 };
 
 }  // namespace Bridging
@@ -34,7 +34,7 @@ inline SwitchportMode SwitchportModeInstance(const Kcore::String& name) {
     return Kcore::enumInstance<SwitchportMode>(name);
 }
 
-/// How one interface bridges. As delivered, a switch port is an access port of VLAN 1 (IEEE 802.1Q's default).
+/// VLAN settings of one interface. The default is an access port of VLAN 1 (IEEE 802.1Q).
 class DHCPPLATFORM_EXPORT SwitchIntfConfig final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<SwitchIntfConfig>;
@@ -57,7 +57,7 @@ private:
     SwitchportMode switchportMode_ = SwitchportMode::access;
 };
 
-/// The bridging configuration of the switch.
+/// VLAN settings of all interfaces of the switch.
 class DHCPPLATFORM_EXPORT Config final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<Config>;
@@ -70,14 +70,15 @@ public:
     }
 
     const SwitchIntfConfigs& switchIntfConfig() const { return switchIntfConfig_; }
-    /// The interface's entry, or null. The pointer itself stands in the collection: copy it to keep it.
+    /// The interface's entry, or null. Copy the pointer to keep the entry: the reference is valid until the collection
+    /// changes.
     const SwitchIntfConfig::Ptr& switchIntfConfig(const Kitnet::IntfId& intf) const {
         const SwitchIntfConfig::Ptr* const entry = switchIntfConfig_.find(intf);
         return entry != nullptr ? *entry : absent_;
     }
-    /// The interface's entry, made where there is none.
+    /// Returns the interface's entry. Creates one if there is none.
     SwitchIntfConfig::Ptr switchIntfConfigIs(const Kitnet::IntfId& intf);
-    /// Takes the interface's entry out of the collection and returns it; null where there is none.
+    /// Removes the interface's entry and returns it; null if there was none.
     SwitchIntfConfig::Ptr switchIntfConfigDel(const Kitnet::IntfId& intf);
 
 private:

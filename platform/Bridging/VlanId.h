@@ -11,13 +11,13 @@ namespace Bridging {
 using Kcore::appendText;
 using Kcore::operator<<;
 
-/// A VLAN number with an upper bound: `Self` names it (`maxValue`) and the text with which a larger number is refused
-/// (`refusal`). 0 by default.
+/// A VLAN number, 0 by default. `Self` defines the upper bound (`maxValue`) and the exception text for larger numbers
+/// (`refusal`).
 template <class Self>
 class VlanNumber {
 public:
     constexpr VlanNumber() = default;
-    /// Raises RangeException if `value` is above the bound.
+    /// Throws RangeException if `value` is above the bound.
     constexpr explicit VlanNumber(unsigned value) { valueIs(value); }
 
     constexpr Kcore::U16 value() const { return value_; }
@@ -51,7 +51,7 @@ public:
     using VlanNumber::VlanNumber;
 };
 
-/// A VLAN identifier, or 0 for none: 0 to 4094, since 4095 is reserved (IEEE 802.1Q).
+/// A VLAN identifier from 1 to 4094, or 0 for none. 4095 is reserved (IEEE 802.1Q).
 class VlanIdOrNone : public VlanNumber<VlanIdOrNone> {
 public:
     static constexpr unsigned maxValue = 4094;

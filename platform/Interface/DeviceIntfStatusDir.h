@@ -6,8 +6,8 @@
 
 namespace Interface {
 
-/// The interfaces that have a kernel device at present, with its status. Kept by an interface status manager; observe
-/// it to learn of interfaces that come, go, or go down and up.
+/// The interfaces that currently have a kernel device, with its status. An interface status manager keeps it up to
+/// date. Observe it to learn of interfaces that appear, disappear, or go down and up.
 class DHCPPLATFORM_EXPORT DeviceIntfStatusDir final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<DeviceIntfStatusDir>;

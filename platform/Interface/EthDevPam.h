@@ -8,8 +8,9 @@
 
 namespace Interface {
 
-/// A frame of an interface, its first byte that of the Ethernet header. `outgoing`: this host sent it. `checksumReady`:
-/// false while the sender, which is on this host, has left the UDP checksum to a network card that never saw the frame.
+/// A frame that was received on an interface, from its Ethernet header on. `outgoing`: this host sent it.
+/// `checksumReady`: false if the sender is on this host and has left the UDP checksum to the network card, so that it
+/// is not set.
 struct PamFrame {
     Kcore::Ptr<Kitnet::Pkt> pkt;
     Kitnet::IntfId intf;
@@ -19,8 +20,8 @@ struct PamFrame {
     explicit operator bool() const { return static_cast<bool>(pkt); }
 };
 
-/// Packet access of one interface. Its socket comes and goes with the interface's device and with the enabling of the
-/// manager; the counters go on. An agent polls `fd` for reading and then calls `readPkt` until nothing is left.
+/// Packet access of one interface. It has a socket while the manager is enabled and the interface has a device. The
+/// counters survive a new socket. An agent polls `fd` for reading, then calls `readPkt` until nothing is left.
 class DHCPPLATFORM_EXPORT EthDevPam final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<EthDevPam>;
@@ -36,24 +37,24 @@ public:
     }
 
     const Kitnet::IntfId& intf() const { return intf_; }
-    /// Readable when a frame is waiting, and once when the link goes down. -1 while there is no socket; another one
-    /// after the device was away, so ask each time before polling.
+    /// Readable if a frame is waiting, and once when the link goes down. -1 if there is no socket. Ask before each
+    /// poll, since the socket is replaced when the device reappears.
     int fd() const { return socket_.get(); }
-    /// Why there is no socket, for a person to read; empty while there is one.
+    /// Why there is no socket, as a message; empty if there is one.
     const Kcore::String& error() const { return error_; }
 
-    /// The next frame; one without a packet where none is waiting. A frame that cannot be read is counted and skipped.
+    /// The next frame. The packet is null if no frame is waiting. A frame that cannot be read is counted and skipped.
     PamFrame readPkt();
-    /// Sends a frame from its Ethernet header on, its out-of-band tag put back in. False, counted as an error, where
-    /// there is no socket or the kernel refuses it; a trace line tells why.
+    /// Sends a frame that starts at its Ethernet header, with its out-of-band tag put back. If there is no socket or
+    /// the kernel refuses the frame, counts an error, traces the reason and returns false.
     bool sendPkt(const Kcore::Ptr<Kitnet::Pkt>& pkt);
 
-    /// Frames that readPkt() returned, and that sendPkt() sent.
+    /// Number of frames that readPkt() returned and that sendPkt() sent.
     U64 received() const { return received_; }
     U64 sent() const { return sent_; }
-    /// Frames that passed the filter and that the kernel dropped because the socket was full.
+    /// Number of frames that passed the filter but were dropped by the kernel because the socket was full.
     U64 dropped() const;
-    /// Failures to read or to send a frame.
+    /// Number of frames that could not be read or sent.
     U64 errors() const { return errors_; }
 
 private:
@@ -69,7 +70,7 @@ private:
     Kcore::String error_;
     U64 received_ = 0;
     U64 sent_ = 0;
-    mutable U64 dropped_ = 0;  // the kernel's count starts anew each time it is taken
+    mutable U64 dropped_ = 0;  // the kernel resets its count at each read
     U64 errors_ = 0;
 };
 

@@ -6,8 +6,8 @@
 
 namespace Interface {
 
-/// The packet access of each desired interface, for the agent's loop to poll and to read. Kept by an EthDevPamManager,
-/// which must not run while the loop walks it: handle the status directories before or after.
+/// The packet access of each desired interface. The agent's event loop polls and reads its members. An EthDevPamManager
+/// keeps it up to date; do not handle status changes while you iterate over it.
 class DHCPPLATFORM_EXPORT EthDevPamCollection final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<EthDevPamCollection>;
@@ -23,7 +23,7 @@ public:
 
     const Kcore::String& name() const { return name_; }
     const Pams& ethDevPam() const { return ethDevPam_; }
-    /// Null for an interface that is not desired.
+    /// Null if the interface is not desired.
     EthDevPam::Ptr ethDevPam(const Kitnet::IntfId& intf) const {
         const EthDevPam::Ptr* const pam = ethDevPam_.find(intf);
         return pam != nullptr ? *pam : nullptr;

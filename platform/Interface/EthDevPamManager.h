@@ -6,7 +6,7 @@
 
 namespace Interface {
 
-/// Gives an agent the packets of its interfaces, once it is enabled.
+/// Base of the packet access managers.
 class DHCPPLATFORM_EXPORT PamManagerBase : public Kcore::Node {
 public:
     ~PamManagerBase() override;
@@ -15,29 +15,28 @@ public:
     void enabledIs(bool enabled);
 
 protected:
-    /// `enabled` or a setting changed.
+    /// Called after `enabled` or a setting has changed.
     virtual void handleSettings() = 0;
 
 private:
     bool enabled_ = false;
 };
 
-/// As its base, by packet sockets. A setting that changes while it is enabled renews them, and the frames that wait
-/// in them are lost: set first, then enable.
+/// Base of the managers that use packet sockets. Changing a setting while enabled creates new sockets, and frames that
+/// wait in the old ones are lost: set first, then enable.
 class DHCPPLATFORM_EXPORT EthDevPamManagerBase : public PamManagerBase {
 public:
     ~EthDevPamManagerBase() override;
 
-    /// Of the kind that packet(7) takes, but in host order: an EtherType, 3 for every protocol (the sockets see
-    /// outgoing frames only then), 0 for none.
+    /// The protocol as in packet(7), but in host order: an EtherType, 3 for every protocol (needed to see outgoing
+    /// frames), 0 for none.
     U16 protocol() const { return settings_.protocol; }
     void protocolIs(U16 protocol);
-    /// What the kernel gives the agent of each frame; without a program every frame, whole. The instructions must stay
-    /// where they are.
+    /// The filter of the sockets. Without a program an agent receives every frame. The instructions must stay valid.
     const Kitnet::SockFilterProgram& filterProgram() const { return settings_.filterProgram; }
     void filterProgramIs(const Kitnet::SockFilterProgram& program);
-    /// Of each socket, in bytes of frames (the kernel doubles it for its own needs, and has a limit for it,
-    /// net.core.rmem_max); 0 for the system's default.
+    /// Receive buffer of each socket, in bytes of frames; 0 for the system's default. The kernel doubles it for its own
+    /// use and limits it to net.core.rmem_max.
     U32 receiveBuffer() const { return settings_.receiveBuffer; }
     void receiveBufferIs(U32 bytes);
 
@@ -48,9 +47,9 @@ private:
     PacketSocketSettings settings_;
 };
 
-/// Keeps a collection of packet access: one member for each desired interface while it is enabled, with a socket while
-/// the interface has a device. A socket lasts while the link is down. A member without a socket says why (`error`);
-/// opening it is tried again whenever its interface changes. All members leave with the manager.
+/// Keeps an EthDevPamCollection up to date. While enabled, it has a member for each desired interface. The member has a
+/// socket while the interface has a device, even while the link is down. A member without a socket gives the reason
+/// (`error`); the manager tries again when the interface changes. Destroying the manager removes all members.
 class DHCPPLATFORM_EXPORT EthDevPamManager final : public EthDevPamManagerBase {
 public:
     using Ptr = Kcore::Ptr<EthDevPamManager>;

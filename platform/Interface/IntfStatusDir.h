@@ -5,7 +5,7 @@
 
 namespace Interface {
 
-/// Interfaces by their names, each with the name of the kernel device that carries it.
+/// Interface names, each with the name of its kernel device.
 class DHCPPLATFORM_EXPORT IntfStatusDir : public Kcore::Node {
 public:
     using DeviceNames = Kcore::Directory<Kitnet::IntfId, Kcore::String>;
@@ -13,7 +13,7 @@ public:
     ~IntfStatusDir() override;
 
     const DeviceNames& deviceName() const { return deviceName_; }
-    /// Null where the interface is not in the directory.
+    /// Null if the directory does not have the interface.
     const Kcore::String* deviceName(const Kitnet::IntfId& intf) const { return deviceName_.find(intf); }
 
 protected:
@@ -27,8 +27,8 @@ protected:
     DeviceNames deviceName_;
 };
 
-/// Every interface of the system, under the name of its device: follows the kernel's devices. A device whose name is
-/// not that of an interface (`Kitnet::IntfId`) is not here; give it one in the AllIntfStatusLocalDir.
+/// All interfaces of the system under the names of their devices. Follows the kernel's devices. A device whose name is
+/// not a valid interface name (`Kitnet::IntfId`) is left out; name it in the AllIntfStatusLocalDir.
 class DHCPPLATFORM_EXPORT AllIntfStatusDir final : public IntfStatusDir {
 public:
     using Ptr = Kcore::Ptr<AllIntfStatusDir>;
@@ -45,8 +45,8 @@ private:
     const Kcore::Observers<const Kcore::String&>::Observation devices_;
 };
 
-/// The names that this machine alone gives to devices, such as "Ethernet1" to "et1". A name that stands in
-/// AllIntfStatusDir as well means the device that is told here.
+/// Additional names that this machine gives to devices, such as "Ethernet1" for "et1". An entry here overrides one in
+/// AllIntfStatusDir.
 class DHCPPLATFORM_EXPORT AllIntfStatusLocalDir final : public IntfStatusDir {
 public:
     using Ptr = Kcore::Ptr<AllIntfStatusLocalDir>;

@@ -5,8 +5,8 @@
 
 namespace Interface {
 
-/// Keeps a directory of the interfaces that have a kernel device, here those that are known by that alone. What it
-/// put into the directory leaves with it.
+/// Keeps a DeviceIntfStatusDir up to date for the kernel-only interfaces. Destroying the manager removes the entries
+/// that it added.
 class DHCPPLATFORM_EXPORT KniIntfStatusManager : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<KniIntfStatusManager>;
@@ -20,15 +20,15 @@ public:
                               Kcore::attribute("kernelOnlyInterface", &KniIntfStatusManager::kernelOnlyInterface));
     }
 
-    /// Interfaces that no interface directory has, with the names of their devices.
+    /// Interfaces that are in no directory, with the names of their devices.
     const Kcore::FlatMap<Kitnet::IntfId, Kcore::String>& kernelOnlyInterface() const { return kernelOnlyInterface_; }
     void kernelOnlyInterfaceIs(const Kitnet::IntfId& intf, const Kcore::String& deviceName);
     void kernelOnlyInterfaceDel(Kitnet::IntfId intf);
 
 protected:
-    /// The name of the device that carries the interface; null for an unknown interface.
+    /// The name of the interface's device; null for an unknown interface.
     virtual const Kcore::String* deviceName(const Kitnet::IntfId& intf) const;
-    /// Brings the directory's entry of `intf` up to date.
+    /// Updates the directory's entry of `intf`.
     void handleIntf(const Kitnet::IntfId& intf);
 
 private:
@@ -37,12 +37,12 @@ private:
     const DeviceIntfStatusDir::Ptr deviceIntfStatusDir_;
     const Kcore::Ptr<const KernelNetInfo::Status> kniStatus_;
     Kcore::FlatMap<Kitnet::IntfId, Kcore::String> kernelOnlyInterface_;
-    Kcore::FlatMap<Kitnet::IntfId, Kcore::String> deviceOfIntf_;  // of every interface known at present
+    Kcore::FlatMap<Kitnet::IntfId, Kcore::String> deviceOfIntf_;  // of all interfaces that are known at present
     const Kcore::Observers<const Kcore::String&>::Observation devices_;
 };
 
-/// As its base, for the interfaces of this machine and those bundled of them, as the interface directories name them.
-/// Where several name one interface, the local directory is right before the other, and that before a kernel-only one.
+/// Keeps a DeviceIntfStatusDir up to date for all interfaces of this machine, bundled ones included. If several sources
+/// name an interface, the local directory wins over AllIntfStatusDir, and that over a kernel-only interface.
 class DHCPPLATFORM_EXPORT LagLocalDeviceIntfStatusManager final : public KniIntfStatusManager {
 public:
     using Ptr = Kcore::Ptr<LagLocalDeviceIntfStatusManager>;

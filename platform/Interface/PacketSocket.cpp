@@ -20,7 +20,7 @@ namespace {
 
 using Kcore::U8;
 
-constexpr std::size_t largestFrame = 65535;  // no filter program lets more of a frame through
+constexpr std::size_t largestFrame = 65535;  // bytes; longer frames are refused
 constexpr std::size_t addressBytes = 2 * ETH_ALEN;
 
 [[noreturn]] void raise(const char* what, int error = errno) {
@@ -39,7 +39,7 @@ void attach(int fd, const Kitnet::SockFilterProgram& program) {
     optionIs(fd, SOL_SOCKET, SO_ATTACH_FILTER, filter, "filter program");
 }
 
-/// What the kernel tells of a frame beside it.
+/// Data that the kernel delivers beside a frame.
 void takeAuxiliaryData(msghdr& message, ReadFrame& read) {
     for (cmsghdr* at = CMSG_FIRSTHDR(&message); at != nullptr; at = CMSG_NXTHDR(&message, at)) {
         if (at->cmsg_level != SOL_PACKET || at->cmsg_type != PACKET_AUXDATA) continue;
@@ -55,7 +55,7 @@ void takeAuxiliaryData(msghdr& message, ReadFrame& read) {
 }  // namespace
 
 Kcore::FileDescriptor openPacketSocket(U32 ifIndex, const PacketSocketSettings& settings) {
-    // With protocol 0 nothing is received until the device is bound, as the last step.
+    // With protocol 0 the socket receives nothing until it is bound to the device in the last step.
     Kcore::FileDescriptor fd(::socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (!fd) raise(errno == EPERM ? "packet socket, CAP_NET_RAW is missing" : "packet socket");
     optionIs(fd.get(), SOL_PACKET, PACKET_AUXDATA, 1, "out-of-band VLAN tags");
@@ -82,7 +82,8 @@ ReadFrame readFrame(int packetSocket) {
     msghdr message{&address, sizeof address, &part, 1, control.data(), control.size(), 0};
     ssize_t size;
     do size = ::recvmsg(packetSocket, &message, 0);
-    while (size < 0 && (errno == EINTR || errno == ENETDOWN));  // told once when the link goes down, before the frames
+    while (size < 0 &&
+           (errno == EINTR || errno == ENETDOWN));  // reported once when the link goes down, before any frame
 
     if (size < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) return {};
     if (size < 0) raise("reading a frame");

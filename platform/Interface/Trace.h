@@ -5,14 +5,14 @@
 
 namespace Interface {
 
-/// The one handle that this part of the platform traces to. Level 1: packet access that failed; level 4: what is made,
-/// set and dropped.
+/// The trace handle of this part of the platform. Level 1: packet access that failed. Level 4: objects that are
+/// created, set and dropped.
 inline const Tyk::TraceHandle& traceHandle() {
     static const Tyk::TraceHandle handle("Interface", false);
     return handle;
 }
 
-/// Member that traces when its object is made and when it is dropped.
+/// Member that traces the creation and the destruction of its object.
 class LifeTrace {
 public:
     explicit LifeTrace(std::string_view className, std::string_view name = {})

@@ -9,7 +9,7 @@
 
 namespace Kcore {
 
-/// A broken internal invariant, as it is reported.
+/// A failed assertion, as it is reported to the handler.
 struct Assertion {
     std::string_view expression;  ///< text of the asserted expression
     std::string_view function;    ///< signature text of the function that asserts
@@ -19,7 +19,7 @@ struct Assertion {
     DHCPPLATFORM_EXPORT std::string text() const;
 };
 
-/// What a throwing handler raises: `assertionHandlerIs([](const Assertion& a) { throw AssertionError(a); })`.
+/// Exception for a handler that throws: `assertionHandlerIs([](const Assertion& a) { throw AssertionError(a); })`.
 class DHCPPLATFORM_EXPORT AssertionError : public std::logic_error {
 public:
     explicit AssertionError(const Assertion& assertion);
@@ -32,13 +32,13 @@ private:
 
 using AssertionHandler = void (*)(const Assertion&);
 
-/// Installs what is called when an assertion fails; null restores the default (one line on stderr, then abort).
-/// A handler that returns aborts the process all the same. Returns the handler that was in force.
+/// Installs the handler that is called when an assertion fails; null restores the default, which prints one line on
+/// stderr and aborts. The process also aborts if the handler returns. Returns the previous handler.
 DHCPPLATFORM_EXPORT AssertionHandler assertionHandlerIs(AssertionHandler handler);
 
-/// Reports a failed assertion; leaves only through an exception of the handler.
+/// Reports a failed assertion. Does not return; throws only what the handler throws.
 [[noreturn]] DHCPPLATFORM_EXPORT void assertionFailed(const Assertion& assertion);
-/// The line of the report is the caller's.
+/// As above, with the caller's line.
 [[noreturn]] DHCPPLATFORM_EXPORT void assertionFailed(std::string_view expression, std::string_view function,
                                                       std::string_view module, SourceSite here = SourceSite::here());
 

@@ -10,7 +10,7 @@
 
 namespace Kcore {
 
-/// A growable byte string in which option bytes are assembled. What one option can hold needs no allocation.
+/// A growable byte string, used to assemble options. The data of one option fits without an allocation.
 class Bytes {
 public:
     static constexpr std::size_t inlineCapacity = 272;
@@ -68,7 +68,7 @@ private:
         more_.resize(n);
     }
 
-    std::vector<U8> more_;  // holds everything once the inline room was too small
+    std::vector<U8> more_;  // holds all bytes once the inline buffer is too small
     std::size_t size_ = 0;
     U8 inline_[inlineCapacity];
 };

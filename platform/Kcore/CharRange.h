@@ -4,8 +4,8 @@
 
 namespace Kcore {
 
-/// Characters that are still to be decoded. A decoder that succeeds moves the start past what it took; one that
-/// fails leaves the range as it was.
+/// The characters that are still to be decoded. A decoder that succeeds advances the start past what it has read. One
+/// that fails leaves the range unchanged.
 class CharRange {
 public:
     CharRange(std::string_view text) : rest_(text) {}
@@ -13,13 +13,13 @@ public:
 
     std::string_view rest() const { return rest_; }
     bool empty() const { return rest_.empty(); }
-    /// Takes `token` off the front; false, and nothing taken, where something else stands there.
+    /// Removes `token` from the front. Returns false and changes nothing if the range does not start with it.
     bool take(std::string_view token) {
         if (!rest_.starts_with(token)) return false;
         rest_.remove_prefix(token.size());
         return true;
     }
-    /// Takes as many leading characters as satisfy `wanted`.
+    /// Removes the leading characters that satisfy `wanted` and returns them.
     template <class Predicate>
     std::string_view takeWhile(Predicate wanted) {
         std::size_t n = 0;

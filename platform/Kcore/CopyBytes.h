@@ -8,7 +8,7 @@ namespace Kcore {
 
 namespace Detail {
 
-/// `Word` to `2 * Word` bytes, in two words that may overlap.
+/// Copies `Word` to `2 * Word` bytes as two words, which may overlap.
 template <std::size_t Word>
 inline void copyEnds(U8* to, const U8* from, std::size_t n) {
     U8 first[Word], last[Word];
@@ -20,7 +20,7 @@ inline void copyEnds(U8* to, const U8* from, std::size_t n) {
 
 }  // namespace Detail
 
-/// std::memcpy without the call where the bytes are few, as those of options and names are.
+/// std::memcpy that is inlined for small sizes, such as those of options and names.
 inline void copyBytes(void* target, const void* source, std::size_t n) {
     U8* const to = static_cast<U8*>(target);
     const U8* const from = static_cast<const U8*>(source);

@@ -7,7 +7,7 @@
 
 namespace Kcore {
 
-/// Whether the process runs more than one thread. Declare it before the second thread starts and leave it set.
+/// Whether the process has more than one thread. Set it before the second thread starts, and never reset it.
 class DHCPPLATFORM_EXPORT ThreadControl {
 public:
     static bool multiThreaded() { return multiThreaded_.load(std::memory_order_relaxed); }
@@ -17,7 +17,7 @@ private:
     static std::atomic<bool> multiThreaded_;
 };
 
-/// A use or instance count: atomic read-modify-write once the process is multi-threaded, plain load and store before.
+/// A use count or instance count. Atomic once the process is multi-threaded.
 class Counter {
 public:
     explicit constexpr Counter(U32 start = 0) : count_(start) {}
@@ -31,7 +31,7 @@ public:
         else
             count_.store(value() + 1, std::memory_order_relaxed);
     }
-    /// Returns the count that is left. What other holders wrote is visible to the one who reaches 0.
+    /// Returns the new count. The thread that reaches 0 sees all writes of the other threads.
     U32 decrement() {
         if (ThreadControl::multiThreaded()) [[unlikely]]
             return count_.fetch_sub(1, std::memory_order_acq_rel) - 1;

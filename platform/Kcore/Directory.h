@@ -7,7 +7,7 @@
 
 namespace Kcore {
 
-/// A map whose observers are called with the key of each entry that was added, changed or removed.
+/// A map whose observers are called with the key of each entry that is added, changed or removed.
 template <class Key, class Value>
 class Directory {
 public:
@@ -16,7 +16,7 @@ public:
     const Value* find(const Key& key) const { return entries_.find(key); }
     const Observers<const Key&>& observers() const { return observers_; }
 
-    /// Calls nobody where the key has that value already. `key` is a copy: it may come from an entry.
+    /// Calls no observer if the value is unchanged. `key` is passed by value, since it may refer to an entry.
     void entryIs(Key key, const Value& value) {
         if (const Value* const known = find(key); known != nullptr && *known == value) return;
         entries_.insertOrAssign(key, value);

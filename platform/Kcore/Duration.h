@@ -4,7 +4,7 @@
 
 namespace Kcore {
 
-/// A span of time in whole seconds.
+/// A time span in whole seconds.
 using Duration = std::chrono::seconds;
 
 }  // namespace Kcore

@@ -9,7 +9,7 @@
 
 namespace Kcore {
 
-/// Byte strings are encoded between quotes, with \", \\ and \xHH for what is not printable ASCII.
+/// Appends `bytes` in quotes, with \", \\ and \xHH for anything that is not printable ASCII.
 DHCPPLATFORM_EXPORT void appendQuoted(std::string& out, std::string_view bytes);
 DHCPPLATFORM_EXPORT bool sequenceToValue(CharRange& range, String* value);
 DHCPPLATFORM_EXPORT bool sequenceToValue(CharRange& range, bool* value);
@@ -23,7 +23,8 @@ requires(std::is_integral_v<T> && !std::same_as<T, bool>) bool sequenceToValue(C
     return true;
 }
 
-/// A type that reads its own text form: `static bool parse(std::string_view, T*)`. Its text ends at a comma or brace.
+/// A type that parses its own text form with `static bool parse(std::string_view, T*)`. In an encoding the text ends at
+/// a comma or brace.
 template <class T>
 requires requires(std::string_view text, T* value) {
     { T::parse(text, value) } -> std::same_as<bool>;
@@ -36,8 +37,8 @@ bool sequenceToValue(CharRange& range, T* value) {
     return true;
 }
 
-/// "Name{first=1,second="ab"}": a value type, from its declaration. Derived attributes are left out; to be read back,
-/// the others are data members.
+/// Encodes a value type from its declaration: "Name{first=1,second="ab"}". Derived attributes are left out. All others
+/// must be data members, so that the text can be decoded.
 template <Declared T>
 void appendEncoded(std::string& out, const T& value) {
     out.append(T::declaration().name).push_back('{');
@@ -67,7 +68,7 @@ std::string encoded(const T& value) {
     return out;
 }
 
-/// Reads what `appendEncoded` wrote: true and the range advanced past it, or false and nothing touched.
+/// Decodes the output of `appendEncoded`: true and the range advanced past it, or false and nothing changed.
 template <Declared T>
 requires std::is_copy_constructible_v<T>
 bool sequenceToValue(CharRange& range, T* value) {

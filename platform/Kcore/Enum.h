@@ -18,8 +18,8 @@ struct EnumMember {
     std::string_view name;
 };
 
-/// The names of an enumeration, listed once in a specialisation beside it:
-/// `static constexpr std::string_view name` and `static constexpr EnumMember<E> members[]`.
+/// The names of an enumeration. Specialise it beside the enumeration with `static constexpr std::string_view name` and
+/// `static constexpr EnumMember<E> members[]`.
 template <class E>
 struct EnumTable;
 
@@ -28,7 +28,7 @@ concept NamedEnum = std::is_enum_v<E> && requires {
     EnumTable<E>::members[0].name;
 };
 
-/// The member's name, or empty where `e` names no member.
+/// The member's name; empty if `e` is not a member.
 template <NamedEnum E>
 constexpr std::string_view enumName(E e) {
     for (const auto& member : EnumTable<E>::members)
@@ -36,15 +36,15 @@ constexpr std::string_view enumName(E e) {
     return {};
 }
 
-/// The member's name; the decimal number of a value that names no member.
+/// The member's name; the decimal number if `e` is not a member.
 template <NamedEnum E>
 String stringValue(E e) {
     if (const std::string_view name = enumName(e); !name.empty()) return name;
     return std::to_string(static_cast<std::underlying_type_t<E>>(e));
 }
 
-/// Decodes the longest member name at the start of `range`: true and the range advanced past it, or false and
-/// nothing touched. A name must not go on behind the match with a letter, digit or underscore.
+/// Decodes the longest member name at the start of `range`: true and the range advanced past it, or false and nothing
+/// changed. The name must not be followed by a letter, digit or underscore.
 template <NamedEnum E>
 bool sequenceToValue(CharRange& range, E* value) {
     CharRange ahead = range;
@@ -68,7 +68,7 @@ namespace Detail {
 
 }  // namespace Detail
 
-/// The member of that number. Raises RangeException where there is none.
+/// The member with this number. Throws RangeException if there is none.
 template <NamedEnum E>
 E enumInstance(unsigned number) {
     for (const auto& member : EnumTable<E>::members)
@@ -76,7 +76,7 @@ E enumInstance(unsigned number) {
     Detail::noSuchMember(EnumTable<E>::name, std::to_string(number));
 }
 
-/// The member of that name. Raises RangeException where there is none.
+/// The member with this name. Throws RangeException if there is none.
 template <NamedEnum E>
 E enumInstance(const String& name) {
     for (const auto& member : EnumTable<E>::members)

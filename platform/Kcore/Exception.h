@@ -7,14 +7,14 @@
 
 namespace Kcore {
 
-/// A value type was given a value outside its range.
+/// Thrown if a value is out of the range of its type.
 class DHCPPLATFORM_EXPORT RangeException : public std::runtime_error {
 public:
     explicit RangeException(std::string_view message);
     ~RangeException() override;
 };
 
-/// Raises `RangeException` with `message`.
+/// Throws `RangeException` with `message`.
 [[noreturn]] DHCPPLATFORM_EXPORT void throwException(std::string_view message);
 
 }  // namespace Kcore

@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what the platform library offers; everything else in it stays hidden.
+/// Exports a symbol. All other symbols of the platform library are hidden.
 #define DHCPPLATFORM_EXPORT __attribute__((visibility("default")))

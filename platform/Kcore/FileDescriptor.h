@@ -6,7 +6,7 @@
 
 namespace Kcore {
 
-/// Owns a file descriptor: closes it when destroyed. -1 where there is none.
+/// Owns a file descriptor and closes it when destroyed. -1 if there is none.
 class FileDescriptor {
 public:
     explicit FileDescriptor(int fd = -1) : fd_(fd) {}

@@ -10,8 +10,8 @@
 
 namespace Kcore {
 
-/// Entries in one block in the order of insertion, found through an open-addressed index of their places once there
-/// are more than a few. `KeyOf` gives an entry's key.
+/// Entries in one array in the order of insertion. Beyond a few entries they are found through a hash index with open
+/// addressing. `KeyOf` returns an entry's key.
 template <class Key, class Entry, class KeyOf>
 class FlatTable {
 public:
@@ -62,7 +62,7 @@ protected:
     std::vector<Entry> entries_;
 
 private:
-    /// The slot that names the key's entry, or the free one where it would go.
+    /// The index slot of the key, or the free slot where it would be inserted.
     std::size_t slotOf(const Key& key) const {
         const std::size_t mask = index_.size() - 1;
         std::size_t slot = hashOf(key) & mask;
@@ -76,7 +76,8 @@ private:
             index_[slotOf(KeyOf{}(entries_[i]))] = static_cast<U32>(i + 1);
     }
 
-    // Empty up to `searchedInOrder` entries; then a power of two of places counted from 1, 0 where one is free.
+    // Empty up to `searchedInOrder` entries. Then a power of two of slots, each the number of an entry counted from 1,
+    // or 0 if free.
     std::vector<U32> index_;
 };
 
@@ -85,7 +86,7 @@ struct FirstOfPair {
     const Key& operator()(const std::pair<Key, Value>& entry) const { return entry.first; }
 };
 
-/// A map in which keys are found in constant time and entries stand in the order of insertion.
+/// A map with lookup in constant time that keeps the order of insertion.
 template <class Key, class Value>
 class FlatMap : public FlatTable<Key, std::pair<Key, Value>, FirstOfPair<Key, Value>> {
     using Table = FlatTable<Key, std::pair<Key, Value>, FirstOfPair<Key, Value>>;
@@ -96,7 +97,7 @@ public:
         const std::size_t place = this->placeOf(key);
         return place == Table::none ? nullptr : &this->entries_[place].second;
     }
-    /// False, and nothing changed, where the key is there already.
+    /// Returns false and changes nothing if the map has the key already.
     bool insert(const Key& key, Value value) {
         if (this->contains(key)) return false;
         this->append({key, std::move(value)});
@@ -109,7 +110,7 @@ public:
         else
             this->append({key, std::move(value)});
     }
-    /// Removes the key and returns its value. The entries behind it move up: linear in the size.
+    /// Removes the key and returns its value. Linear in the size, since later entries move up.
     std::optional<Value> erase(const Key& key) {
         const std::size_t place = this->placeOf(key);
         if (place == Table::none) return std::nullopt;
@@ -129,13 +130,13 @@ class FlatSet : public FlatTable<Key, Key, std::identity> {
     using Table = FlatTable<Key, Key, std::identity>;
 
 public:
-    /// False where the key is there already.
+    /// Returns false if the set has the key already.
     bool insert(const Key& key) {
         if (this->contains(key)) return false;
         this->append(key);
         return true;
     }
-    /// False where there was no such key.
+    /// Returns false if the set does not have the key.
     bool erase(const Key& key) {
         const std::size_t place = this->placeOf(key);
         if (place == Table::none) return false;

@@ -11,10 +11,10 @@
 
 namespace Kcore {
 
-/// Drawn once per process, so that nobody can choose keys that collide.
+/// Random, drawn once per process, so that an attacker cannot choose colliding keys.
 DHCPPLATFORM_EXPORT U64 hashSeed();
 
-/// Spreads every bit of `x` over the whole word.
+/// Mixes `x` so that every bit affects the whole result.
 constexpr U64 mixBits(U64 x) {
     x = (x ^ x >> 32) * 0xd6e8feb86659fd93u;
     x = (x ^ x >> 32) * 0xd6e8feb86659fd93u;
@@ -42,8 +42,8 @@ concept SelfHashing = requires(const T& v) {
     { v.hash() } -> std::convertible_to<std::size_t>;
 };
 
-/// The hash of a number, an enumeration, a byte string or a duration or a type with a `hash()` member;
-/// std::hash of anything else.
+/// Hash of a number, an enumeration, a byte string, a duration, or a type with a `hash()` member; std::hash for any
+/// other type.
 template <class T>
 std::size_t hashOf(const T& value) {
     if constexpr (SelfHashing<T>)

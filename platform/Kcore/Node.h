@@ -7,8 +7,8 @@ namespace Kcore {
 
 class TypeData;
 
-/// Base of every reference-counted object. Starts with a use count of 1, which the first `Ptr` takes over
-/// (`makeNode`); destroyed when the last `Ptr` lets go.
+/// Base of every reference-counted object. The use count starts at 1 and belongs to the first `Ptr` (see `makeNode`).
+/// The object is destroyed when the last `Ptr` is.
 class DHCPPLATFORM_EXPORT Node {
 public:
     Node() = default;
@@ -16,7 +16,7 @@ public:
     Node& operator=(const Node&) = delete;
     virtual ~Node();
 
-    /// The attribute table of the object's class (`Kcore/TypeData.h`).
+    /// The attribute table of the object's class (see `Kcore/TypeData.h`).
     virtual const TypeData& typeData() const = 0;
 
     U32 useCount() const { return uses_.value(); }

@@ -7,8 +7,8 @@
 
 namespace Kcore {
 
-/// Those who want to be called at each change of an object, in the order in which they came. Belongs to the object,
-/// which must outlive the observations. A callback may begin and end observations, its own among them.
+/// The callbacks that are called at each change of an object, in the order of registration. The object owns it and must
+/// outlive the observations. A callback may start and end observations, including its own.
 template <class... Args>
 class Observers {
     struct Entry {
@@ -17,7 +17,7 @@ class Observers {
     };
 
 public:
-    /// Lasts until it is destroyed.
+    /// Registration of one callback. Ends when it is destroyed.
     class Observation {
     public:
         ~Observation() { of_.end(entry_); }
@@ -45,7 +45,7 @@ public:
     }
 
 private:
-    /// While one lasts, entries are marked instead of removed: the callback of an observation that ends may be running.
+    /// During a pass entries are only marked as removed, since the callback of an entry may be running.
     class Pass {
     public:
         explicit Pass(const Observers& of) : of_(of) { ++of_.passes_; }

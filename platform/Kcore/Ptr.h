@@ -9,7 +9,7 @@
 
 namespace Kcore {
 
-/// Intrusive pointer to a `Node`: copying it raises the use count, destroying it lowers it.
+/// Intrusive pointer to a `Node`. Copying it increments the use count, destroying it decrements it.
 template <class T>
 class Ptr {
 public:
@@ -17,7 +17,7 @@ public:
 
     Ptr() = default;
     Ptr(std::nullptr_t) {}
-    /// Takes part in the ownership of `object` (which may be null): raises its count.
+    /// Takes part in the ownership of `object` (which may be null): throws its count.
     explicit Ptr(T* object) : object_(object) { hold(); }
     Ptr(const Ptr& other) : object_(other.object_) { hold(); }
     Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
@@ -44,7 +44,7 @@ public:
         p.object_ = object;
         return p;
     }
-    /// Gives the held count away without lowering it.
+    /// Returns the pointer and gives up its count without decrementing it.
     T* release() { return std::exchange(object_, nullptr); }
 
 private:
@@ -67,7 +67,7 @@ bool operator==(const Ptr<T>& a, std::nullptr_t) {
     return a.get() == nullptr;
 }
 
-/// A new `T`, owned by the pointer that is returned.
+/// Creates a `T` and returns the first pointer to it.
 template <class T, class... Args>
 Ptr<T> makeNode(Args&&... args) {
     return Ptr<T>::adopt(new T(std::forward<Args>(args)...));

@@ -2,7 +2,7 @@
 
 namespace Kcore {
 
-/// Where a call stands in the source: as a defaulted last argument, the caller's place.
+/// Source location of a call. As a defaulted last argument it is the caller's.
 struct SourceSite {
     const char* file;
     unsigned line;

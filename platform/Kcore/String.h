@@ -15,8 +15,8 @@
 
 namespace Kcore {
 
-/// An immutable byte string (any bytes, zero included; not terminated). Up to `inlineCapacity` bytes live in the
-/// object itself, longer ones in a shared block, so that a copy never copies many bytes.
+/// An immutable byte string. It may contain any bytes, including zero, and is not terminated. Up to `inlineCapacity`
+/// bytes are stored in the object. Longer strings share a block, so copying is cheap.
 class DHCPPLATFORM_EXPORT String {
 public:
     static constexpr std::size_t inlineCapacity = 30;
@@ -52,13 +52,13 @@ public:
 
     /// Requires: `i` < size().
     char operator[](std::size_t i) const { return data()[i]; }
-    /// Raises RangeException if `i` is not below size().
+    /// Throws RangeException if `i` is not below size().
     char at(std::size_t i) const;
     std::size_t find(std::string_view what, std::size_t from = 0) const { return view().find(what, from); }
     std::size_t find(char what, std::size_t from = 0) const { return view().find(what, from); }
-    /// At most `count` bytes from `pos`. Raises RangeException if `pos` is beyond size().
+    /// At most `count` bytes from `pos`. Throws RangeException if `pos` is beyond size().
     String substr(std::size_t pos, std::size_t count = npos) const;
-    /// As substr, but empty where `pos` is beyond size().
+    /// As substr, but returns an empty string if `pos` is beyond size().
     String substrOrEmpty(std::size_t pos, std::size_t count = npos) const;
 
     std::size_t hash() const { return hashBytes(data(), size()); }
@@ -101,7 +101,7 @@ private:
         copyStorage(other);
         size_ = std::exchange(other.size_, U8{0});
     }
-// Bytes that a short string does not use are copied with it, of which compilers warn.
+// Copying a short string copies its unused bytes, too, which compilers warn of.
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
@@ -116,7 +116,7 @@ private:
     static String joined(std::string_view a, std::string_view b);
 
     alignas(void*) char inline_[inlineCapacity + 1];
-    U8 size_;  // of the inline bytes, or `sharedMark`
+    U8 size_;  // number of inline bytes, or `sharedMark`
 };
 static_assert(sizeof(String) == 32);
 

@@ -14,7 +14,7 @@
 
 namespace Kcore {
 
-/// A type that knows its own text form.
+/// A type that defines its own text form.
 template <class T>
 concept SelfPrinting = requires(const T& v, std::string& out) {
     v.appendText(out);
@@ -27,9 +27,9 @@ concept PrintableRange = !SelfPrinting<T> && !std::convertible_to<const T&, std:
     v.size();
 };
 
-/// Appends the text form of `value`: numbers in decimal, flags as "true" and "false", byte strings as they stand,
-/// durations in seconds, enumerations by name, null pointers as "null", collections in brackets. The one
-/// conversion behind trace lines, attribute tables and stream output.
+/// Appends the text form of `value`: numbers in decimal, flags as "true" and "false", byte strings unchanged, durations
+/// in seconds, enumerations by name, null pointers as "null", collections in brackets. Trace lines, attribute tables
+/// and stream output all use it.
 template <class T>
 void appendText(std::string& out, const T& value) {
     if constexpr (SelfPrinting<T>)

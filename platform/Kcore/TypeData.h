@@ -15,7 +15,7 @@
 
 namespace Kcore {
 
-/// One attribute of a class: its name, and the data member or the accessor that gives its value.
+/// One attribute of a class: its name, and the data member or accessor for its value.
 template <class Access>
 struct Attribute {
     std::string_view name;
@@ -26,7 +26,7 @@ constexpr Attribute<Access> attribute(std::string_view name, Access access) {
     return {name, access};
 }
 
-/// Marks the access to a value that follows from other attributes.
+/// Marks the accessor of a derived attribute.
 template <class Access>
 struct DerivedAccess {
     Access access;
@@ -37,26 +37,25 @@ inline constexpr bool isDerived = false;
 template <class Access>
 inline constexpr bool isDerived<DerivedAccess<Access>> = true;
 
-/// An attribute that follows from others: it stands in the table, and not in the text form.
+/// An attribute whose value is computed from others. It is in the attribute table but not in the text form.
 template <class Access>
 constexpr auto derived(std::string_view name, Access access) {
     return attribute(name, DerivedAccess<Access>{access});
 }
-/// A constant among the attributes, the same for every object: as a derived one.
+/// A constant attribute, the same for every object. Treated like a derived one.
 template <class T>
 constexpr auto constant(std::string_view name, T value) {
     return derived(name, [value](const auto&) { return value; });
 }
 
-/// A string attribute that holds text of the program's own making, not bytes from elsewhere: its value is a
-/// std::string_view, while byte strings are `String`.
+/// An attribute whose text the program itself makes, as a std::string_view. Byte strings from packets are `String`.
 template <class T>
 constexpr auto text(std::string_view name, const String& (T::*access)() const) {
     return attribute(name, [access](const T& object) { return (object.*access)().view(); });
 }
 
-/// What a class says of itself, once, in `static constexpr auto declaration()`: its name and its attributes in order.
-/// The attribute table, equality, hashing, text encoding and decoding all come from there.
+/// The name and the attributes of a class, in order. A class returns it from `static constexpr auto declaration()`. The
+/// attribute table, equality, hashing, text encoding and decoding are derived from it.
 template <class... Accesses>
 struct Declaration {
     std::string_view name;
@@ -95,13 +94,13 @@ std::size_t hashAttributes(const T& object) {
     return h;
 }
 
-/// One row of an attribute table. `appendText` takes the address of the object, for a `Node` class that of its Node.
+/// One row of an attribute table. `appendText` takes the address of the object; for a `Node` class, of its Node base.
 struct AttributeData {
     std::string_view name;
     void (*appendText)(std::string& out, const void* object);
 };
 
-/// The attribute table of a class, as it is seen at run time.
+/// The attribute table of a class at run time.
 class TypeData {
 public:
     TypeData(std::string_view name, std::vector<AttributeData> attributes)
@@ -130,7 +129,7 @@ std::vector<AttributeData> attributeRows(std::index_sequence<I...>) {
 
 }  // namespace Detail
 
-/// Not constrained by `Declared`: a class may call it from a member function above its declaration().
+/// Not constrained by `Declared`, because a class may call it above its declaration().
 template <class T>
 const TypeData& typeDataOf() {
     constexpr std::size_t count = std::tuple_size_v<decltype(T::declaration().attributes)>;
@@ -138,7 +137,7 @@ const TypeData& typeDataOf() {
     return data;
 }
 
-/// The types of each source module, in the order in which they were registered.
+/// All registered types by source module, in the order of registration.
 class DHCPPLATFORM_EXPORT TypeRegistry {
 public:
     struct Module {
@@ -148,7 +147,7 @@ public:
     static TypeRegistry& instance();
     void moduleIs(std::string_view name, std::vector<const TypeData*> types);
     const std::vector<Module>& modules() const { return modules_; }
-    /// Null where no type of that name is registered.
+    /// Null if no type of this name is registered.
     const TypeData* type(std::string_view name) const;
 
 private:

@@ -14,7 +14,7 @@ namespace {
 
 const Kcore::ModuleTypes<Addresses> registration{"KernelNetInfo/Addresses"};
 
-constexpr std::size_t largestRead = 32768;  // the kernel makes no longer message for a reader that offers this much
+constexpr std::size_t largestRead = 32768;  // the kernel sends no longer message to a reader with a buffer of this size
 
 [[noreturn]] void raise(const char* what, int error = errno) {
     throw std::system_error(error, std::system_category(), what);
@@ -30,7 +30,8 @@ Addresses::Addresses() : socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_NONBLOCK |
     if (::bind(socket_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         raise("KernelNetInfo::Addresses: rtnetlink address notifications");
     listAnew();
-    handleReadable();  // a listing is made while it is read, so it is complete before nothing is left to read
+    // The kernel produces the list while it is read, so this reads all of it.
+    handleReadable();
 }
 
 Addresses::~Addresses() = default;
@@ -46,7 +47,7 @@ void Addresses::handleReadable() {
     if (std::exchange(changed_, false)) observers_.notify();
 }
 
-/// False once there is nothing to read.
+/// Returns false if there is nothing to read.
 bool Addresses::receive() {
     alignas(nlmsghdr) U8 bytes[largestRead];
     sockaddr_nl sender{};
@@ -62,7 +63,7 @@ bool Addresses::receive() {
         return errno == ENOBUFS || errno == EINTR;
     }
     if ((message.msg_flags & MSG_TRUNC) != 0) lost_ = true;
-    if (sender.nl_pid == 0) handleMessages(bytes, static_cast<std::size_t>(size));  // else it is not from the kernel
+    if (sender.nl_pid == 0) handleMessages(bytes, static_cast<std::size_t>(size));  // other senders are not the kernel
     return size != 0;
 }
 
@@ -89,7 +90,7 @@ void Addresses::handleAddress(const nlmsghdr& header) {
     for (const rtattr* at = IFA_RTA(&info); RTA_OK(at, size); at = RTA_NEXT(at, size)) {
         const auto* const data = static_cast<const U8*>(RTA_DATA(at));
         const std::size_t bytes = RTA_PAYLOAD(at);
-        // Of an IPv4 address IFA_ADDRESS is the other end's where the device has one other end.
+        // On a point-to-point device IFA_ADDRESS is the IPv4 address of the other end.
         if (info.ifa_family == AF_INET && at->rta_type == IFA_LOCAL && bytes == sizeof(Kitnet::IpAddr))
             found.address = Kitnet::IpAddr::fromBytes(data);
         if (info.ifa_family == AF_INET6 && at->rta_type == IFA_ADDRESS && bytes == sizeof(Kitnet::Ip6Addr))

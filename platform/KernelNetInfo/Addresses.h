@@ -24,14 +24,14 @@ struct HostAddress {
     friend bool operator==(const HostAddress&, const HostAddress&) = default;
 };
 
-/// The IP addresses of this host, in the network namespace in which the object was made, as rtnetlink(7) tells of them.
-/// An IPv6 address counts once it may be used: not while it is looked whether another host has it. Used as `Status` is:
-/// the agent's loop polls `fd` and calls `handleReadable`. Needs no privilege.
+/// The IP addresses of this host, in the network namespace in which the object was created, as reported by
+/// rtnetlink(7). An IPv6 address is listed once it can be used: not during duplicate address detection. Used like
+/// `Status`: the agent's event loop polls `fd` and calls `handleReadable`. Needs no privilege.
 class DHCPPLATFORM_EXPORT Addresses final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<Addresses>;
 
-    /// Knows every address once it is made. Raises std::system_error where the kernel gives no such socket.
+    /// Reads the list of all addresses. Throws std::system_error if the kernel provides no such socket.
     Addresses();
     ~Addresses() override;
     const Kcore::TypeData& typeData() const override;
@@ -40,14 +40,14 @@ public:
                               Kcore::attribute("count", [](const Addresses& a) { return a.addresses_.size(); }));
     }
 
-    /// In the order in which the kernel told of them: the first of an interface is its oldest.
+    /// In the order of the kernel's reports: the first address of an interface is its oldest.
     const std::vector<HostAddress>& addresses() const { return addresses_; }
-    /// Told once after each change, when all that had waited is taken in.
+    /// Called once after changes, when all waiting messages have been read.
     const Kcore::Observers<>& observers() const { return observers_; }
 
     int fd() const { return socket_.get(); }
-    /// Takes in all that the kernel has told since the last call. If some of it was lost, for want of room in the
-    /// socket, every address is listed anew. Never blocks.
+    /// Reads all messages that have arrived since the last call. If the kernel dropped some because the socket was
+    /// full, reads the list of all addresses again. Never blocks.
     void handleReadable();
 
 private:

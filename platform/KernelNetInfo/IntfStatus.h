@@ -7,22 +7,22 @@ namespace KernelNetInfo {
 
 using Kcore::U32;
 
-/// What the kernel says of one network device.
+/// Status of a network device, as the kernel reports it.
 class IntfStatus {
 public:
     IntfStatus() = default;
     IntfStatus(U32 ifIndex, const Kitnet::EthAddr& macAddr, bool enabled, bool operUp, U32 mtu = 0)
         : ifIndex_(ifIndex), macAddr_(macAddr), enabled_(enabled), operUp_(operUp), mtu_(mtu) {}
 
-    /// The kernel's number of the device. A device that was removed and made again has another one.
+    /// The kernel's index of the device. It changes if the device is removed and created again.
     U32 ifIndex() const { return ifIndex_; }
-    /// Zero where the device has no Ethernet address.
+    /// Zero if the device has no Ethernet address.
     const Kitnet::EthAddr& macAddr() const { return macAddr_; }
-    /// Set up by its administrator.
+    /// Whether an administrator has set it up.
     bool enabled() const { return enabled_; }
-    /// Enabled, and its link carries frames.
+    /// Whether it is enabled and its link carries frames.
     bool operUp() const { return operUp_; }
-    /// The largest IP packet, in bytes; 0 where the kernel did not tell.
+    /// Size of the largest IP packet, in bytes; 0 if the kernel did not report it.
     U32 mtu() const { return mtu_; }
 
     static constexpr auto declaration() {

@@ -13,7 +13,7 @@ namespace {
 
 const Kcore::ModuleTypes<Status> registration{"KernelNetInfo"};
 
-constexpr std::size_t largestRead = 32768;  // the kernel makes no longer message for a reader that offers this much
+constexpr std::size_t largestRead = 32768;  // the kernel sends no longer message to a reader with a buffer of this size
 
 constexpr char listFailed[] = "KernelNetInfo::Status: list of the devices";
 
@@ -36,7 +36,8 @@ Kcore::FileDescriptor linkSocket() {
 
 Status::Status() : socket_(linkSocket()) {
     listAnew();
-    handleReadable();  // a listing is made while it is read, so it is complete before nothing is left to read
+    // The kernel produces the list while it is read, so this reads all of it.
+    handleReadable();
 }
 
 Status::~Status() = default;
@@ -51,7 +52,7 @@ void Status::handleReadable() {
     }
 }
 
-/// False once there is nothing to read.
+/// Returns false if there is nothing to read.
 bool Status::receive() {
     alignas(nlmsghdr) Kcore::U8 bytes[largestRead];
     sockaddr_nl sender{};
@@ -67,7 +68,7 @@ bool Status::receive() {
         return errno == ENOBUFS || errno == EINTR;
     }
     if ((message.msg_flags & MSG_TRUNC) != 0) lost_ = true;
-    if (sender.nl_pid == 0) handleMessages(bytes, static_cast<std::size_t>(size));  // else it is not from the kernel
+    if (sender.nl_pid == 0) handleMessages(bytes, static_cast<std::size_t>(size));  // other senders are not the kernel
     return size != 0;
 }
 
@@ -99,7 +100,7 @@ void Status::intfDel(U32 ifIndex) {
     unconfirmed_.erase(ifIndex);
     const auto name = nameOfIndex_.erase(ifIndex);
     if (!name) return;
-    // The name may have gone to another device before this one's removal was learnt.
+    // Another device may have taken the name before this one's removal was reported.
     const IntfStatus* const status = intfStatus_.find(*name);
     if (status != nullptr && status->ifIndex() == ifIndex) intfStatus_.entryDel(*name);
 }
@@ -118,7 +119,8 @@ void Status::listAnew() {
     for (const auto& [index, name] : nameOfIndex_) unconfirmed_.insert(index);
 }
 
-/// What the listing did not confirm was removed unseen, unless the listing itself was spoilt.
+/// Removes devices that the list did not confirm: their removal was missed. Does nothing if the list itself was
+/// incomplete.
 void Status::handleListed() {
     listing_ = false;
     while (!lost_ && !unconfirmed_.empty()) intfDel(*unconfirmed_.begin());

@@ -7,14 +7,14 @@
 
 namespace KernelNetInfo {
 
-/// The network devices of the kernel, in the network namespace in which the object was made, as rtnetlink(7) tells of
-/// them. It runs no thread: the agent's loop polls `fd` and calls `handleReadable`, and what changed becomes visible
-/// to the observers of `intfStatus` during that call. Needs no privilege.
+/// The network devices of the kernel, in the network namespace in which the object was created, as reported by
+/// rtnetlink(7). It has no thread: the agent's event loop polls `fd` and calls `handleReadable`, which calls the
+/// observers of `intfStatus`. Needs no privilege.
 class DHCPPLATFORM_EXPORT Status final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<Status>;
 
-    /// Knows every device once it is made. Raises std::system_error where the kernel gives no such socket.
+    /// Reads the list of all devices. Throws std::system_error if the kernel provides no such socket.
     Status();
     ~Status() override;
     const Kcore::TypeData& typeData() const override;
@@ -25,13 +25,13 @@ public:
                                             }));
     }
 
-    /// By the name of the device. A device that is renamed is removed and added.
+    /// By device name. Renaming a device removes the entry and adds another.
     const Kcore::Directory<Kcore::String, IntfStatus>& intfStatus() const { return intfStatus_; }
 
-    /// Readable when there is something to handle.
+    /// Readable if there is something to handle.
     int fd() const { return socket_.get(); }
-    /// Takes in all that the kernel has told since the last call. If some of it was lost, for want of room in the
-    /// socket, every device is listed anew. Never blocks.
+    /// Reads all messages that have arrived since the last call. If the kernel dropped some because the socket was
+    /// full, reads the list of all devices again. Never blocks.
     void handleReadable();
 
 private:
@@ -46,7 +46,7 @@ private:
     Kcore::FileDescriptor socket_;
     Kcore::Directory<Kcore::String, IntfStatus> intfStatus_;
     Kcore::FlatMap<U32, Kcore::String> nameOfIndex_;
-    Kcore::FlatSet<U32> unconfirmed_;  // by the listing under way
+    Kcore::FlatSet<U32> unconfirmed_;  // not yet confirmed by the list that is being read
     bool listing_ = false;
     bool lost_ = false;
 };

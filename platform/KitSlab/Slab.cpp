@@ -20,7 +20,7 @@ constexpr bool slabsInUse = true;
 #endif
 
 constexpr std::size_t grain = 16;
-constexpr std::size_t keptPerSize = 1024;  // what a burst leaves behind is bounded
+constexpr std::size_t keptPerSize = 1024;  // per list, so that a burst does not keep memory forever
 
 struct FreeSlot {
     FreeSlot* next;
@@ -36,7 +36,7 @@ struct FreeLists {
     ~FreeLists();
 };
 
-// Views may outlive the lists while a thread ends; they are then freed the ordinary way.
+// Objects may outlive the thread's lists while the thread ends. They are then freed by the ordinary allocator.
 thread_local bool listsGone = false;
 thread_local FreeLists lists;
 

@@ -7,15 +7,15 @@
 
 namespace KitSlab {
 
-/// Memory for a small object from the calling thread's free lists. Sizes above `largestSlab`, and every size under the
-/// sanitizers (which then see a use after free), come from the ordinary allocator.
+/// Allocates a small object from the thread's free lists. The ordinary allocator is used for sizes above `largestSlab`,
+/// and for all sizes under the sanitizers, so that they detect a use after free.
 DHCPPLATFORM_EXPORT void* slabAlloc(std::size_t size);
-/// Requires: `memory` came from slabAlloc(`size`), on whichever thread. Null is fine.
+/// Requires: `memory` came from slabAlloc(`size`), on any thread, or is null.
 DHCPPLATFORM_EXPORT void slabFree(void* memory, std::size_t size) noexcept;
 
 inline constexpr std::size_t largestSlab = 256;
 
-/// Counts the live instances of one class.
+/// Counts the live objects of a class.
 class AllocationTracker {
 public:
     Kcore::U32 live() const { return live_.value(); }
@@ -26,7 +26,7 @@ private:
     Kcore::Counter live_;
 };
 
-/// Member of a class that has a static `memAllocationTracker_`: keeps it up to date.
+/// Member of a class with a static `memAllocationTracker_`. Keeps the count up to date.
 template <class T>
 class Tracked {
 public:
@@ -36,7 +36,7 @@ public:
     ~Tracked() { T::memAllocationTracker_.destroyed(); }
 };
 
-/// Base whose heap objects live in the slabs.
+/// Base class of objects that slabAlloc() allocates.
 class SlabObject {
 public:
     static void* operator new(std::size_t size) { return slabAlloc(size); }

@@ -9,7 +9,7 @@
 
 namespace Kitnet {
 
-/// Network order to host order, and back.
+/// Converts between network order and host order.
 template <std::unsigned_integral T>
 constexpr T networkOrder(T v) {
     if constexpr (std::endian::native == std::endian::big || sizeof(T) == 1)
@@ -22,7 +22,7 @@ constexpr T networkOrder(T v) {
         return __builtin_bswap64(v);
 }
 
-/// The integer whose big-endian image starts at `bytes`. Unbounded: requires sizeof(T) readable bytes.
+/// Reads a big-endian integer. Unbounded: requires sizeof(T) readable bytes.
 template <std::unsigned_integral T>
 constexpr T loadBigEndian(const Kcore::U8* bytes) {
     std::array<Kcore::U8, sizeof(T)> image{};
@@ -30,7 +30,7 @@ constexpr T loadBigEndian(const Kcore::U8* bytes) {
     return networkOrder(std::bit_cast<T>(image));
 }
 
-/// Writes the big-endian image of `v`. Unbounded: requires sizeof(T) writable bytes.
+/// Writes a big-endian integer. Unbounded: requires sizeof(T) writable bytes.
 template <std::unsigned_integral T>
 constexpr void storeBigEndian(Kcore::U8* bytes, T v) {
     const auto image = std::bit_cast<std::array<Kcore::U8, sizeof(T)>>(networkOrder(v));

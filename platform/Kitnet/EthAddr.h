@@ -10,7 +10,7 @@ public:
     static constexpr std::string_view typeName = "Kitnet::EthAddr";
 
     constexpr bool isZero() const { return isEq(EthAddr()); }
-    /// Six pairs of hexadecimal digits with colons between; printed in lower case, read in either.
+    /// Six pairs of hexadecimal digits with colons between them. Printed in lower case, parsed in either case.
     void appendText(std::string& out) const;
     static bool parse(std::string_view text, EthAddr* value);
 };

@@ -6,7 +6,7 @@ namespace Kitnet {
 
 namespace {
 
-/// Interfaces whose short name is the first two letters and the number.
+/// Kinds of interfaces whose short name is their first two letters and the number.
 constexpr std::string_view shortened[] = {"Ethernet", "Port-Channel", "Management", "Vlan", "Loopback", "Vxlan"};
 constexpr std::size_t shortBytes = 2;
 

@@ -7,28 +7,28 @@
 
 namespace Kitnet {
 
-/// The name of an interface, held in the object itself: names also come from the wire, so none is ever kept in a
-/// table. 1 to 63 characters, first a letter, then letters, digits, '-', '_', '.' and '/'. Empty by default.
+/// The name of an interface, stored in the object. There is no global table of names, since names also come from
+/// packets. 1 to 63 characters: a letter, then letters, digits, '-', '_', '.' and '/'. Empty by default.
 class DHCPPLATFORM_EXPORT IntfId {
 public:
     static constexpr std::size_t maxNameBytes = 63;
 
     IntfId() = default;
-    /// Raises RangeException where `name` is not a valid one.
+    /// Throws RangeException if `name` is not valid.
     explicit IntfId(std::string_view name) { handleInitialized(name); }
-    /// As the constructor; a refused name changes nothing.
+    /// As the constructor. Changes nothing if `name` is not valid.
     void handleInitialized(std::string_view name);
     static bool isValidName(std::string_view name);
 
     std::string_view name() const { return {name_, size_}; }
     bool isEmpty() const { return size_ == 0; }
-    /// "Et1" for "Ethernet1", likewise for the other kinds of port that are numbered; else the name itself.
+    /// "Et1" for "Ethernet1", and likewise for the other numbered kinds; any other name is its own short name.
     Kcore::String shortName() const;
 
-    /// Every byte behind the name is zero, so whole words do.
+    /// The bytes behind the name are zero, so whole words can be hashed.
     std::size_t hash() const { return Kcore::hashBytes(name_, wordCount() * sizeof(U64)); }
     void appendText(std::string& out) const { out.append(name()); }
-    /// As handleInitialized, but tells by its result; the empty text is the empty identifier.
+    /// As handleInitialized, but returns false for an invalid name. An empty text gives the empty identifier.
     static bool parse(std::string_view text, IntfId* value);
 
     friend bool operator==(const IntfId& a, const IntfId& b) {
@@ -43,7 +43,7 @@ public:
 private:
     using Words = std::array<U64, 8>;
 
-    /// Requires: a valid name, or the empty one.
+    /// Requires: a valid or empty name.
     void assign(std::string_view name);
     std::size_t wordCount() const { return (size_ + sizeof(U64) - 1) / sizeof(U64); }
 

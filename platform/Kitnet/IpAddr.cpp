@@ -8,7 +8,7 @@ namespace Kitnet {
 
 namespace {
 
-/// The C library's reader, for text that need not be terminated. False where it is no address of that family.
+/// Parses with the C library; the text need not be terminated. False if it is not an address of this family.
 template <class Address>
 bool parseAddress(int family, std::string_view text, Address* address) {
     char terminated[INET6_ADDRSTRLEN] = {};
@@ -24,13 +24,13 @@ constexpr std::size_t groupCount = Ip6Addr::wireBytes / sizeof(U16);
 
 U16 groupAt(const Ip6Addr& address, std::size_t i) { return loadBigEndian<U16>(address.bytes() + sizeof(U16) * i); }
 
-/// Zero groups that are written as "::".
+/// A run of zero groups, which is written as "::".
 struct ZeroRun {
     std::size_t first = groupCount;
     std::size_t length = 1;  // a single zero group is not shortened (RFC 5952 section 4.2.2)
 };
 
-/// The longest run, the first of equals.
+/// The longest run; the first one if several are equally long.
 ZeroRun longestZeroRun(const Ip6Addr& address) {
     ZeroRun longest;
     for (std::size_t i = 0; i < groupCount; ++i) {

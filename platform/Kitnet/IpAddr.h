@@ -24,7 +24,7 @@ public:
     static constexpr std::string_view typeName = "Kitnet::Ip6Addr";
 
     constexpr bool isUnspecified() const { return isEq(Ip6Addr()); }
-    /// The canonical form of RFC 5952; every form of RFC 4291 section 2.2 is understood.
+    /// Printed in the canonical form of RFC 5952. All forms of RFC 4291, section 2.2, are parsed.
     void appendText(std::string& out) const;
     static bool parse(std::string_view text, Ip6Addr* value);
 };

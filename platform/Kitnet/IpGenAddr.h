@@ -29,7 +29,7 @@ inline AddressFamily AddressFamilyInstance(const Kcore::String& name) {
     return Kcore::enumInstance<AddressFamily>(name);
 }
 
-/// An address of either family, or none yet (the default).
+/// An address of either family, or unset (the default).
 class DHCPPLATFORM_EXPORT IpGenAddr {
 public:
     constexpr IpGenAddr() = default;
@@ -37,7 +37,7 @@ public:
     constexpr explicit IpGenAddr(AddressFamily family) : family_(family) {}
     constexpr IpGenAddr(const IpAddr& address) { handleV4Addr(address); }
     constexpr IpGenAddr(const Ip6Addr& address) { handleV6Addr(address); }
-    /// Raises RangeException where `text` is an address of neither family.
+    /// Throws RangeException if `text` is an address of neither family.
     static IpGenAddr fromText(std::string_view text);
 
     constexpr void handleV4Addr(const IpAddr& address) {
@@ -54,14 +54,14 @@ public:
     constexpr AddressFamily family() const { return family_; }
     constexpr bool isV4() const { return family_ == AddressFamily::ipv4; }
     constexpr bool isV6() const { return family_ == AddressFamily::ipv6; }
-    /// The address, or the all-zero one where the family is another.
+    /// The address, or the all-zero one if it has the other family or is unset.
     constexpr const IpAddr& v4Addr() const { return v4_; }
     constexpr const Ip6Addr& v6Addr() const { return v6_; }
-    /// An address of some family that is not all zero.
+    /// Whether an address is set that is not all zero.
     constexpr bool isUsable() const { return !v4_.isAny() || !v6_.isUnspecified(); }
 
     std::size_t hash() const { return Kcore::hashBytes(this, sizeof *this); }
-    /// The text of the address it holds; empty where it is unset.
+    /// The text form of the address; empty if it is unset.
     void appendText(std::string& out) const;
     static bool parse(std::string_view text, IpGenAddr* value);
 

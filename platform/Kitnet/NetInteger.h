@@ -6,7 +6,7 @@
 
 namespace Kitnet {
 
-/// An unsigned integer that is stored in network order and spoken of in host order. Its text form is decimal.
+/// An unsigned integer that is stored in network order and accessed in host order. Its text form is decimal.
 template <class Self, std::unsigned_integral T>
 class NetInteger : public WireBytes<Self, sizeof(T)> {
 public:
@@ -47,7 +47,7 @@ public:
     using NetInteger::NetInteger;
 };
 
-/// The IPv4 protocol or IPv6 next header number of what an IP packet carries.
+/// An IPv4 protocol number or IPv6 next header number.
 class IpProtocolNumber : public NetInteger<IpProtocolNumber, U8> {
 public:
     static constexpr std::string_view typeName = "Kitnet::IpProtocolNumber";

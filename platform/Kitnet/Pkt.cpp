@@ -40,7 +40,7 @@ const Kcore::TypeData& Pkt::typeData() const { return Kcore::typeDataOf<Pkt>(); 
 
 U32 Pkt::grownBy(U32 n) const { return checkedBytes(Kcore::U64{bytes_} + n); }
 
-/// Moves the first `kept` bytes into new storage that has `head` bytes in front of them and `tail` zero ones behind.
+/// Moves the first `kept` bytes into new storage, with `head` bytes in front and `tail` zero bytes behind.
 void Pkt::move(std::size_t head, U32 kept, std::size_t tail) {
     auto storage = std::make_unique_for_overwrite<U8[]>(head + kept + tail);
     U8* const data = storage.get() + head;
@@ -50,8 +50,8 @@ void Pkt::move(std::size_t head, U32 kept, std::size_t tail) {
     freeTail_ = tail;
 }
 
-/// Sees to `head` free bytes in front of the packet and `tail` behind it. An end that has to move gets as much again
-/// as the packet will have then, so that the cost of growth by small steps stays linear.
+/// Makes sure that there are `head` free bytes in front of the packet and `tail` behind it. If the storage has to move,
+/// the end that grows gets as much spare room as the packet has bytes, so that growth in small steps costs linear time.
 void Pkt::makeRoom(std::size_t head, std::size_t tail) {
     if (mode_ == Storage::tight) return move(head, bytes_, tail);
     const std::size_t headNow = freeHead(), tailNow = freeTail_ - guardBytes;
@@ -74,7 +74,7 @@ void Pkt::newSharedHeadData(U32 n) {
 void Pkt::newSharedTailData(U32 n) {
     const U32 grown = grownBy(n);
     makeRoom(0, n);
-    std::fill_n(data_ + bytes_, n, U8{0});  // it may have shrunk from there
+    std::fill_n(data_ + bytes_, n, U8{0});  // not zero if the packet has shrunk before
     freeTail_ -= n;
     bytes_ = grown;
 }

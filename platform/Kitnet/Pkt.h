@@ -15,26 +15,26 @@ using Kcore::U16;
 using Kcore::U32;
 using Kcore::U8;
 
-/// A packet: one contiguous block of bytes that can grow at both ends and shrink at its tail. Used by one thread at a
-/// time; only its use count may be touched from several.
+/// A packet: one contiguous buffer that can grow at both ends and shrink at its tail. Used by one thread at a time,
+/// except for its use count.
 ///
-///   | head room |  bytes()  | tail room | guardBytes |
-///               ^ data()
+///    | head room |  bytes()  | tail room | guardBytes |
+///                ^ data()
 ///
-/// Whatever grows or shrinks the packet makes every pointer into it stale; positions stay good, except that growth by
-/// n at the head adds n to each.
+/// Growing or shrinking the packet makes every pointer into it stale. Positions stay valid, but growing by n at the
+/// head shifts each by n.
 class DHCPPLATFORM_EXPORT Pkt final : public Kcore::Node, public KitSlab::SlabObject {
 public:
-    /// How the bytes are kept. `roomy`: with room at both ends, so that the usual growth moves nothing. `tight`: in
-    /// storage of exactly bytes() bytes that moves at every growth and shrink, so that an address sanitizer sees each
-    /// use of a stale pointer and each access behind the packet.
+    /// How the bytes are stored. `roomy`: with spare room at both ends, so that usual growth moves nothing. `tight`: in
+    /// storage of exactly bytes() bytes that moves whenever the size changes, so that an address sanitizer detects
+    /// stale pointers and accesses past the end.
     enum class Storage : U8 { roomy, tight };
     class Manager;
 
-    /// Room of a new packet at either end.
+    /// Spare room of a new packet.
     static constexpr U32 headRoom = 128, tailRoom = 1024;
-    /// With roomy storage, at least this many bytes behind bytes() can be read at any time. They are no part of the
-    /// packet: zero as long as it does not shrink, what it held there after it has.
+    /// With roomy storage at least this many bytes behind bytes() are readable. They are not part of the packet. They
+    /// are zero until the packet shrinks, then they may hold its former bytes.
     static constexpr U32 guardBytes = 1024;
 
     ~Pkt() override;
@@ -45,22 +45,22 @@ public:
             Kcore::attribute("vlanTagTpid", &Pkt::vlanTagTpid_), Kcore::attribute("vlanTagTci", &Pkt::vlanTagTci_));
     }
 
-    /// The number of bytes in the packet.
+    /// Number of bytes in the packet.
     U32 bytes() const { return bytes_; }
-    /// The number of bytes that can be addressed from data() on: all of them.
+    /// Number of bytes that can be addressed from data(): all of them.
     U32 frontBytes() const { return bytes_; }
     U8* data() { return data_; }
     const U8* data() const { return data_; }
 
-    /// Grows the packet by `n` zero bytes, in front of its first byte or behind its last. Raises RangeException, and
-    /// changes nothing, if it would have more than 4294967295 bytes.
+    /// Grow the packet by `n` zero bytes in front of its first byte, or behind its last one. Throw RangeException and
+    /// change nothing if it would have more than 4294967295 bytes.
     void newSharedHeadData(U32 n);
     void newSharedTailData(U32 n);
-    /// Takes the last `n` bytes away. Raises RangeException, and changes nothing, if there are fewer.
+    /// Removes the last `n` bytes. Throws RangeException and changes nothing if there are fewer.
     void delSharedTailData(U32 n);
 
-    /// The 802.1Q tag that the receive path took out of the frame and delivers beside it; both numbers in host order,
-    /// and 0 where there is no such tag.
+    /// The out-of-band 802.1Q tag: the receive path took it out of the frame. TPID and TCI are in host order, and 0 if
+    /// there is no tag.
     bool vlanTagPresent() const { return vlanTagPresent_; }
     U16 vlanTagTpid() const { return vlanTagTpid_; }
     U16 vlanTagTci() const { return vlanTagTci_; }
@@ -84,17 +84,17 @@ private:
     bool vlanTagPresent_ = false;
     const Storage mode_;
     std::unique_ptr<U8[]> storage_;
-    std::size_t freeTail_ = 0;  // behind the packet, guard bytes included
+    std::size_t freeTail_ = 0;  // behind the packet, including the guard bytes
     [[no_unique_address]] KitSlab::Tracked<Pkt> tracked_;
 };
 
-/// Makes packets. They keep the storage mode that the manager had when they were made.
+/// Creates packets. A packet keeps the storage mode that its manager had.
 class DHCPPLATFORM_EXPORT Pkt::Manager {
 public:
     explicit Manager(Storage storage) : storage_(storage) {}
 
     Kcore::Ptr<Pkt> newPkt() { return newPkt({}); }
-    /// A packet with a copy of `bytes`. Raises RangeException for more than 4294967295 of them.
+    /// A packet with a copy of `bytes`. Throws RangeException for more than 4294967295 bytes.
     Kcore::Ptr<Pkt> newPkt(std::span<const U8> bytes);
 
     Storage storage() const { return storage_.load(std::memory_order_relaxed); }
@@ -104,7 +104,7 @@ private:
     std::atomic<Storage> storage_;
 };
 
-/// The manager of the process. Roomy, unless the environment said DHCPLIB_PKT_STORAGE=tight at the first call.
+/// The manager of the process. Storage is roomy unless the environment has DHCPLIB_PKT_STORAGE=tight at the first call.
 DHCPPLATFORM_EXPORT Pkt::Manager& globalPktManager();
 
 }  // namespace Kitnet

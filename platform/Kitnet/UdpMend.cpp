@@ -31,7 +31,7 @@ void mendUdp(Pkt& pkt, U32 ipAt) {
     put(udp, udpChecksumAt, 0);
     const U64 pseudoHeader = internetSum(header.subspan(addressesAt, 8)) + header[protocolAt] + udpBytes;
     const U16 sum = internetChecksum(pseudoHeader + internetSum(udp));
-    put(udp, udpChecksumAt, sum != 0 ? sum : U16{0xffff});  // 0 would say that there is none
+    put(udp, udpChecksumAt, sum != 0 ? sum : U16{0xffff});  // 0 would mean: no checksum
 }
 
 }  // namespace Kitnet

@@ -21,21 +21,20 @@ using Kcore::U8;
 using Kcore::appendText;
 using Kcore::operator<<;
 
-/// Raises RangeException: `<type>: "<text>" is not valid`, with unprintable bytes escaped.
+/// Throws RangeException: `<type>: "<text>" is not valid`, with unprintable bytes escaped.
 [[noreturn]] DHCPPLATFORM_EXPORT void refuseText(std::string_view type, std::string_view text);
-/// Raises RangeException: "<type>::byte > <last> not allowed".
+/// Throws RangeException: "<type>::byte > <last> not allowed".
 [[noreturn]] DHCPPLATFORM_EXPORT void refuseByte(std::string_view type, std::size_t last);
 
-/// A field of N bytes exactly as it stands in a packet: alignment 1, no padding, trivially copyable, ordered as its
-/// bytes are. All zero by default. `Self` is the field's own type; it adds its `typeName`, its text form
-/// (`appendText`) and the way back (`static bool parse(std::string_view, Self*)`, which leaves the target alone
-/// where it returns false).
+/// A field of N bytes in wire layout: alignment 1, no padding, trivially copyable, ordered bytewise, all zero by
+/// default. `Self` is the derived type. It adds `typeName`, the text form (`appendText`) and its inverse (`static bool
+/// parse(std::string_view, Self*)`, which changes nothing if it returns false).
 template <class Self, std::size_t N>
 class WireBytes {
 public:
     static constexpr std::size_t wireBytes = N;
 
-    /// Raises RangeException where `text` is not the text form of a `Self`.
+    /// Throws RangeException if `text` is not the text form of a `Self`.
     static Self fromText(std::string_view text) {
         Self value;
         if (!Self::parse(text, &value)) refuseText(Self::typeName, text);
@@ -50,11 +49,11 @@ public:
 
     /// The N bytes in network order.
     constexpr const U8* bytes() const { return bytes_.data(); }
-    /// The byte at `i`, counted from 0 in network order. Raises RangeException if `i` is not below N.
+    /// The byte at `i`, counted from 0 in network order. Throws RangeException if `i` is not below N.
     constexpr U8 byte(std::size_t i) const { return bytes_[checked(i)]; }
     constexpr void byteIs(std::size_t i, U8 b) { bytes_[checked(i)] = b; }
 
-    /// Of a constant number of bytes, so that compilers compare words in place of calling memcmp.
+    /// Compares a constant number of bytes, which compilers turn into word comparisons instead of a call of memcmp.
     constexpr bool isEq(const Self& other) const {
         if (std::is_constant_evaluated()) return bytes_ == other.bytes_;
         return __builtin_memcmp(bytes_.data(), other.bytes_.data(), N) == 0;

@@ -7,7 +7,7 @@
 
 namespace Tyk {
 
-/// A view was asked for something that its bounds forbid. Callers are not expected to catch it in normal operation.
+/// Thrown if an operation on a view would exceed its bounds. Callers are not expected to catch it in normal operation.
 class DHCPPLATFORM_EXPORT InternalException : public std::runtime_error {
 public:
     explicit InternalException(std::string_view message);

@@ -17,7 +17,7 @@ using Kcore::U64;
 
 struct Slot {
     std::chrono::system_clock::time_point time;
-    std::string_view handle;  // a handle's name outlives the ring
+    std::string_view handle;  // the name of a handle lives until the process ends
     int level = 0;
     unsigned size = 0;
     char text[RingTrace::textCapacity] = {};
@@ -26,14 +26,14 @@ static_assert(sizeof(Slot) == 256);
 
 struct Ring {
     std::mutex mutex;
-    U64 cleared = 0;  // sequence number of the oldest message that was not forgotten
+    U64 cleared = 0;  // sequence number of the oldest message after the last clear()
     U64 next = 0;     // sequence number of the next message
     std::array<Slot, RingTrace::capacity> slots{};
 
     Slot& slotOf(U64 sequence) { return slots[sequence % RingTrace::capacity]; }
     U64 oldest() const { return std::max(cleared, next - std::min<U64>(next, RingTrace::capacity)); }
 };
-constinit Ring ring;  // usable before any constructor ran
+constinit Ring ring;  // usable before any constructor has run
 
 std::vector<RingTrace::Formatter>& registered() {
     static auto& all = *new std::vector<RingTrace::Formatter>;

@@ -15,40 +15,41 @@ namespace Tyk {
 
 class TraceHandle;
 
-/// Keeps the newest trace messages of the process in a fixed piece of memory, for a look afterwards. Recording does
-/// no I/O and allocates nothing. Any thread may call anything here.
+/// Keeps the newest trace messages of the process in a fixed buffer, for later inspection. Recording does no I/O and
+/// allocates nothing. All functions may be called from any thread.
 class DHCPPLATFORM_EXPORT RingTrace {
 public:
     static constexpr std::size_t capacity = 512;      ///< messages
-    static constexpr std::size_t textCapacity = 224;  ///< bytes of a message; what is longer is cut
+    static constexpr std::size_t textCapacity = 224;  ///< bytes of a message; longer ones are cut
 
     struct Record {
-        Kcore::U64 sequence;  ///< counts from 0, over every message of the process
+        Kcore::U64 sequence;  ///< counted from 0 over all messages of the process
         std::chrono::system_clock::time_point time;
         std::string_view handle;
         int level;
-        std::string_view text;  ///< as long as the call that receives the record
+        std::string_view text;  ///< valid during the call that receives the record
     };
-    /// Turns the number of an enumeration's member into its name.
+    /// Converts the number of an enumeration's member to its name.
     struct Formatter {
         std::string_view name;
         void (*append)(std::string& out, Kcore::U64 value);
     };
 
-    /// Messages up to this level are kept; 1 at first.
+    /// Messages up to this level are kept. 1 by default.
     static int level() { return level_.load(std::memory_order_relaxed); }
     static void levelIs(int level) { level_.store(level, std::memory_order_relaxed); }
     static bool wanted(int level) { return level <= RingTrace::level(); }
 
     static void record(const TraceHandle& handle, int level, std::string_view text);
-    /// Calls `see` for each message kept at the time of the call, oldest first, without those overwritten meanwhile.
+    /// Calls `see` for each message that was kept at the time of the call, oldest first. Messages that are overwritten
+    /// meanwhile are skipped.
     static void visit(const std::function<void(const Record&)>& see);
-    /// One line a message, oldest first, its text between quotes with bytes outside printable ASCII as \xNN.
+    /// Writes one line per message, oldest first. Texts are quoted, bytes that are not printable ASCII as \xNN.
     static void dump(std::ostream& out);
-    /// Forgets the messages.
+    /// Removes all messages.
     static void clear();
 
-    /// Adds an enumeration's formatter; the first of a name stays.
+    /// Registers the formatter of an enumeration. The first one of a name is kept.
     static void formatterIs(const Formatter& formatter);
     static std::vector<Formatter> formatters();
 

@@ -13,8 +13,8 @@ namespace Tyk {
 
 using String = Kcore::String;
 
-/// A byte string of at most `N` bytes, read like a `String`. Made from or assigned more bytes it raises
-/// Kcore::RangeException "Tyk::String::bytes > maxLength() not allowed"; an assignment then changes nothing.
+/// A byte string of at most `N` bytes, used like a `String`. Constructing it from or assigning more bytes throws
+/// Kcore::RangeException "Tyk::String::bytes > maxLength() not allowed"; the assignment then changes nothing.
 template <std::size_t N>
 class BoundedString {
 public:
@@ -36,7 +36,7 @@ public:
 
     /// Requires: `i` < size().
     char operator[](std::size_t i) const { return bytes_[i]; }
-    /// Raises Kcore::RangeException if `i` is not below size().
+    /// Throws Kcore::RangeException if `i` is not below size().
     char at(std::size_t i) const { return bytes_.at(i); }
     template <class What>
     std::size_t find(const What& what, std::size_t from = 0) const {

@@ -19,18 +19,18 @@ namespace {
 
 constexpr std::size_t maxFileBytes = 64 * 1024;
 
-/// Why a toggle file cannot be used.
+/// The reason why a toggle file cannot be used.
 struct Unusable : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
-/// Reads `{"name": true, ...}` as RFC 8259 has it, without escapes in names. Every function leaves `rest_` behind
-/// what it took and raises Unusable if that is not there.
+/// Parses `{"name": true, ...}` (RFC 8259), without escapes in names. Every function advances `rest_` past what it has
+/// read, and throws Unusable if the text does not match.
 class ToggleReader {
 public:
     explicit ToggleReader(std::string_view text) : text_(text), rest_(text) {}
 
-    /// Views into the text.
+    /// The names point into the text.
     std::map<std::string_view, bool> toggles() {
         std::map<std::string_view, bool> all;
         take("{");
@@ -85,7 +85,7 @@ private:
 
 std::filesystem::path pathOf(std::string_view file) {
     const char* folder = std::getenv("DHCPLIB_TOGGLE_DIR");
-    const bool given = folder != nullptr && *folder != '\0';  // an empty one would be the current folder
+    const bool given = folder != nullptr && *folder != '\0';  // an empty name would mean the current folder
     return std::filesystem::path(given ? folder : DHCPPLATFORM_CONFIG_DIR) / file;
 }
 

@@ -15,11 +15,11 @@ namespace {
 
 struct SinkInForce {
     std::mutex mutex;
-    std::shared_ptr<const TraceSink> sink;  // null: stderr
+    std::shared_ptr<const TraceSink> sink;  // null means stderr
 };
 
 SinkInForce& sinkInForce() {
-    static auto& it = *new SinkInForce;  // never destroyed: destructors of static objects trace too
+    static auto& it = *new SinkInForce;  // never destroyed, since destructors of static objects trace, too
     return it;
 }
 
@@ -28,7 +28,7 @@ std::shared_ptr<const TraceSink> currentSink() {
     return sinkInForce().sink;
 }
 
-/// In one write, so that the lines of several threads do not mix.
+/// Prints with one write, so that lines of several threads do not mix.
 void print(const TraceLine& line, bool timeStamped) {
     std::string out;
     if (timeStamped) {
@@ -48,8 +48,8 @@ thread_local struct ThreadText {
     ~ThreadText() { threadTextGone = true; }
 } threadText;
 
-/// The thread's text buffer, borrowed: a thread that traces again and again allocates only at first. An argument that
-/// itself traces while it is formatted finds the buffer lent and works in one of its own.
+/// The thread's text buffer, so that a thread allocates only for its first lines. If formatting an argument traces as
+/// well, that line uses a buffer of its own.
 class BorrowedText {
 public:
     BorrowedText() {
@@ -95,7 +95,7 @@ void Detail::emitTrace(const TraceHandle& handle, int level, const TraceSite& si
     try {
         if (const auto sink = currentSink()) return (*sink)(line);
     } catch (...) {
-        // What is being traced goes on all the same, and its line is not lost.
+        // An exception of the sink must not stop the traced code; the line goes to stderr.
     }
     print(line, handle.timeStamped());
 }

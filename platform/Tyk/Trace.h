@@ -16,7 +16,7 @@
 
 namespace Tyk {
 
-/// The text of a trace line, with one `{}` for each argument; their number is checked when it is compiled.
+/// The text of a trace line, with one `{}` per argument. The number of `{}` is checked at compile time.
 template <class... Args>
 class TraceText {
 public:
@@ -32,7 +32,7 @@ private:
         for (auto at = text_.find("{}"); at != text_.npos; at = text_.find("{}", at + 2)) ++count;
         return count;
     }
-    static void placeholdersAndArgumentsDiffer() {}  // not constexpr: naming it is the compiler's complaint
+    static void placeholdersAndArgumentsDiffer() {}  // not constexpr: its name appears in the compiler's error message
 
     std::string_view text_;
 };
@@ -53,12 +53,12 @@ void appendTraceArg(std::string& out, const void* value) {
 
 [[gnu::cold]] DHCPPLATFORM_EXPORT void trace(TraceTo to, const TraceHandle& handle, int level, const TraceSite& site,
                                              std::string_view text, std::span<const TraceArg> args);
-/// Hands a finished line to the sink, else to stderr.
+/// Passes a finished line to the sink, or prints it on stderr.
 [[gnu::cold]] DHCPPLATFORM_EXPORT void emitTrace(const TraceHandle& handle, int level, const TraceSite& site,
                                                  std::string_view text);
 
-/// How an argument reaches the formatter. Small ones travel by value, and so does the site: an address that escapes,
-/// even on a path that is never taken, would keep the caller's variable out of its registers.
+/// How an argument is passed to the formatter. Small ones and the site are passed by value: taking the address of a
+/// variable, even on a path that is never taken, would keep it out of registers.
 template <class T>
 using TraceParam =
     std::conditional_t<std::convertible_to<const T&, std::string_view>, std::string_view,
@@ -87,8 +87,8 @@ template <TraceTo to, class... Params>
 
 }  // namespace Detail
 
-/// Traces `text` with the arguments' text forms (`Kcore::appendText`) in place of its `{}`:
-/// `fmtrace(handle, 2, {}, "{} bytes left, {} needed", left, needed)`. A line that is not wanted costs a compare.
+/// Traces `text` with each `{}` replaced by the text form (`Kcore::appendText`) of an argument:
+/// `fmtrace(handle, 2, {}, "{} bytes left, {} needed", left, needed)`. A line that is not wanted costs one comparison.
 template <class... Args>
 void fmtrace(const TraceHandle& handle, int level, TraceSite site, TraceText<std::type_identity_t<Args>...> text,
              const Args&... args) {
@@ -97,8 +97,8 @@ void fmtrace(const TraceHandle& handle, int level, TraceSite site, TraceText<std
                                                                                 args...);
 }
 
-/// As `fmtrace`, to the text trace and to `RingTrace`, each by its own level; formatted once. The enumerations among
-/// the arguments register their formatter with the ring.
+/// As `fmtrace`, but writes to the text trace and to `RingTrace`, each by its own level. Formats once. Registers a
+/// formatter with the ring for each enumeration among the arguments.
 template <class... Args>
 void DualTrace(const TraceHandle& handle, int level, TraceSite site, TraceText<std::type_identity_t<Args>...> text,
                const Args&... args) {
@@ -124,8 +124,8 @@ using TraceSink = std::function<void(const TraceLine&)>;
 /// called on the tracing thread, by several threads at once if they trace; if it throws, the line goes to stderr.
 DHCPPLATFORM_EXPORT TraceSink traceSinkIs(TraceSink sink);
 
-/// Builds a line piece by piece and traces it when destroyed: `TraceHelper(handle, 2).stream() << "left: " << left;`.
-/// Pieces of a line that was not wanted at its beginning are not formatted.
+/// Assembles a line piece by piece and traces it when destroyed. If the line is not wanted, pieces are not formatted.
+/// Example: `TraceHelper(handle, 2).stream() << "left: " << left;`
 class DHCPPLATFORM_EXPORT TraceHelper {
 public:
     TraceHelper(const TraceHandle& handle, int level, TraceSite site = {})

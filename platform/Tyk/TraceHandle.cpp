@@ -25,7 +25,8 @@ TraceHandle::TraceHandle(std::string_view name, bool timeStamped)
 
 TraceHandle::Facility& TraceHandle::facilityNamed(std::string_view name) {
     static std::mutex mutex;
-    static auto& all = *new std::forward_list<Facility>;  // never destroyed: destructors of static objects trace too
+    static auto& all =
+        *new std::forward_list<Facility>;  // never destroyed, since destructors of static objects trace, too
     const std::lock_guard lock(mutex);
     for (Facility& facility : all)
         if (facility.name == name) return facility;

@@ -7,7 +7,7 @@
 namespace Interface {
 
 /// Opens a non-blocking packet(7) socket for the frames that the device `ifIndex` receives and sends. The filter is
-/// attached before the device is bound, so no frame passes unfiltered. Raises std::system_error if the kernel refuses;
+/// attached before the device is bound, so no frame passes unfiltered. Throws std::system_error if the kernel refuses;
 /// the text names CAP_NET_RAW if that is missing.
 Kcore::FileDescriptor openPacketSocket(U32 ifIndex, const PacketSocketSettings& settings);
 
@@ -18,11 +18,11 @@ struct ReadFrame {
     bool checksumReady = true;
 };
 
-/// Reads one frame with its out-of-band tag; `pkt` is null if none is waiting. Raises std::system_error if reading
+/// Reads one frame with its out-of-band tag; `pkt` is null if none is waiting. Throws std::system_error if reading
 /// fails, with EMSGSIZE for a frame above 65535 bytes, which is discarded. A link that goes down is not a failure.
 ReadFrame readFrame(int packetSocket);
 
-/// Sends a frame with its out-of-band tag put back in. Raises std::system_error if the kernel refuses it or if the
+/// Sends a frame with its out-of-band tag put back in. Throws std::system_error if the kernel refuses it or if the
 /// frame is shorter than its two addresses.
 void sendFrame(int packetSocket, const Kitnet::Pkt& pkt);
 

@@ -8,13 +8,13 @@
 
 namespace KernelNetInfo {
 
-/// A message of the kernel about one device.
+/// A kernel message about a network device.
 struct LinkMessage {
     Kcore::String name;
     IntfStatus status;
     bool removed;
 
-    /// Nothing for messages of another kind, those about a device's part in a bridge among them.
+    /// Empty for messages of another kind, including those about a device's membership in a bridge.
     static std::optional<LinkMessage> from(const nlmsghdr& header);
 };
 
