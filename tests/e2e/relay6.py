@@ -1,19 +1,14 @@
 #!/usr/bin/env python3
-"""The DHCPv6 relay agent between real clients and real servers. The agent's path: the environment's RELAY6_AGENT."""
+"""The relay agent between real DHCPv6 clients and real servers."""
 
 import json
-import os
-import signal
 import struct
 
-from lab import Lab, main, received, require, wait_for
+from lab import main, received, require
+from relayed import SERVER6, AccessPort, Relayed
 
-CLIENT_SCRIPT = """#!/bin/sh
-[ -z "$new_ip6_address" ] || ip -6 addr replace "$new_ip6_address/64" dev "$interface"
-echo "event $reason ${new_ip6_address:-$new_dhcp6_ia_na1_ia_addr1} prefix $new_ip6_prefix$new_dhcp6_ia_pd1_prefix1"
-"""
-LINK, SERVER = "2001:db8:20::1", "2001:db8:82::2"
 RELAY_FORWARD = 12
+RELAY_MESSAGE, INTERFACE_ID, LINK_LAYER_ADDRESS = 9, 18, 79
 
 
 def options(data):
@@ -37,63 +32,17 @@ def relay_forwards(frames):
             yield message[1], message[2:18], options(message[34:])
 
 
-class Relayed6(Lab):
-    """A client, one relay or two in a row, and the server. Only the client's own link has the subnet that is served."""
-
-    def __init__(self, relays=1):
-        super().__init__()
-        self.relays = relays
-
-    def __enter__(self):
-        super().__enter__()
-        self.add("c1", "relay", "srv")
-        self.link(("relay", "cl1", f"{LINK}/64"), ("c1", "eth0"))
-        if self.relays == 1:
-            self.link(("relay", "up0", "2001:db8:82::1/64"), ("srv", "up1", f"{SERVER}/64"))
-        else:
-            self.add("mid")
-            self.link(("relay", "up0", "2001:db8:83::1/64"), ("mid", "down0", "2001:db8:83::2/64"))
-            self.link(("mid", "up0", "2001:db8:82::1/64"), ("srv", "up1", f"{SERVER}/64"))
-            self.run("relay", "ip", "-6", "route", "add", "default", "via", "2001:db8:83::2")
-            self.run("mid", "ip", "-6", "route", "add", "2001:db8:20::/64", "via", "2001:db8:83::1")
-        self.run("srv", "ip", "-6", "route", "add", "default", "via", "2001:db8:82::1")
-        self.script = self.file("client6.sh", CLIENT_SCRIPT, 0o755)
-        return self
-
-    def agent(self, namespace, client, server, *more):
-        agent = self.start(namespace, "relay6_agent", os.environ["RELAY6_AGENT"], "-v", "-c", client, "-s", server, *more)
-        wait_for("the agent's UDP socket", 5, lambda: ":547" in self.run(namespace, "ss", "-ulnH"))
-        return agent
-
-    def dhclient(self, *more):
-        wait_for("a link-local address of the client", 10,
-                 lambda: self.run("c1", "ip", "-6", "addr", "show", "dev", "eth0", "scope", "link", "-tentative"))
-        leases = self.file("dhclient6.leases", "")
-        return self.start("c1", "dhclient", "dhclient", "-6", "-d", *more, "-sf", self.script, "-lf", leases, "-cf",
-                          "/dev/null", "-pf", os.path.join(self.folder, "dhclient6.pid"), "eth0")
-
-
 def kea(lab):
+    subnets = [{"id": n, "subnet": f"2001:db8:{n}0::/64", "pools": [{"pool": f"2001:db8:{n}0::1000-2001:db8:{n}0::1fff"}],
+                "pd-pools": [{"prefix": f"2001:db8:f{n}00::", "prefix-len": 40, "delegated-len": 48}]} for n in (2, 3)]
     config = {"Dhcp6": {
-        "interfaces-config": {"interfaces": [f"up1/{SERVER}"]},
+        "interfaces-config": {"interfaces": [f"up1/{SERVER6}"]},
         "lease-database": {"type": "memfile", "persist": False},
         "server-id": {"type": "LL", "persist": False, "htype": 1, "identifier": "020000000001"},
-        "valid-lifetime": 120, "preferred-lifetime": 100, "renew-timer": 5, "rebind-timer": 90,
-        "subnet6": [{"id": 1, "subnet": "2001:db8:20::/64", "pools": [{"pool": "2001:db8:20::1000-2001:db8:20::1fff"}],
-                     "pd-pools": [{"prefix": "2001:db8:f000::", "prefix-len": 36, "delegated-len": 48}]}],
+        "valid-lifetime": 120, "preferred-lifetime": 100, "renew-timer": 5, "rebind-timer": 90, "subnet6": subnets,
         "loggers": [{"name": "kea-dhcp6", "severity": "INFO", "output_options": [{"output": "stdout"}]}]}}
     lab.environment.update(KEA_LOCKFILE_DIR=lab.folder, KEA_PIDFILE_DIR=lab.folder)
     lab.start("srv", "kea", "kea-dhcp6", "-c", lab.file("kea6.json", json.dumps(config))).saw("DHCP6_STARTED")
-
-
-def dhcpd(lab):
-    config = lab.file("dhcpd6.conf", """
-default-lease-time 120; preferred-lifetime 100; option dhcp-renewal-time 5;
-subnet6 2001:db8:82::/64 { }
-subnet6 2001:db8:20::/64 { range6 2001:db8:20::1000 2001:db8:20::1fff; }
-""")
-    lab.start("srv", "dhcpd", "dhcpd", "-6", "-f", "-d", "-cf", config, "-lf", lab.file("dhcpd6.leases", ""), "-pf",
-              os.path.join(lab.folder, "dhcpd6.pid"), "up1").saw("Server starting service")
 
 
 def dnsmasq(lab):
@@ -102,61 +51,56 @@ def dnsmasq(lab):
               f"--dhcp-leasefile={lab.folder}/dnsmasq6.leases").saw("DHCPv6, IP range")
 
 
-def check_forwards(forwards, hop_count, link, interface):
-    assert forwards
-    for hops, link_address, found in forwards:
-        assert hops == hop_count and link_address == link, (hops, link_address)
-        assert found[18] == bytes([1, len(interface)]) + interface.encode() + b"\x02\x07default", found[18]
-        assert found[37][4:8] == b"\0\3\0\1" and found[37][24:] == interface.encode() + b":1", found[37]
-
-
-def address():
-    """dhclient gets an address of its link's subnet, renews and releases it; the server's link sees what we add."""
-    require("dhclient", "dhcpd")
-    with Relayed6() as lab:
-        dhcpd(lab)
-        agent = lab.agent("relay", "cl1", SERVER, "--vss")
-        up = lab.frames("srv", "up1")
-        client = lab.dhclient()
-        client.saw("event BOUND6 2001:db8:20::1", 20)
-        client.saw("event RENEW6 2001:db8:20::1", 20)
-        forwards = list(relay_forwards(received(up)))
-        check_forwards(forwards, 0, b"\x20\x01\x0d\xb8\0\x20" + bytes(9) + b"\1", "cl1")
-        mac = bytes.fromhex(lab.run("c1", "cat", "/sys/class/net/eth0/address").strip().replace(":", ""))
-        for _, _, found in forwards:
-            assert found[79] == b"\0\1" + mac and found[68] == b"\0default", found
-        client.signal(signal.SIGTERM)
-        assert agent.stop() == 0 and "replies returned: " in agent.log()
+def leases():
+    """A client without and one with a tag get an address and a prefix each, and renew; the server sees where they are."""
+    require("dhclient", "ethtool", "kea-dhcp6")
+    with Relayed(tagged=True) as lab:
+        kea(lab)
+        lab.relay("-c", "cl1", "-c", "cl2", "-s", SERVER6, "--vlans", "cl2=100")
+        with AccessPort(lab, 0x8100, 100):
+            up = lab.frames("srv", "up1")
+            clients = [lab.dhclient(client, "-6", "-N", "-P") for client in ("c1", "c2")]
+            for event in ("BOUND6", "RENEW6"):
+                for number, client in zip((2, 3), clients):
+                    client.saw(f"event {event} 2001:db8:{number}0::1", 20)
+            for number, client in zip((2, 3), clients):
+                client.saw(f"prefix 2001:db8:f{number}", 20)
+        places = {(link.hex()[:12], found[INTERFACE_ID], found[LINK_LAYER_ADDRESS][2:].hex(":"))
+                  for hops, link, found in relay_forwards(received(up)) if hops == 0}
+        macs = [lab.run(client, "cat", "/sys/class/net/eth0/address").strip() for client in ("c1", "c2")]
+        assert places == {("20010db80020", b"cl1:1", macs[0]), ("20010db80030", b"cl2:100", macs[1])}, places
 
 
 def dhcpcd():
     """dhcpcd gets an address from dnsmasq."""
     require("dhcpcd", "dnsmasq")
-    with Relayed6() as lab:
+    with Relayed() as lab:
         dnsmasq(lab)
-        lab.agent("relay", "cl1", SERVER)
+        lab.relay("-c", "cl1", "-s", SERVER6)
         config = lab.file("dhcpcd.conf", f"ipv6only\nnoipv6rs\nduid ll\niaid 1\nia_na 1\nscript {lab.script}\n")
         lab.start("c1", "dhcpcd", "dhcpcd", "-B", "-6", "-f", config, "eth0").saw("event BOUND6 2001:db8:20::1", 25)
 
 
 def chain():
-    """Two relays in a row: address and prefix, and a hop count of 1 at the server."""
+    """Two relays in a row: address and prefix, and both relays' options at the server."""
     require("dhclient", "kea-dhcp6")
-    with Relayed6(relays=2) as lab:
+    with Relayed() as lab:
         kea(lab)
-        lab.agent("relay", "cl1", "2001:db8:83::2")
-        lab.agent("mid", "down0", SERVER)
+        lab.add("far")
+        lab.link(("c1", "cl3", "2001:db8:30::1/64"), ("far", "eth0"))
+        lab.run("c1", "ip", "addr", "add", "2001:db8:20::7/64", "dev", "eth0")
+        lab.relay("-c", "cl1", "-s", SERVER6, "--trust", "cl1")
+        lab.relay("-c", "cl3", "-s", "2001:db8:20::1", namespace="c1")
         up = lab.frames("srv", "up1")
-        client = lab.dhclient("-N", "-P")
-        client.saw("event BOUND6 2001:db8:20::1", 20)
-        client.saw("prefix 2001:db8:f", 20)
-        forwards = list(relay_forwards(received(up)))
-        check_forwards(forwards, 1, bytes(16), "down0")
-        for _, _, found in forwards:
-            inner = found[9]
-            check_forwards([(inner[1], inner[2:18], options(inner[34:]))], 0,
-                           b"\x20\x01\x0d\xb8\0\x20" + bytes(9) + b"\1", "cl1")
+        client = lab.dhclient("far", "-6", "-N", "-P")
+        client.saw("event BOUND6 2001:db8:30::1", 20)
+        client.saw("prefix 2001:db8:f3", 20)
+        for hops, _, found in relay_forwards(received(up)):
+            inner = found[RELAY_MESSAGE]
+            assert hops == 1 and inner[:2] == bytes([RELAY_FORWARD, 0]), (hops, inner[:2])
+            assert options(inner[34:])[INTERFACE_ID] == b"cl3:1" and inner[2:18].hex()[:12] == "20010db80030"
+            assert LINK_LAYER_ADDRESS not in found, "of the relay behind us"
 
 
 if __name__ == "__main__":
-    main({"address-dhcpd": address, "dhcpcd-dnsmasq": dhcpcd, "chain-kea": chain})
+    main({"leases": leases, "dhcpcd": dhcpcd, "chain": chain})
