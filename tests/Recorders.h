@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Kcore/Assert.h"
@@ -9,18 +11,19 @@
 
 namespace DhcpTest {
 
-/// Records what the library traces while it lives, as "level text".
+/// Records the trace lines of some handles as "level text" while it lives.
 class TraceRecorder {
 public:
-    explicit TraceRecorder(int level) {
-        Tyk::TraceHandle("DhcpLib", false).levelIs(level);
+    explicit TraceRecorder(int level, std::vector<const char*> handles = {"DhcpLib"}) : handles_(std::move(handles)) {
+        levelIs(level);
         Tyk::traceSinkIs([this](const Tyk::TraceLine& line) {
-            if (line.handle == "DhcpLib") lines_.push_back(std::to_string(line.level) + ' ' + std::string(line.text));
+            if (std::ranges::count(handles_, line.handle) != 0)
+                lines_.push_back(std::to_string(line.level) + ' ' + std::string(line.text));
         });
     }
     ~TraceRecorder() {
         Tyk::traceSinkIs({});
-        Tyk::TraceHandle("DhcpLib", false).levelIs(0);
+        levelIs(0);
     }
     TraceRecorder(const TraceRecorder&) = delete;
     TraceRecorder& operator=(const TraceRecorder&) = delete;
@@ -29,6 +32,11 @@ public:
     std::vector<std::string> lines() { return std::exchange(lines_, {}); }
 
 private:
+    void levelIs(int level) const {
+        for (const char* handle : handles_) Tyk::TraceHandle(handle, false).levelIs(level);
+    }
+
+    std::vector<const char*> handles_;
     std::vector<std::string> lines_;
 };
 

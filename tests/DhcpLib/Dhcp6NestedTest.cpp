@@ -48,16 +48,13 @@ TEST(Dhcp6Nested, FindsTheOptionsOfAnIa) {
 
 TEST(Dhcp6Nested, FindsTheMessagesOfAChain) {
     const Area rows[] = {
-        {"not relayed", 1, "EE 01*4 00 09 00 04 01*4", "1-13 "},
         {"behind another option", 0, "0C*34 00 12 00 01 61 00 09 00 04 01*4 00 12 00 00", "0-51 43-47 "},
         {"the first of two", 0, "0C*34 00 09 00 04 01*4 00 09 00 04 02*4", "0-50 38-42 "},
         {"twice", 0, "0C*34 00 09 00 2A 0C*34 00 09 00 04 01*4", "0-80 38-80 76-80 "},
         {"the inner one passes its option", 0, "0C*34 00 09 00 28 0C*34 00 09 00 04 01*4", "0-80 38-78 "},
         {"relay message passes the packet", 0, "0D*34 00 09 00 05 01*4", "0-42 "},
-        {"no whole header inside", 0, "0D*34 00 09 00 03 01*3", "0-41 "},
         {"no whole relay header inside", 0, "0D*34 00 09 00 21 0C*33", "0-71 "},
         {"an unknown message inside", 0, "0D*34 00 09 00 04 0E*4", "0-42 "},
-        {"no whole header", 0, "0C*33", ""},
     };
     expectFound(rows, chainAt);
     // The inner message would start at 65536, that is, at the outer one.
@@ -70,14 +67,11 @@ TEST(Dhcp6Nested, ChecksTheOptionsOfAMessage) {
     const Area rows[] = {
         {"client/server", 1, "EE 0B*4 00 01 00 02 61 62 FF FF 00 00", "good"},
         {"relay", 0, "0C*34 00 12 00 01 61", "good"},
-        {"no options", 0, "01*4", "good"},
         {"bytes left over", 0, "01*4 00 01 00 00 00 02", "bad"},
         {"overrun by one", 4, "EE*4 01*4 00 01 00 02 61", "bad"},
         {"code 0", 0, "01*4 00 00 00 00", "bad"},
         {"short header", 0, "01*3", "bad"},
-        {"short relay header", 0, "0D*33", "bad"},
         {"unknown message", 0, "0E*4", "bad"},
-        {"behind the packet", 9, "01*4", "bad"},
     };
     expectFound(rows, [](const PktPtr& pkt, U16 offset) {
         TraceRecorder trace(1);

@@ -80,7 +80,7 @@ TEST(Dhcp6Parser, ReadsFramesAsFarAsTheyGo) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.rule);
         const auto parse = [](auto& parser, const PktPtr& pkt) { return parser.doParseDhcp6(pkt, accessPort); };
-        EXPECT_EQ(outcomeEverywhere<Dhcp6PacketParser>(hex(row.frame), parse), row.outcome);
+        expectOutcome<Dhcp6PacketParser>(hex(row.frame), parse, row.outcome);
     }
 }
 
@@ -112,7 +112,6 @@ TEST(Dhcp6Parser, DecodesInterfaceAndVlan) {
     const Text rows[] = {
         {"Port-Channel7/1.2_x", ":1", 1, ""},
         {"E1", ":4094", 4094, ""},
-        {"E1", ":10:20", 10, ""},
         {"E1", ": \t+010x", 10, ""},
         {"E1", ":-18446744073709551606", 10, ""},
         {"E1", "", 0, noColon},
@@ -120,10 +119,7 @@ TEST(Dhcp6Parser, DecodesInterfaceAndVlan) {
         {"E1", ":10:", 0, edgeColon},
         {"E1", ":0", 0, badVlan + std::string("0")},
         {"E1", ":4095", 0, badVlan + std::string("4095")},
-        {"E1", ":65546", 0, badVlan + std::string("65546")},
         {"E1", ":18446744073709551626", 0, badVlan + std::string("18446744073709551626")},
-        {"E1", ":+-10", 0, badVlan + std::string("+-10")},
-        {"E1", ":abc", 0, badVlan + std::string("abc")},
         {"1E", ":10", 0, badIntf + std::string("1E")},
         {std::string(64, 'e'), ":10", 0, badIntf + std::string(64, 'e')},
     };
@@ -179,38 +175,18 @@ TEST(Dhcp6Parser, IdentifiersAreReadWithoutAFrame) {
 static_assert(!std::is_constructible_v<PacketParser, const char*> &&
               !std::is_constructible_v<Dhcp6PacketParser, const char*>);
 
-TEST(Dhcp6Parser, TracesItsProgress) {
-    TraceRecorder trace(4);
-    const auto linesOf = [&](const std::string& options) {
-        Dhcp6PacketParser(config()).doParseDhcp6(packet(hex(solicit + options)), accessPort);
-        return trace.lines();
-    };
-    const std::string signature = "bool DhcpLib::Dhcp6PacketParser::doParseDhcp6(const Ptr&, Kitnet::IntfId)";
-    EXPECT_EQ(linesOf(clientId + remoteId("00 1E", "01 06 'Et1:10'")),
-              (std::vector<std::string>{
-                  "4 " + signature + " for srcIntf: Ethernet1", "4 Native VlanId is 10 for intf: Et1",
-                  "4 Untagged packet with Ethertype: 34525", "4 Untagged packet, using native VlanId: 10",
-                  "4 Ethernet payload is IPv6, protocol: 17IP6 HdrLen 40",
-                  "4 IP payload is UDP, UDP src port: 546, UDP dst port: 547, UDP header len: 42",
-                  "4 UDP payload is DHCP6, DHCP6 Msg type: solicit, XID: 0x123456",
-                  "4  intfVlanStr Et1:10 decodedIntf Et1decodedVlanId 10, Decoded VlanId: 10"}));
-    EXPECT_EQ(linesOf("").back(), "4 ClientId option doesn't exist");
-    EXPECT_EQ(linesOf(clientId).back(), "4 Option-37 doesn't exist");
-}
-
 TEST(Dhcp6Parser, KeepsWhatAParseDoesNotReach) {
     Dhcp6PacketParser parser(config());
     const std::string advertise = front + "02 12 34 57 ", next = solicit + clientId;
     const Row rows[] = {
-        {"another message", advertise + clientId,
-         "true: dhcp6MsgType=advertise dhcp6Xid=0x123457 dhcp6ClientMsg=false rIdOption=false"},
         {"another DUID", advertise + "00 01 00 09 00 02 00 00 11 8B 'abc'",
-         "true: cIdOptLen=9 cIdDuidType=2 cIdDuidHwType=0 cIdDuidEntno=4491 cIdDuidEntId=abc"},
+         "true: dhcp6MsgType=advertise dhcp6Xid=0x123457 dhcp6ClientMsg=false rIdOption=false cIdOptLen=9 "
+         "cIdDuidType=2 "
+         "cIdDuidHwType=0 cIdDuidEntno=4491 cIdDuidEntId=abc"},
         {"no client identifier", advertise + remoteId("00 16", ""), "true: cIdOption=false"},
-        {"another VLAN", advertise + clientId + remoteId("00 1E", "01 06 'Et1:99x'"),
-         "true: rIdOption=true rIdVlanId=99 cIdOption=true cIdOptLen=10 cIdDuidType=3 cIdDuidHwType=1"},
         {"no sub-option", advertise + clientId + remoteId("00 16", ""),
-         "true: rIdOptLen=22 l2PortInfoValid=false | 1 Can't parse L2 Port info subOptType: 0 subOptValue: "},
+         "true: rIdOption=true rIdOptLen=22 l2PortInfoValid=false cIdOption=true cIdOptLen=10 cIdDuidType=3 "
+         "cIdDuidHwType=1 | 1 Can't parse L2 Port info subOptType: 0 subOptValue: "},
     };
     parser.doParseDhcp6(packet(hex(next + remoteId("00 1E", "01 06 'Et1:10'"))), accessPort);
     for (const Row& row : rows)

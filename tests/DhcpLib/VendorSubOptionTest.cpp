@@ -31,6 +31,26 @@ TEST(VendorSubOption, SizesAndItemsAreWrittenWhereThePositionSays) {
     EXPECT_EQ(calculateNonQuorvaVendorLen(view, vendor), 7u);
 }
 
+TEST(VendorSubOption, IsReadThroughAPointerByItsLengthsAlone) {
+    const struct {
+        const char *rule, *bytes, *name, *vtep;
+    } rows[] = {
+        {"both items", "09 10 00 00 7E D9 0B 01 03 'abc' 02 04 0A 00 00 04", "abc", "10.0.0.4"},
+        {"behind another block", "09 13 00 00 00 09 04 'four' 00 00 7E D9 05 01 03 'abc'", "abc", ""},
+        {"another block alone", "09 08 00 00 00 09 03 01 01 'a'", "-", ""},
+        {"a name that passes the sub-option", "09 07 00 00 7E D9 02 01 04 'abcd'", "abcd", ""},
+        {"an address of three bytes", "09 0A 00 00 7E D9 05 02 03 0A 00 00", "-", ""},
+    };
+    for (const auto& row : rows) {
+        Octets bytes = hex(row.bytes) + Octets(300, U8{0});
+        Kcore::String name("-");
+        Kitnet::IpGenAddr vtep;
+        parseVendorSpecificSubOpt(reinterpret_cast<DhcpSingleOption*>(bytes.data()), name, vtep);
+        EXPECT_EQ(name, row.name) << row.rule;
+        EXPECT_EQ(Kcore::textOf(vtep), row.vtep) << row.rule;
+    }
+}
+
 TEST(VendorSubOption, TheBlockIsFoundByItsNumber) {
     const struct {
         const char* blocks;

@@ -19,8 +19,7 @@ CLIENT, STRANGER = "02:c1:00:00:01:1e", "02:c1:00:00:02:02"
 AGENT, SERVER, OTHER = "10.82.0.1", "10.82.0.2", "10.82.0.3"
 
 CONFIG = """authoritative; allow leasequery; ping-check false; default-lease-time 120;
-max-lease-time 120; dhcp-cache-threshold 0;
-class "short" { match if option vendor-class-identifier = "short"; default-lease-time 3; max-lease-time 3; }
+max-lease-time 120;
 subnet 10.82.0.0 netmask 255.255.255.0 { }
 subnet 10.20.0.0 netmask 255.255.255.0 { range 10.20.0.100 10.20.0.109; }
 """
@@ -57,10 +56,10 @@ class Asked(Lab):
                    self.file("dhcpd.leases", ""), "-pf", os.path.join(self.folder, "dhcpd.pid"), "up1",
                    "lan").saw("Server starting service")
 
-    def udhcpc(self, *options):
+    def udhcpc(self):
         """A client with a lease, and its address."""
         script = self.file("client.sh", CLIENT_SCRIPT, 0o755)
-        client = self.start("c1", "udhcpc", "udhcpc", "-i", "eth0", "-f", "-R", "-T", "1", "-s", script, *options)
+        client = self.start("c1", "udhcpc", "udhcpc", "-i", "eth0", "-f", "-R", "-T", "1", "-s", script)
         client.saw(".\n", 20)
         return client, client.log().split("bound ")[1].split(".\n")[0]
 
@@ -88,18 +87,10 @@ def dhcpd():
             assert told == (wanted, {"state": state, kind: value, "serverId": SERVER}), told
 
         client.stop()
-        no_more(lab, address)
-        client, address = lab.udhcpc("-V", "short")
-        client.popen.kill()
-        assert lab.answer("--ip", address)[1]["state"] == "active"
-        no_more(lab, address)
-
-
-def no_more(lab, address):
-    """The client's lease was released or has expired: dhcpd still tells who had it last, by MAC alone."""
-    unassigned = {"state": "unassigned", "ip": address, "serverId": SERVER}
-    wait_for("the lease's end", 8, lambda: lab.answer("--ip", address) == (KNOWN, unassigned))
-    assert lab.answer("--mac", CLIENT) == (KNOWN, {**unassigned, "mac": CLIENT})
+        # Released: dhcpd still tells who had it last, by MAC alone.
+        no_more = {"state": "unassigned", "ip": address, "serverId": SERVER}
+        wait_for("the lease's end", 8, lambda: lab.answer("--ip", address) == (KNOWN, no_more))
+        assert lab.answer("--mac", CLIENT) == (KNOWN, {**no_more, "mac": CLIENT})
 
 
 def reply(query, kind, ip, op=2, options=b""):
@@ -112,23 +103,22 @@ def lies(query):
     """Datagrams of the server's that do not answer the query, though each but the last few nearly does."""
     good = reply(query, UNASSIGNED, "10.66.6.6")
     return [good[:4] + bytes([good[4] ^ 1]) + good[5:], good[:7] + bytes([good[7] ^ 0x80]) + good[8:],
-            reply(query, UNASSIGNED, "10.66.6.6", op=1), reply(query, UNASSIGNED, "10.66.6.6", op=3),
-            *(reply(query, kind, "10.66.6.6") for kind in (b"", b"\x00", b"\x05", b"\x0a", b"\x0e", b"\xff")),
-            good[:-1], good[:-1] + item(12, b"x" * 9)[:-1], good[:240], good[:236], good[:33], good[:1], b"",
-            good[:236] + b"\x63\x82\x53\x64" + good[240:], query, os.urandom(1400)]
+            reply(query, UNASSIGNED, "10.66.6.6", op=1),
+            *(reply(query, kind, "10.66.6.6") for kind in (b"", b"\x05", b"\x0a", b"\x0e")),
+            good[:-1], good[:236], good[:33], b"", good[:236] + b"\x63\x82\x53\x64" + good[240:], query]
 
 
 class Liar(threading.Thread):
     """Answers each query with lies, from the server's address and, truly, from another one; then with `truth`."""
 
-    def __init__(self, lab, flood_seconds=0.0, truth=None):
+    def __init__(self, lab, truth=None):
         super().__init__()
         with lab.inside("srv"):
             self.own, self.other = (socket.socket(socket.AF_INET, socket.SOCK_DGRAM) for _ in range(2))
             self.own.bind((SERVER, 67))
             self.other.bind((OTHER, 67))
         self.own.settimeout(0.1)
-        self.flood_seconds, self.truth, self.queries, self.told, self.ending = flood_seconds, truth, [], 0, False
+        self.truth, self.queries, self.told, self.ending = truth, [], 0, False
 
     def __enter__(self):
         self.start()
@@ -147,14 +137,10 @@ class Liar(threading.Thread):
             except socket.timeout:
                 continue
             self.queries.append((query, asker))
-            end = time.monotonic() + self.flood_seconds
-            while True:
-                for lie in lies(query):
-                    self.own.sendto(lie, asker)
-                self.other.sendto(reply(query, UNASSIGNED, "10.66.6.6"), asker)
-                self.told += len(lies(query)) + 1
-                if time.monotonic() >= end or self.ending:
-                    break
+            for lie in lies(query):
+                self.own.sendto(lie, asker)
+            self.other.sendto(reply(query, UNASSIGNED, "10.66.6.6"), asker)
+            self.told += len(lies(query)) + 1
             if self.truth:
                 self.own.sendto(self.truth(query), asker)
 
@@ -164,20 +150,16 @@ def impostors():
     require("setpriv")
     patience = ("--server", SERVER, "--ip", "10.20.0.7", "--timeout", "1", "--retries", "1")
     with Asked() as lab:
-        for flood_seconds in (0.0, 5.0):
-            with Liar(lab, flood_seconds) as liar:
-                started = time.monotonic()
-                status, out, err = lab.tool(*patience)
-                assert 2 <= time.monotonic() - started < 6, time.monotonic() - started
-            assert (status, out) == (NO_ANSWER, ""), (status, out)
-            ignored = int(err.split(f"no answer from {SERVER}, other datagrams: ")[1])
-            if flood_seconds:
-                assert ignored > 500, ignored
-            else:
-                assert ignored == liar.told and len(liar.queries) == 2, (ignored, liar.told)
-                (query, asker), again = liar.queries
-                assert again == (query, asker) and asker == (AGENT, 67), asker
-                assert query[24:28] == socket.inet_aton(AGENT) and query[240:249].hex() == "35010a37" + "03335b5cff"
+        with Liar(lab) as liar:
+            started = time.monotonic()
+            status, out, err = lab.tool(*patience)
+            assert 2 <= time.monotonic() - started < 6, time.monotonic() - started
+        assert (status, out) == (NO_ANSWER, ""), (status, out)
+        ignored = int(err.split(f"no answer from {SERVER}, other datagrams: ")[1])
+        assert ignored == liar.told and len(liar.queries) == 2, (ignored, liar.told)
+        (query, asker), again = liar.queries
+        assert again == (query, asker) and asker == (AGENT, 67), asker
+        assert query[24:28] == socket.inet_aton(AGENT) and query[240:249].hex() == "35010a37" + "03335b5cff"
         others = socket.inet_aton("10.20.0.9") + socket.inet_aton("10.20.0.10")
         truth = item(51, struct.pack(">I", 2**32 - 1)) + item(91, b"\0\0\1\0") + item(92, others) + item(54, b"\x0a\x52\0\2")
         with Liar(lab, truth=lambda query: reply(query, ACTIVE, "10.20.0.7", options=truth)):
@@ -190,9 +172,7 @@ def impostors():
                 ("UDP port 67 of 10.9.9.9", (*patience, "--giaddr", "10.9.9.9"), ()),
                 ("route to 192.0.2.1", ("--server", "192.0.2.1", "--ip", "10.20.0.7"), ()),
                 ("no address: 10.20.0", ("--server", SERVER, "--ip", "10.20.0"), ()),
-                ("--help tells the usage", ("--server", SERVER), ()),
-                ("--help tells the usage", (*patience, "--mac", CLIENT), ()),
-                ("--help tells the usage", (*patience[:-1], "-1"), ())):
+                ("--help tells the usage", (*patience, "--mac", CLIENT), ())):
             status, out, err = lab.tool(*arguments, through=through)
             assert (status, out) == (FAILED, "") and why in err, (status, out, err)
 

@@ -55,9 +55,8 @@ def changed(frame, at, data):
 def near_misses():
     """Frames that are almost DHCP, untagged and tagged."""
     discover = client_frame(MAC, 1, dhcp4.DISCOVER)
-    frames = [changed(discover, 36, b"\0\x45"), changed(discover, 34, b"\0\x43\x01\x43"), changed(discover, 23, b"\6"),
-              changed(discover, 20, b"\0\1"), changed(discover, 12, b"\x88\xb5"), ip6(17, (547, 548)), ip6(6, (546, 547)),
-              ip6(17, (68, 67)), ip6(0, (17 << 8, 0), b"\x02\x22\x02\x23"), discover[:14] + b"\x4f" + discover[15:]]
+    frames = [changed(discover, 36, b"\0\x45"), changed(discover, 23, b"\6"), changed(discover, 20, b"\0\1"),
+              ip6(17, (547, 548)), ip6(6, (546, 547))]
     return [tagged(tag, frame) for tag in TAGS for frame in frames]
 
 
@@ -128,8 +127,8 @@ def on_wire(frame):
     if tag[:2] == SERVICE:
         tag = b""  # the agent takes no service tag for the VLAN's
     vlan = int.from_bytes(tag[2:], "big") & 0xFFF or NATIVE_VLAN
-    if inner[12:14] == ETHERTYPE4 and inner[14] == 0x45 and inner[20:22] in (b"\0\0", b"\x40\0") and \
-            inner[23] == 17 and inner[36:38] in (b"\0\x43", b"\0\x44"):
+    if inner[12:14] == ETHERTYPE4 and inner[20:22] in (b"\0\0", b"\x40\0") and inner[23] == 17 and \
+            inner[36:38] in (b"\0\x43", b"\0\x44"):
         m = Message.read(inner)
         return bool(tag), vlan, m.type, int.from_bytes(m.xid, "big")
     if inner[12:14] == ETHERTYPE6 and inner[20] == 17 and inner[56:58] in (b"\x02\x22", b"\x02\x23"):
@@ -137,19 +136,12 @@ def on_wire(frame):
     return None
 
 
-class Flood(threading.Thread):
-    """Sends near misses for some seconds."""
-
-    def __init__(self, wire):
-        super().__init__()
-        self.wire = wire
-
-    def run(self):
-        frames = near_misses()
-        for start in range(0, FLOOD, len(frames)):
-            for frame in frames:
-                self.wire.send(frame)
-            time.sleep(0.005)
+def send_near_misses(wire):
+    frames = near_misses()
+    for _ in range(0, FLOOD, len(frames)):
+        for frame in frames:
+            wire.send(frame)
+        time.sleep(0.005)
 
 
 def flood():
@@ -162,7 +154,7 @@ def flood():
         witness, wire = lab.frames("c1", "eth0"), lab.frames("c1", "eth0")
         witness.setsockopt(socket.SOL_SOCKET, SO_RCVBUFFORCE, 1 << 27)
         wire.setblocking(True)
-        others = Flood(wire)
+        others = threading.Thread(target=send_near_misses, args=(wire,))
         others.start()
         clients = lab.clients()
         for n in range(0, 40 * len(TAGS), len(TAGS)):
@@ -205,21 +197,20 @@ def links():
             lab.frames("c1", "eth0").send(client_frame(MAC, int(xids[-1].split()[1], 16), dhcp4.DISCOVER))
             tool.saw(xids[-1])
 
-        def says(state, times=1):
+        def says(state, times):
             wait_for(f"'{state}', {times} times", 5, lambda: tool.log().count(f"dhcptool: lan: {state}") == times)
 
         passes()
-        for up, interface, namespace in ((1, "eth0", "c1"), (2, "lan", "srv")):
-            lab.run(namespace, "ip", "link", "set", interface, "down")
-            says("link is down", up)
-            lab.run(namespace, "ip", "link", "set", interface, "up")
-            says("link is up", up)
-            passes()
+        lab.run("srv", "ip", "link", "set", "lan", "down")
+        says("link is down", 1)
+        lab.run("srv", "ip", "link", "set", "lan", "up")
+        says("link is up", 1)
+        passes()
         for gone in (1, 2):
             lab.run("srv", "ip", "link", "del", "lan")
             says("there is no such interface, waiting for it", gone)
             lab.wire_up()
-            says("link is up", 2 + gone)
+            says("link is up", 1 + gone)
             passes()
         counts = ended(tool, signal.SIGINT)
         assert [tool.log().count(xid) for xid in xids] == [1] * len(xids), tool.log()
@@ -231,8 +222,6 @@ def links():
             wire.send(solicit(xid))
         assert "frames 2, DHCP 0, BOOTP 0, DHCPv6 2, rejected 0\n" in ended(counted)
         assert "frames 3, " in ended(timed)
-        refused = lab.start("srv", "dhcptool", os.environ["DHCPTOOL"], "snoop", "-i", "nowhere")
-        assert refused.popen.wait(5) == 2 and "nowhere: there is no such interface" in refused.log()
 
 
 def ended(tool, number=None):

