@@ -48,6 +48,31 @@ void checkStages(const PktPtr& pkt, const Arrival& arrival, const PacketParser& 
     expect(whole.dhcpMsgTypeOpt() <= 13 && whole.vlanId().value() <= 4094);
 }
 
+/// The attributes are what the readers find in the same options area.
+void checkOptions(const PktPtr& pkt, const PacketParser& p) {
+    const U32 offset = p.offset();
+    U8 type = 0;
+    expect(p.dhcpMsgType() == getDhcpMsgTypeStringAndOpt(pkt, offset, type) && p.dhcpMsgTypeOpt() == type);
+    if (!p.isDhcp()) return;
+    Model::LeaseReply lease = Model::readLeaseQuery(pkt, offset);
+    if (lease.serverId == Model::LeaseReply().serverId) lease.serverId = {};
+    const Model::RelayInfo info = Model::readInfo(parseInfoOptNew, pkt, offset);
+    if (!info.serverIdOverride.isAny()) {
+        lease.serverId = info.serverIdOverride;
+        lease.serverIdPresent = true;
+    }
+    expect(p.leaseTimeExist() == lease.leaseTimePresent && p.leaseTime() == lease.leaseTime);
+    expect(p.lastTransactionTimeExist() == lease.lastTransactionTimePresent);
+    expect(p.lastTransactionTime() == lease.lastTransactionTime);
+    expect(p.serverIdExist() == lease.serverIdPresent && p.serverId() == lease.serverId);
+    expect(std::ranges::equal(p.associatedIps(), lease.ips));
+    expect(info.circuitId == "-" || p.circuitId() == info.circuitId);
+    expect(info.remoteId == "-" || p.remoteId() == info.remoteId);
+    Kcore::String host, list, vendorClass;
+    parseDot1xProfilingOpts(pkt, host, list, vendorClass, offset);
+    expect(p.hostname() == host && p.paramReqList() == list && p.vendorClassId() == vendorClass);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
@@ -66,6 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
         expect(!any || (parser == first && here == outcome && parser.hash() == first.hash()));
         expect(bytesOf(*pkt) == frame);
         if (!arrival.bare()) checkStages(pkt, arrival, parser, here);
+        if (here == Outcome::accepted) checkOptions(pkt, parser);
         first = parser;
         outcome = here;
         any = true;

@@ -90,10 +90,13 @@ TEST_F(PacketAccess, KernelDevicesAreFollowed) {
 }
 
 TEST_F(PacketAccess, LostNotificationsAreMadeUpFor) {
-    // Far more than the socket holds; behind that, both devices go, and their names to others, unseen.
+    ip("link add vy type veth peer name vz");
+    kni->handleReadable();
+    EXPECT_EQ(kni->intfStatus().entries().size(), 5u);
+    // Far more than the socket holds. The changes after that go unseen: all devices are removed, two names come back.
     std::string batch;
     for (int i = 0; i < 400; ++i) batch += "link set va down\nlink set va up\n";
-    ip("-batch - <<'END'\n" + batch + "link set lo up\nlink del va\nEND");
+    ip("-batch - <<'END'\n" + batch + "link set lo up\nlink del va\nlink del vy\nEND");
     linkAdd();
     kni->handleReadable();
     EXPECT_EQ(kni->intfStatus().entries().size(), 3u);

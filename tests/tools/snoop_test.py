@@ -82,15 +82,11 @@ class JsonObjects(unittest.TestCase):
                             "circuitId": b"Ethernet1".hex(), "associatedIps": ["10.20.0.100"]}.items():
             self.assertEqual(found[name], value, name)
 
-    def test_keep_state_only_on_request(self):
-        capture = bundled("v4-leasequery-dhcpd-server")
-        self.assertEqual(messages("-r", capture)[17]["associatedIps"], [])
-        self.assertEqual(messages("-r", capture, "--keep-state")[17]["associatedIps"], ["10.20.0.100"])
-
-    def test_list_addresses_in_ascending_order(self):
+    def test_keep_state_only_on_request_and_list_addresses_in_ascending_order(self):
         addresses = bytes([192, 0, 2, 9, 10, 0, 0, 1, 192, 0, 2, 10])
-        frames = [discover(option(92, addresses)), discover(option(92, bytes([9, 0, 0, 1])))]
-        self.assertEqual(messages("--keep-state", data=pcap(frames))[2]["associatedIps"],
+        data = pcap([discover(option(92, addresses)), discover(option(92, bytes([9, 0, 0, 1])))])
+        self.assertEqual(messages(data=data)[2]["associatedIps"], ["9.0.0.1"])
+        self.assertEqual(messages("--keep-state", data=data)[2]["associatedIps"],
                          ["9.0.0.1", "10.0.0.1", "192.0.2.9", "192.0.2.10"])
 
 
@@ -152,16 +148,12 @@ class HostileBytes(unittest.TestCase):
     def test_never_reach_a_terminal(self):
         title, quote = b"\x1b]0;owned\x07", b'a "b" \\'
         relay = option(1, b"line\nforged") + option(2, b"\xc3\xa9\x9b2J")
-        frame = discover(option(12, title) + option(60, quote) + option(82, relay))
-        line = snoop(data=pcap([frame]))[1]
+        line = snoop(data=pcap([discover(option(12, title) + option(60, quote) + option(82, relay))]))[1]
         self.assertTrue(line.endswith(" circuit-id 0x6c696e650a666f72676564 remote-id 0xc3a99b324a hostname "
                                       '0x1b5d303b6f776e656407 vendor-class "a \\"b\\" \\\\"\n'), line)
-        self.assertEqual(messages(data=pcap([frame]))[1]["hostname"], title.hex())
         for arguments in (("-r", "no\x1b[2Jfile"), ("-r", "x", "--interface", "\x1b[2J"), ("-r", "x", "--\x1b[2J")):
-            status, _, err = snoop(*arguments)
-            self.assertNotEqual(status, 0)
-            self.assertIn("\\x1b[2J", err)
-            self.assertTrue(err.replace("\n", "").isprintable(), err)
+            err = snoop(*arguments)[2]
+            self.assertTrue("\\x1b[2J" in err and err.replace("\n", "").isprintable(), err)
 
     def test_in_timestamps_do_no_harm(self):
         frame = discover(b"")
