@@ -19,9 +19,9 @@
 #include <vector>
 
 #include "DhcpLib/Dhcp6Hdr.h"
+#include "DhcpLib/Dhcp6MessageBuilder.h"
 #include "DhcpLib/Dhcp6Parser.h"
 #include "LinkSocket.h"
-#include "Tyk/Toggle.h"
 
 namespace {
 
@@ -89,36 +89,19 @@ struct Origin {
     unsigned vlan = 0;
 };
 
-/// Builds a relay-forward: header, then options one behind the other at the packet's tail.
+/// Builds a relay-forward. Each function raises std::length_error where its option does not fit.
 class RelayForward {
 public:
-    explicit RelayForward(const Origin& origin) : pkt_(Kitnet::globalPktManager().newPkt()) {
-        pkt_->newSharedTailData(Dhcp6Const::relayhdr_size);
-        Dhcp6RelayHdr header(pkt_, 0);
-        header.msgTypeIs(Dhcp6MsgType::relayForward);
-        header.hopCountIs(origin.hopCount);
-        header.linkAddrIs(origin.linkAddr);
-        header.peerAddrIs(origin.peer);
-    }
+    explicit RelayForward(const Origin& origin)
+        : message_(Dhcp6MsgType::relayForward, origin.hopCount, origin.linkAddr, origin.peer) {}
 
-    /// An empty option of that size.
-    Dhcp6Option::Ptr add(Dhcp6OptionType type, std::size_t len) {
-        const U16 at = static_cast<U16>(pkt_->bytes());
-        pkt_->newSharedTailData(static_cast<U32>(Dhcp6Const::optdata_offset + len));
-        Dhcp6Option::Ptr option = dhcp6OptionFactory(pkt_, at);
-        option->optTypeIs(type);
-        option->lenIs(static_cast<U16>(len));
-        return option;
-    }
     void addMessage(std::span<const U8> message) {
         add(Dhcp6OptionType::relayMsg, message.size())->dataIs(message.data());
     }
     void addInterfaceId(const std::string& interfaceName, const std::string& vrf) {
-        // The library writes a list of two elements or, with the toggle off, the names with a separator between them.
-        static const bool elements = Tyk::getToggleState("DhcpRelayTunnelEncapReplies", "DhcpLib.json", true);
-        constexpr std::size_t elementHeader = 2, separator = 1;
-        const std::size_t len = interfaceName.size() + vrf.size() + (elements ? 2 * elementHeader : separator);
-        const auto view = dhcp6InterfaceIdFactory(add(Dhcp6OptionType::interfaceId, len));
+        const std::optional<U16> len = interfaceIdBytes({interfaceName, vrf, {}, {}});
+        if (!len) throw std::length_error("interface-id");
+        const auto view = dhcp6InterfaceIdFactory(add(Dhcp6OptionType::interfaceId, *len));
         view->intfNameIs(interfaceName);
         view->vrfNameIs(L3::VrfName(vrf));
         view->setInterfaceIdDataInPkt();
@@ -146,10 +129,17 @@ public:
         view->llAddrTypeIs(Constants::hardwareTypeEthernet);
         view->llAddrIs(mac);
     }
-    const Kitnet::Pkt& packet() const { return *pkt_; }
+    const Kitnet::Pkt& packet() const { return *message_.pkt(); }
 
 private:
-    PktPtr pkt_;
+    /// An option with zero bytes as its data.
+    Dhcp6Option::Ptr add(Dhcp6OptionType type, std::size_t len) {
+        const Dhcp6Option::Ptr option = message_.add(type, len);
+        if (!option) throw std::length_error("relay-forward");
+        return option;
+    }
+
+    Dhcp6MessageBuilder message_;
 };
 
 class Relay6Agent {
@@ -241,7 +231,7 @@ void Relay6Agent::handleFrames(LinkSocket& client) {
     }
 }
 
-void Relay6Agent::forward(const Origin& origin, std::span<const U8> message) {
+void Relay6Agent::forward(const Origin& origin, std::span<const U8> message) try {
     RelayForward relayed(origin);
     relayed.addMessage(message);
     relayed.addInterfaceId(origin.client.name(), settings_.vrf);
@@ -254,6 +244,8 @@ void Relay6Agent::forward(const Origin& origin, std::span<const U8> message) {
             drop("server not reachable");
     ++forwarded_;
     if (settings_.verbose) std::cout << "relayed from " << origin.peer << " on " << origin.client.name() << std::endl;
+} catch (const std::length_error&) {
+    drop("too long to be relayed");
 }
 
 bool Relay6Agent::send(std::span<const U8> message, const sockaddr_in6& to) {

@@ -72,6 +72,9 @@ TEST(Dhcp6InterfaceId, WritesAllOrNothing) {
             const bool fits = !row.data.empty() && size >= written.size();
             EXPECT_EQ(internalErrorOf([&] { set(*view, row.intfName, row.vrfName, row.ip, row.mac); }),
                       fits ? "" : noRoom);
+            // No length is told for the rows in which the elements overwrite each other.
+            EXPECT_EQ(interfaceIdBytes({view->intfName(), view->vrfName(), view->srcVtepIp(), view->srcVtepMac()}),
+                      row.intfName < 200 ? std::optional<U16>(hex(row.data).size()) : std::nullopt);
             EXPECT_EQ(bytesOf(*pkt), fits ? written + Octets(size - written.size(), scratch) : first(before, size));
         }
     }

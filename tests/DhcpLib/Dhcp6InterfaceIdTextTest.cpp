@@ -40,6 +40,7 @@ TEST(Dhcp6InterfaceIdText, WritesAllOrNothing) {
         EXPECT_EQ(internalErrorOf([&] { view->setInterfaceIdDataInPkt(); }), "Intf Name or Vrf Name is not set");
         view->vrfNameIs("blue");
         EXPECT_EQ(internalErrorOf([&] { view->setInterfaceIdDataInPkt(); }), room < 8 ? noRoom : "");
+        EXPECT_EQ(interfaceIdBytes({"Et1", "blue", {}, {}}), 8);
         EXPECT_EQ(bytesOf(*pkt), room < 8 ? before : hex("A5 00 12 00 00 'Et1:blue'") + Octets(room - 8, scratch));
     }
 }

@@ -28,6 +28,6 @@ forbidden() {
 }
 edges --include='*.cpp' | sed -n '/^platform\/.* DhcpLib\//p' | forbidden 'the platform must not include the library'
 edges | sed -e '/ .*\/internal\//!d' -e '/^[^ ]*\/internal\//d' | forbidden 'an installed header must not include an internal one'
-for folder in agents examples; do
+for folder in agents examples tools; do
     [ ! -d $folder ] || grep -rn --include='*.h' --include='*.cpp' '^#include.*/internal/' $folder
 done | forbidden 'a program must not include an internal header'

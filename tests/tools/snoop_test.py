@@ -94,7 +94,8 @@ class Dhcp6(unittest.TestCase):
     def test_lines_unwrap_relays_and_decode_identifiers(self):
         _, out, err = snoop("-r", bundled("crafted-v6-a"))
         self.assertIn("frames 141, DHCP 0, BOOTP 0, DHCPv6 101, rejected 40\n", err)
-        self.assertIn("\n  3  Received Invalid MSG type\n  2  Received Invalid MSG typerelayForward\n", err)
+        self.assertIn("\n  3  Frame too short for DHCPv6 relay header\n", err)
+        self.assertIn("\n  3  Received Invalid MSG type\n", err)
         lines = dict(line.split(" ", 1) for line in out.splitlines())
         way = "untagged relayForward [fe80::c1:ff:fe00:c01]:547 > [ff02::1:2]:547 hops 0 link 2001:db8:20::1 " \
               "peer fe80::c01"

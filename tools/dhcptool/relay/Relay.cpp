@@ -2,8 +2,6 @@
 
 #include <set>
 
-#include "DhcpLib/OptionParser/internal/OptionIndex.h"
-#include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
 #include "Kcore/Text.h"
 #include "Kitnet/Pkt.h"
 #include "Kitnet/UdpMend.h"
@@ -13,7 +11,6 @@ namespace DhcpTool {
 namespace {
 
 using DhcpLib::BootpOption;
-using DhcpLib::Wire::ByteView;
 using Kitnet::Pkt;
 using PktPtr = Kcore::Ptr<Pkt>;
 using SubOption = DhcpLib::DhcpInformationSubOptionType;
@@ -22,31 +19,19 @@ constexpr U32 longestDatagram = 65535;
 
 PktPtr packetOf(std::span<const U8> bytes) { return Kitnet::globalPktManager().newPkt(bytes); }
 
-/// The last option of that code, if there is one.
-DhcpLib::RawOption optionOf(const Pkt& message, DhcpLib::DhcpOptionType code) {
-    const ByteView bytes(message);
-    DhcpLib::RawOption found;
-    DhcpLib::walkOptionsArea(bytes, 0, [&](const auto& head) {
-        if (head.code == static_cast<U8>(code)) found = DhcpLib::RawOption(bytes, head.at);
-    });
-    return found;
-}
-
 /// What option 82 holds.
 struct InfoContents {
     std::optional<U32> bytes;
     bool whole = true;  ///< it ends with a sub-option's end
     std::set<U8> codes;
 
-    explicit InfoContents(const Pkt& message) {
-        const DhcpLib::RawOption info = optionOf(message, DhcpLib::DhcpOptionType::infoOpt);
-        if (!info) return;
-        bytes = info.len();
-        const U32 end = info.dataAt() + *bytes;
-        DhcpLib::walkSubOptionsUpTo(info.bytes(), info.dataAt(), end, [&](const auto& head) {
-            codes.insert(static_cast<U8>(head.code));
-            whole = head.at + head.wireBytes <= end;
-        });
+    explicit InfoContents(const PktPtr& message) {
+        const DhcpLib::FoundOption info = findOption(message, 0, DhcpLib::DhcpOptionType::infoOpt);
+        if (info) bytes = info.len();
+        for (const DhcpLib::FoundOption& subOption : subOptions(info)) {
+            codes.insert(subOption.code());
+            whole = subOption.isWhole();
+        }
     }
     bool has(SubOption code) const { return codes.contains(static_cast<U8>(code)); }
     /// "44 bytes", or "none".
@@ -113,14 +98,14 @@ Relayer::Result Relayer::relay(const Frame& frame, const UdpFrame& place) {
     if (place.payloadAt - place.ipAt + forecast.messageBytes > longestDatagram)
         return copy(frame, "no room in an IPv4 datagram");
 
-    const InfoContents before(*message);
+    const InfoContents before(message);
     if (!relayRewrite(message, rewrite, settings_.generation)) return copy(frame, "not rewritten");
-    const InfoContents after(*message);
+    const InfoContents after(message);
     if (request && !isSound(before, after, rewrite)) return copy(frame, "option 82 would be broken");
     std::string line = lineStart(frame) + messageText(message, rewrite.op) + ", option 82 " + before.text() + " -> " +
                        after.text() + ", message " + std::to_string(place.payloadBytes) + " -> " +
                        std::to_string(message->bytes()) + " bytes";
-    const DhcpLib::RawOption serverId = optionOf(*message, DhcpLib::DhcpOptionType::serverIdOpt);
+    const DhcpLib::FoundOption serverId = findOption(message, 0, DhcpLib::DhcpOptionType::serverIdOpt);
     if (!request && settings_.serverId && serverId) {
         // The address would overwrite what stands behind a shorter one.
         if (serverId.len() != sizeof(Kitnet::IpAddr)) return copy(frame, "server identifier is no address");

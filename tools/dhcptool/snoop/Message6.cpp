@@ -1,9 +1,7 @@
 #include "snoop/Message6.h"
 
 #include "DhcpLib/Dhcp6Hdr.h"
-#include "common/EtherType.h"
 #include "common/Printable.h"
-#include "snoop/TraceWatch.h"
 
 namespace DhcpTool {
 
@@ -12,7 +10,6 @@ namespace {
 using namespace DhcpLib;
 
 constexpr U32 optionHeaderBytes = Dhcp6Const::optdata_offset;
-constexpr U32 ipv6HeaderBytes = 40, nextHeaderAt = 6, destinationPortAt = 2;
 
 bool isWhole(const DuidFields& duid, std::size_t bytes) {
     switch (duid.duidType) {
@@ -71,32 +68,9 @@ void addIaTa(Message6& message, const Dhcp6Option::Ptr& option) {
     message.ias.push_back({"IA_TA", iaid, 0, 0, leasesOf(option, dataAt)});
 }
 
-/// A frame with a message in which the parser looks for a remote-id, `data` being that: relay messages, in which it
-/// usually stands, it refuses.
-PktPtr clientFrameWith(std::string_view data) {
-    constexpr U32 typeAt = 12, ipAt = typeAt + 2, udpAt = ipAt + ipv6HeaderBytes;
-    constexpr U32 messageAt = udpAt + udpHeaderBytes, clientIdAt = messageAt + Dhcp6Const::reghdr_size;
-    constexpr U32 remoteIdAt = clientIdAt + optionHeaderBytes, dataAt = remoteIdAt + optionHeaderBytes;
-    PktPtr frame = Kitnet::globalPktManager().newPkt();
-    frame->newSharedTailData(static_cast<U32>(dataAt + data.size()));
-    Wire::store(*frame, typeAt, ipv6EtherType);
-    Wire::store(*frame, ipAt + nextHeaderAt, udpProtocol);
-    Wire::store(*frame, udpAt + destinationPortAt, Constants::dhcp6ServerPort);
-    Wire::store(*frame, messageAt, static_cast<U8>(Dhcp6MsgType::solicit));
-    Wire::store(*frame, clientIdAt, static_cast<U16>(Dhcp6OptionType::clientId));
-    Wire::store(*frame, remoteIdAt, static_cast<U16>(Dhcp6OptionType::remoteId));
-    Wire::store(*frame, remoteIdAt + Dhcp6Const::optlen_offset, static_cast<U16>(data.size()));
-    Wire::store(*frame, dataAt, data);
-    return frame;
-}
-
-std::optional<Message6::RemoteId> remoteIdOf(const Dhcp6Option& option) {
-    if (option.len() < Dhcp6Const::entno_size) return std::nullopt;
-    const TraceSilence silence;  // about a frame that never came
-    Dhcp6PacketParser p(nullptr);
-    p.doParseDhcp6(clientFrameWith(option.dataText()), Kitnet::IntfId());
-    return Message6::RemoteId{option.dataText(), p.rIdEntno(),    p.l2PortInfoValid(), p.rIdDuidllAddr(),
-                              p.rIdL3IntfId(),   p.rIdL2IntfId(), p.rIdVlanId()};
+std::optional<Message6::RemoteId> remoteIdOf(const Dhcp6Option::Ptr& option) {
+    if (option->len() < Dhcp6Const::entno_size) return std::nullopt;
+    return Message6::RemoteId{option->dataText(), dhcp6RemoteIdentifier(option)};
 }
 
 void takeOption(Message6& message, const Dhcp6Option::Ptr& option) {
@@ -118,7 +92,7 @@ void takeOption(Message6& message, const Dhcp6Option::Ptr& option) {
             if (!message.interfaceId) message.interfaceId = {option->dataText(), decodeInterfaceId(option->dataText())};
             break;
         case Dhcp6OptionType::remoteId:
-            if (!message.remoteId) message.remoteId = remoteIdOf(*option);
+            if (!message.remoteId) message.remoteId = remoteIdOf(option);
             break;
         default:
             break;

@@ -37,16 +37,9 @@ struct Message6 {
         std::string_view bytes;
         DhcpLib::InterfaceIdFields fields;  ///< empty where it does not decode
     };
-    /// As the snooping parser reads it.
     struct RemoteId {
         std::string_view bytes;
-        U32 entno;
-        /// Whether the fields behind it could be read.
-        bool decodes;
-        Kitnet::EthAddr duidllAddr;
-        U64 l3IntfId;
-        Kitnet::IntfId l2IntfId;
-        Bridging::VlanId vlanId;
+        DhcpLib::Dhcp6RemoteIdentifier fields;  ///< all but `entno` mean something only where it decodes
     };
 
     DhcpLib::Dhcp6MsgType type{};
@@ -58,9 +51,7 @@ struct Message6 {
     std::optional<InterfaceId> interfaceId;
     std::optional<RemoteId> remoteId;
 
-    bool isRelay() const {
-        return type == DhcpLib::Dhcp6MsgType::relayForward || type == DhcpLib::Dhcp6MsgType::relayReply;
-    }
+    bool isRelay() const { return DhcpLib::isDhcp6RelayMsg(type); }
 };
 
 /// "LLT", "EN", "LL" or "UUID" (RFC 8415, section 11). Requires: a type with fields.

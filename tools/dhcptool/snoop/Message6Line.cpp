@@ -60,12 +60,13 @@ void addInterfaceId(Line& line, const Message6::InterfaceId& id) {
 }
 
 void addRemoteId(Line& line, const Message6::RemoteId& id) {
-    line.field("remote-id enterprise", id.entno);
-    if (id.decodes)
-        line.word(id.duidllAddr)
-            .field("l3-interface", id.l3IntfId)
-            .field("interface", id.l2IntfId)
-            .field("vlan", id.vlanId);
+    const DhcpLib::Dhcp6RemoteIdentifier& fields = id.fields;
+    line.field("remote-id enterprise", fields.entno);
+    if (fields.l2PortInfoValid())
+        line.word(fields.duidllAddr)
+            .field("l3-interface", fields.l3IntfId)
+            .field("interface", fields.l2IntfId)
+            .field("vlan", fields.vlanId);
     else
         line.word(textOrHex(id.bytes.substr(Dhcp6Const::entno_size)));
 }

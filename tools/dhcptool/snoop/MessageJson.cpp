@@ -65,12 +65,12 @@ Json interfaceIdJson(const Message6::InterfaceId& id) {
 }
 
 Json remoteIdJson(const Message6::RemoteId& id) {
-    Json object{{"data", hex(id.bytes)}, {"entno", id.entno}};
-    if (!id.decodes) return object;
-    object["duidllAddr"] = jsonOf(id.duidllAddr);
-    object["l3IntfId"] = id.l3IntfId;
-    object["l2IntfId"] = jsonOf(id.l2IntfId);
-    object["vlanId"] = jsonOf(id.vlanId);
+    Json object{{"data", hex(id.bytes)}, {"entno", id.fields.entno}};
+    if (!id.fields.l2PortInfoValid()) return object;
+    object["duidllAddr"] = jsonOf(id.fields.duidllAddr);
+    object["l3IntfId"] = id.fields.l3IntfId;
+    object["l2IntfId"] = jsonOf(id.fields.l2IntfId);
+    object["vlanId"] = jsonOf(id.fields.vlanId);
     return object;
 }
 

@@ -9,6 +9,34 @@ namespace DhcpTool {
 
 namespace {
 
+struct Reason {
+    DhcpLib::FrameRejection rejection;
+    std::string_view text, text6;  ///< for people: of the DHCPv4 parser, and of the DHCPv6 parser
+};
+
+std::string_view reasonText(DhcpLib::FrameRejection rejection, bool dhcp6) {
+    using enum DhcpLib::FrameRejection;
+    static constexpr std::string_view badOptions = "DHCP packet option format is invalid";
+    static constexpr Reason reasons[] = {
+        {portNotConfigured, "Port is not configured", "Port is not configured"},
+        {shortEthernetHeader, "Frame too short for Ethernet header", "Frame too short for Ethernet header"},
+        {reservedVlan, "Tag with the reserved VLAN 4095", "Tag with the reserved VLAN 4095"},
+        {notIp, "Ethernet payload is not IP", "Ethernet payload is not IPv6"},
+        {shortIpHeader, "Frame too short for IPv4 header", "Frame too short for IPv6 header"},
+        {notUdp, "IP payload is not UDP", "IP payload is not UDP"},
+        {shortUdpHeader, "Frame too short for UDP header", "Frame too short for UDP header"},
+        {notDhcpPort, "UDP payload is not DHCP packet", "UDP payload is not DHCP packet"},
+        {shortMessageHeader, "Frame too short for BOOTP header", "Can't parse DHCP6 payload"},
+        {noOptionSpace, badOptions, ""},
+        {noEndOption, badOptions, ""},
+        {relayMessage, "", "Frame too short for DHCPv6 relay header"},
+        {unknownMessageType, "", "Received Invalid MSG type"},
+    };
+    for (const Reason& reason : reasons)
+        if (reason.rejection == rejection) return dhcp6 ? reason.text6 : reason.text;
+    return Kcore::enumName(rejection);
+}
+
 bool isIpv6(const Kitnet::Pkt& frame) {
     const DhcpLib::Wire::ByteView bytes(frame);
     return bytes.load<U16>(etherTypeAt(bytes)) == ipv6EtherType;
@@ -38,35 +66,33 @@ std::optional<std::string> Snooper::take(const Arrival& frame) {
     try {
         return isIpv6(*frame.pkt) ? take6(frame) : take4(frame);
     } catch (const Kcore::RangeException&) {
-        return rejected("Tag with the reserved VLAN 4095");
+        return rejected(DhcpLib::FrameRejection::reservedVlan, false);
     }
 }
 
 std::optional<std::string> Snooper::take4(const Arrival& frame) {
     if (!settings_.keepState) parser_ = DhcpLib::PacketParser(config_);
-    if (!parser_.doParse(frame.pkt, frame.intf, false)) return rejected(trace_.reason());
+    if (!parser_.doParse(frame.pkt, frame.intf, false)) return rejected(parser_.rejection(), false);
     ++(parser_.isDhcp() ? counts_.dhcp : counts_.bootp);
     return settings_.json ? messageJson(frame, parser_) : messageLine(frame, parser_);
 }
 
-/// The parser refuses relay messages. Whether that is what it refused a fresh one tells: one that keeps state would
-/// tell of frames before.
+/// A relay message, which the parser refuses, is shown where its header is whole.
 std::optional<std::string> Snooper::take6(const Arrival& frame) {
     if (!settings_.keepState) parser6_ = DhcpLib::Dhcp6PacketParser(config_);
-    if (!parser6_.doParseDhcp6(frame.pkt, frame.intf)) {
-        const TraceSilence silence;
-        DhcpLib::Dhcp6PacketParser fresh(config_);
-        fresh.doParseDhcp6(frame.pkt, frame.intf);
-        if (!fresh.isDhcp6() || messages6(frame.pkt, fresh).empty()) return rejected(trace_.reason());
-    }
+    parser6_.doParseDhcp6(frame.pkt, frame.intf);
+    const DhcpLib::FrameRejection rejection = parser6_.rejection();
+    std::vector<Message6> chain;
+    if (rejection == DhcpLib::FrameRejection::none || rejection == DhcpLib::FrameRejection::relayMessage)
+        chain = messages6(frame.pkt, parser6_);
+    if (chain.empty()) return rejected(rejection, true);
     ++counts_.dhcp6;
-    const std::vector<Message6> chain = messages6(frame.pkt, parser6_);
     return settings_.json ? messageJson(frame, parser6_, chain) : messageLine(frame, parser6_, chain);
 }
 
-std::optional<std::string> Snooper::rejected(const std::string& why) {
+std::optional<std::string> Snooper::rejected(DhcpLib::FrameRejection rejection, bool dhcp6) {
     ++counts_.rejected;
-    ++counts_.rejectedFor[why];
+    ++counts_.rejectedFor[std::string(reasonText(rejection, dhcp6))];
     return std::nullopt;
 }
 

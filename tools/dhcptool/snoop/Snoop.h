@@ -8,7 +8,7 @@
 #include "DhcpLib/Dhcp6Parser.h"
 #include "DhcpLib/DhcpParser.h"
 #include "snoop/Arrival.h"
-#include "snoop/TraceWatch.h"
+#include "snoop/TraceLines.h"
 
 namespace DhcpTool {
 
@@ -33,13 +33,13 @@ struct SnoopCounts {
     U64 bootp = 0;
     U64 dhcp6 = 0;
     U64 rejected = 0;
-    std::map<std::string, U64> rejectedFor;
+    std::map<std::string, U64> rejectedFor;  ///< by reason
 
     std::string text() const;
 };
 
-/// Takes frames as a snooping agent of both protocols does. What is IPv6 behind its tags goes to the DHCPv6 parser, all
-/// else to the DHCPv4 one.
+/// Takes frames as a snooping agent of both protocols does. A frame that is IPv6 behind all its tags goes to the DHCPv6
+/// parser, every other one to the DHCPv4 parser.
 class Snooper {
 public:
     explicit Snooper(const SnoopSettings& settings);
@@ -51,13 +51,13 @@ public:
 private:
     std::optional<std::string> take4(const Arrival& frame);
     std::optional<std::string> take6(const Arrival& frame);
-    std::optional<std::string> rejected(const std::string& why);
+    std::optional<std::string> rejected(DhcpLib::FrameRejection rejection, bool dhcp6);
 
     SnoopSettings settings_;
     Bridging::Config::Ptr config_ = Kcore::makeNode<Bridging::Config>();
     DhcpLib::PacketParser parser_{config_};
     DhcpLib::Dhcp6PacketParser parser6_{config_};
-    TraceWatch trace_;
+    TraceLines trace_;
     SnoopCounts counts_;
 };
 
