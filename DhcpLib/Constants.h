@@ -21,7 +21,7 @@ using Kcore::U64;
 using Kcore::U8;
 using Kcore::operator<<;
 
-/// Direction of a BOOTP message as the relay functions take it (RFC 951, field op).
+/// Direction of a BOOTP message as an argument of the relay functions (RFC 951, field op).
 enum class BootpOption : U32 { bootpRequest = 1, bootpReply = 2 };
 
 }  // namespace DhcpLib
@@ -39,23 +39,23 @@ namespace DhcpLib {
 inline BootpOption BootpOptionInstance(unsigned number) { return Kcore::enumInstance<BootpOption>(number); }
 inline BootpOption BootpOptionInstance(const Kcore::String& name) { return Kcore::enumInstance<BootpOption>(name); }
 
-/// Numbers that the whole library shares.
+/// Protocol constants that the whole library uses.
 class Constants {
 public:
     static constexpr U16 dhcpServerPort = 67;
     static constexpr U16 dhcpClientPort = 68;
-    /// One below the largest value of the one-byte `hops` field, so that a relay still can raise it.
+    /// One below the largest value of the one-byte `hops` field, so that a relay can still increment it.
     static constexpr U8 dhcpHopCountLimit = 254;
     static constexpr U16 dhcp6ServerPort = 547;
     static constexpr U16 dhcp6ClientPort = 546;
     static constexpr U8 dhcp6HopCountLimit = 32;
-    /// The wire bytes 63 82 53 63 (RFC 2131, section 3) as a native load of four bytes gives them: no number in host
-    /// order. On a little-endian host 1666417251.
+    /// The wire bytes 63 82 53 63 (RFC 2131, section 3) loaded in the host's byte order, without conversion: 1666417251
+    /// on a little-endian host. Compare with Wire::ByteView::loadRaw().
     static constexpr U32 dhcpMagicCookie = std::bit_cast<U32>(std::array<U8, 4>{0x63, 0x82, 0x53, 0x63});
-    /// The fixed header up to and including `file`; the magic cookie stands behind it (RFC 2131, section 2).
+    /// Size of the fixed header, up to and including `file`. The magic cookie follows (RFC 2131, section 2).
     static constexpr U32 bootpHdrSize = 236;
     static constexpr U16 hardwareTypeEthernet = 1;
-    /// The system's own IANA Private Enterprise Number, which marks its block in the vendor-specific sub-option.
+    /// The system's own IANA Private Enterprise Number. It marks the own block in the vendor-specific sub-option.
     static constexpr U32 quorvaEntNum = enterpriseNumber;
 
     friend bool operator==(const Constants&, const Constants&) { return true; }

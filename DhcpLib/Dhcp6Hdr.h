@@ -1,6 +1,6 @@
 #pragma once
 
-/// The DHCPv6 message model: constants, enumerations, the message headers, options and the views over them.
+/// The DHCPv6 message model: constants, enumerations, views of message headers and options.
 #include "DhcpLib/Dhcp6Hdr/Const.h"
 #include "DhcpLib/Dhcp6Hdr/Duid.h"
 #include "DhcpLib/Dhcp6Hdr/Enums.h"

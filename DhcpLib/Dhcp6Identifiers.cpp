@@ -11,8 +11,8 @@ namespace {
 
 constexpr U16 firstVlan = 1, lastVlan = 4094;
 
-/// As strtoul reads a decimal number: blanks, a sign, digits; no digits are 0, a number too large the largest, and a
-/// minus sign turns the number into its complement.
+/// Reads a decimal number like strtoul: optional blanks and sign, then digits. Returns 0 if there are no digits and the
+/// largest number on overflow; a minus sign negates modulo 2^64 (docs/compatibility.md#vlan-text-as-strtoul).
 unsigned long leadingNumber(std::string_view text) {
     const std::size_t start = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
     const char* at = text.data() + start;
@@ -25,7 +25,7 @@ unsigned long leadingNumber(std::string_view text) {
     return negative ? -number : number;
 }
 
-/// Reads "<interface>:<VLAN>"; both outputs are set, or neither.
+/// Decodes "<interface>:<VLAN>". Sets both outputs or neither.
 Dhcp6PortInfo decodeIntfVlan(std::string_view text, Kitnet::IntfId& intf, Bridging::VlanId& vlanId) {
     const std::size_t colon = text.find(':');
     if (colon == text.npos) return Dhcp6PortInfo::noColon;
@@ -40,7 +40,7 @@ Dhcp6PortInfo decodeIntfVlan(std::string_view text, Kitnet::IntfId& intf, Bridgi
 
 Dhcp6OptionPlace placeOf(const Dhcp6Option& option) { return {true, option.len(), option.offset()}; }
 
-/// The packet up to the end of the option's data.
+/// The packet's bytes up to the end of the option's data.
 Wire::ByteView upToEndOf(const Dhcp6Option& option) {
     const U32 end = U32{option.offset()} + Dhcp6Const::optdata_offset + option.len();
     return {option.pkt()->data(), std::min(end, option.pkt()->bytes())};

@@ -7,16 +7,16 @@
 
 namespace DhcpLib {
 
-/// Where an option lies in a packet.
+/// Position and length of an option in a packet.
 struct Dhcp6OptionPlace {
     bool present = false;  ///< whether the message has the option
     U16 len = 0;           ///< the option's length field: bytes of data
     U32 offset = 0;        ///< position of the option's code in the packet
 };
 
-/// The client identifier of a message (option 1, RFC 8415, section 21.2), decoded. Fields that its type of DUID does
-/// not have stay zero or empty. The DUID fields are set where the type is DUID-EN (2) or the length is 10, 14 or 18:
-/// an Ethernet DUID-LL or DUID-LLT, or a DUID-UUID.
+/// The decoded client identifier of a message (option 1, RFC 8415, section 21.2). Fields that its DUID type does not
+/// have are zero or empty. The DUID fields are set if the type is DUID-EN (2) or the length is 10, 14 or 18: an
+/// Ethernet DUID-LL or DUID-LLT, or a DUID-UUID.
 struct Dhcp6ClientIdentifier {
     Dhcp6OptionPlace option;
     U16 duidType = 0;
@@ -27,8 +27,7 @@ struct Dhcp6ClientIdentifier {
     Kcore::String duidEntId;     ///< of a DUID-EN
 };
 
-/// What became of the interface and VLAN in a remote-id, which stand there as the text "<interface>:<VLAN>" in a
-/// sub-option of type 1.
+/// Result of decoding the interface and VLAN in a remote-id: the text "<interface>:<VLAN>" in a sub-option of type 1.
 enum class Dhcp6PortInfo : U8 {
     decoded,
     noPortText,        ///< no sub-option, or one of another type
@@ -38,8 +37,8 @@ enum class Dhcp6PortInfo : U8 {
     invalidInterface,  ///< not a valid interface name
 };
 
-/// The relay agent remote-id of a message (option 37, RFC 4649), read in the layout of Dhcp6RemoteId whatever layout
-/// its sender used.
+/// The relay agent remote-id of a message (option 37, RFC 4649), read in the layout of Dhcp6RemoteId, whatever the
+/// sender used.
 struct Dhcp6RemoteIdentifier {
     Dhcp6OptionPlace option;
     U32 entno = 0;
@@ -47,15 +46,15 @@ struct Dhcp6RemoteIdentifier {
     U16 duidHwType = 0;
     Kitnet::EthAddr duidllAddr;
     U64 l3IntfId = 0;
-    Kitnet::IntfId l2IntfId;  ///< set where `portInfo` is `decoded`
-    Bridging::VlanId vlanId;  ///< likewise
+    Kitnet::IntfId l2IntfId;  ///< valid if `portInfo` is `decoded`
+    Bridging::VlanId vlanId;  ///< valid if `portInfo` is `decoded`
     Dhcp6PortInfo portInfo = Dhcp6PortInfo::noPortText;
 
     bool l2PortInfoValid() const { return portInfo == Dhcp6PortInfo::decoded; }
 };
 
-/// Reads the client identifier or the remote-id `opt`, whatever its code. Bytes behind the option's data or behind the
-/// packet read as 0. Traces nothing.
+/// Decode the option `opt`, whatever its code, as a client identifier or a remote-id. Bytes past the option's data or
+/// the packet's end read as 0. They trace nothing.
 DHCPLIB_EXPORT Dhcp6ClientIdentifier dhcp6ClientIdentifier(const Dhcp6OptionPtr& opt);
 DHCPLIB_EXPORT Dhcp6RemoteIdentifier dhcp6RemoteIdentifier(const Dhcp6OptionPtr& opt);
 
@@ -65,9 +64,9 @@ struct Dhcp6Identifiers {
     Dhcp6RemoteIdentifier remoteId;
 };
 
-/// Reads both identifiers of the client/server or relay message at `message`, without a frame around it. Of several
-/// options of one code the first counts; options that pass the message's end do not exist. Unlike
-/// Dhcp6PacketParser::doParseDhcp6 it reads the remote-id of a message without a client identifier too.
+/// Reads both identifiers of the client/server or relay message at `message`; no frame around it is needed. The first
+/// option of a code counts. Options that pass the message's end are ignored. Unlike Dhcp6PacketParser::doParseDhcp6 it
+/// also reads the remote-id of a message without a client identifier.
 DHCPLIB_EXPORT Dhcp6Identifiers dhcp6Identifiers(const PktPtr& pkt, const Dhcp6MessagePlace& message);
 
 }  // namespace DhcpLib

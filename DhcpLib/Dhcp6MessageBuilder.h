@@ -8,37 +8,37 @@
 
 namespace DhcpLib {
 
-/// Builds a DHCPv6 message in a packet of its own: a header, then options in the order in which they are added. The
-/// message never passes `maxBytes`; an addition that would do so is refused and changes nothing. The fields of an
-/// option are written through the views over the option that add() returns.
+/// Builds a DHCPv6 message in a new packet: a header, then options in the order in which they are added. The message
+/// never exceeds `maxBytes`: an addition that does not fit is refused and changes nothing. Write the fields of an
+/// option through views over the option that add() returns.
 class DHCPLIB_EXPORT Dhcp6MessageBuilder {
 public:
-    /// What fits into a UDP datagram's length field and into the 16-bit positions of the views.
+    /// Limit of the UDP length field and of the views' 16-bit positions.
     static constexpr U32 largestMessage = 65535;
 
-    /// Starts a client/server message (RFC 8415, section 8). Raises Kcore::RangeException where `type` is a relay
-    /// message's, and where `maxBytes` is less than the header (4) or more than largestMessage.
+    /// Starts a client/server message (RFC 8415, section 8). Throws Kcore::RangeException if `type` is a relay message
+    /// type, or if `maxBytes` is less than the header (4) or more than largestMessage.
     Dhcp6MessageBuilder(Dhcp6MsgType type, const Dhcp6Xid& xid, U32 maxBytes = largestMessage);
-    /// Starts a relay message (RFC 8415, section 9). Raises Kcore::RangeException where `type` is neither relayForward
-    /// nor relayReply, and where `maxBytes` is less than the header (34) or more than largestMessage.
+    /// Starts a relay message (RFC 8415, section 9). Throws Kcore::RangeException if `type` is neither relayForward nor
+    /// relayReply, or if `maxBytes` is less than the header (34) or more than largestMessage.
     Dhcp6MessageBuilder(Dhcp6MsgType type, U8 hopCount, const Kitnet::Ip6Addr& linkAddr,
                         const Kitnet::Ip6Addr& peerAddr, U32 maxBytes = largestMessage);
 
-    /// Adds an option with `len` zero bytes of data; null where it does not fit.
+    /// Adds an option with `len` zero bytes of data. Returns null if it does not fit.
     Dhcp6Option::Ptr add(Dhcp6OptionType type, std::size_t len);
-    /// Adds an option with a copy of `data`, which must not lie in this message's packet; null where it does not fit.
+    /// Adds an option with a copy of `data`, which must not be part of this message. Returns null if it does not fit.
     Dhcp6Option::Ptr add(Dhcp6OptionType type, std::span<const U8> data);
-    /// Adds a relay message option (9) with a copy of `message`; null where it does not fit.
+    /// Adds a relay message option (9) with a copy of `message`. Returns null if it does not fit.
     Dhcp6Option::Ptr addMessage(std::span<const U8> message) { return add(Dhcp6OptionType::relayMsg, message); }
-    /// Adds an option with `len` zero bytes at the end of `outer`'s data, and extends the length of `outer` by it, as
-    /// for an address in an IA_NA. Null where it does not fit, and where `outer` is not the last option of this
-    /// message.
+    /// Adds an option with `len` zero bytes at the end of `outer`'s data and increases the length of `outer`
+    /// accordingly, for example an address in an IA_NA. Returns null if it does not fit, or if `outer` is not the last
+    /// option of this message.
     Dhcp6Option::Ptr addNested(const Dhcp6Option::Ptr& outer, Dhcp6OptionType type, std::size_t len);
 
-    /// The bytes that the message has, and those that can still be added: option headers (4 each) and data.
+    /// Size of the message, and number of bytes that can still be added, option headers (4 bytes each) included.
     U32 bytes() const { return pkt_->bytes(); }
     U32 bytesLeft() const { return maxBytes_ - pkt_->bytes(); }
-    /// The message, which starts at the packet's first byte. Shared with the builder: whatever is added later is in it.
+    /// The message, from the packet's first byte on. Shared with the builder: it changes with later additions.
     const PktPtr& pkt() const { return pkt_; }
 
 private:

@@ -36,7 +36,7 @@ void trace(int level, Tyk::TraceText<std::type_identity_t<Args>...> text, const 
     Tyk::fmtrace(traceHandle(), level, {parseSignature}, text, args...);
 }
 
-/// Traces what became of the remote-id's sub-option.
+/// Traces the result of decoding the remote-id's sub-option.
 void tracePortInfo(const RemoteIdFields& fields, const Dhcp6RemoteIdentifier& id) {
     const std::string_view text = fields.subOptValue;
     const PortText port(text);
@@ -130,7 +130,7 @@ bool Dhcp6PacketParser::parseMsgHdr(Wire::ByteView bytes, U32 msgAt) {
     return true;
 }
 
-/// Finds the two options that Dhcp6Options would hold, without making a view of any.
+/// Looks up the two options as Dhcp6Options would, without creating views.
 void Dhcp6PacketParser::parseOptions(Wire::ByteView bytes) {
     Dhcp6OptionPlace cId, rId;
     walkDhcp6Options(bytes, dhcp6OptionsOffset_, [&](const auto& head) {

@@ -8,9 +8,9 @@
 
 namespace DhcpLib {
 
-/// Receive-path parser of DHCPv6 snooping: it takes a frame that starts at its Ethernet header and keeps the frame's
-/// fields as attributes. A parse resets only `rejection`: an attribute that it does not reach keeps its value from the
-/// parse before. Where that is not wanted, use a new parser for each frame or assign a new one over it.
+/// Parser of received frames for DHCPv6 snooping. Takes a frame that starts at its Ethernet header and stores its
+/// fields as attributes. A parse resets only `rejection`: attributes that it does not reach keep their values
+/// (docs/compatibility.md#attributes-are-kept). For clean results use a fresh parser per frame, or assign a fresh one.
 /// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2, failed parts of a parse at 1.
 class DHCPLIB_EXPORT Dhcp6PacketParser {
 public:
@@ -18,19 +18,19 @@ public:
     explicit Dhcp6PacketParser(const Kcore::Ptr<const Bridging::Config>& bridgingConfig)
         : bridgingConfig_(bridgingConfig) {}
     explicit Dhcp6PacketParser(std::nullptr_t) : Dhcp6PacketParser(Kcore::Ptr<const Bridging::Config>()) {}
-    /// There is no text form to construct from: asserts.
+    /// Fails an assertion: a parser has no text form.
     explicit Dhcp6PacketParser(const Kcore::CharRange& text);
     Dhcp6PacketParser(const char*) = delete;
 
-    /// Parses Ethernet, the fixed IPv6 header, UDP and a client/server message. Of the options it reads the client
-    /// identifier (1) and, in a message that has one, the remote-id (37), the latter in the layout `intfIdFormat`
-    /// whatever its sender used. It neither walks IPv6 extension headers nor unwraps relay messages; for a message
-    /// without a frame around it call dhcp6Identifiers.
-    /// True when a message's options were examined. False, after a trace line, for a frame that is refused; `rejection`
-    /// tells why. Raises Kcore::RangeException for a tag with VLAN 4095.
+    /// Parses Ethernet, the fixed IPv6 header, UDP and the header of a client/server message. Then reads the client
+    /// identifier (1) and, if there is one, the remote-id (37) in the layout `intfIdFormat`
+    /// (docs/compatibility.md#remote-id-needs-a-client-id). Does not walk IPv6 extension headers and does not unwrap
+    /// relay messages; for a message without a frame call dhcp6Identifiers. Returns true if it examined the options of
+    /// a message. Returns false after a trace line if it refused the frame; `rejection` gives the reason. Throws
+    /// Kcore::RangeException for a tag with VLAN 4095.
     bool doParseDhcp6(const PktPtr& pkt, Kitnet::IntfId srcIntfName);
-    /// Why the last parse refused the frame: `none` where it returned true, `reservedVlan` where it raised for the
-    /// VLAN. Not one of the attributes: equality, hash and attribute table leave it out.
+    /// Why the last parse refused the frame: `none` if it returned true, `reservedVlan` if it threw. It is not an
+    /// attribute: equality, hash and attribute table ignore it.
     FrameRejection rejection() const { return rejection_; }
 
     const Kcore::Ptr<const Bridging::Config>& bridgingConfig() const { return bridgingConfig_; }
@@ -67,7 +67,7 @@ public:
     U64 rIdL3IntfId() const { return rId_.l3IntfId; }
     const Kitnet::IntfId& rIdL2IntfId() const { return rId_.l2IntfId; }
     Bridging::VlanId rIdVlanId() const { return rId_.vlanId; }
-    /// Whether the remote-id's interface and VLAN text could be read.
+    /// Whether the interface and VLAN in the remote-id's text could be decoded.
     bool l2PortInfoValid() const { return rId_.l2PortInfoValid(); }
     bool cIdOption() const { return cId_.option.present; }
     /// Position of the option in the packet.
@@ -80,7 +80,7 @@ public:
     U32 cIdDuidEntno() const { return cId_.duidEntno; }
     const Kcore::String& cIdDuidEntId() const { return cId_.duidEntId; }
 
-    /// Whether any attribute differs from those of a parser with a null configuration.
+    /// Whether any attribute differs from those of a fresh parser with a null configuration.
     explicit operator bool() const { return !(*this == Dhcp6PacketParser(Kcore::Ptr<const Bridging::Config>())); }
     friend bool operator==(const Dhcp6PacketParser& a, const Dhcp6PacketParser& b) {
         return Kcore::equalAttributes(a, b);

@@ -1,6 +1,6 @@
 #pragma once
 
-/// The DHCPv4 message model: enumerations, the BOOTP header, options and the collections over them.
+/// The DHCPv4 message model: enumerations, views of the BOOTP header and of options.
 #include "DhcpLib/DhcpHdr/Enums.h"
 #include "DhcpLib/DhcpHdr/Header.h"
 #include "DhcpLib/DhcpHdr/Options.h"

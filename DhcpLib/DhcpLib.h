@@ -5,7 +5,7 @@
 
 namespace DhcpLib {
 
-/// Makes the lease query builder reachable as an operation of an object. It has no state.
+/// Makes buildDhcpLeaseQuery available as an operation of an object. It has no state.
 class DHCPLIB_EXPORT LeaseQueryHelperWrapper final : public Kcore::Node, public KitSlab::SlabObject {
 public:
     using Ptr = Kcore::Ptr<LeaseQueryHelperWrapper>;

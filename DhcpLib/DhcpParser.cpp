@@ -79,7 +79,7 @@ bool PacketParser::parseEthHdr(const Kitnet::Pkt& pkt, const Kitnet::IntfId& src
 bool PacketParser::parseIpHdr(Wire::ByteView bytes) {
     Tyk::fmtrace(traceHandle(), TraceLevel::verbose, {ipSignature}, "{}", std::string_view(ipSignature));
     const U32 headerBytes = Kitnet::IpHdr::headerBytes(bytes.load<U8>(offset_));
-    // A header length below 20 is kept as it is; the fields of the fixed part are read all the same.
+    // A header length below 20 is used as it is; the fields of the fixed part are read all the same.
     if (!hasHeader(bytes, offset_, std::max(headerBytes, ipv4FixedBytes), "IPv4"))
         return refuse(FrameRejection::shortIpHeader);
     ipProtocol_ = bytes.load<Kitnet::IpProtocolNumber>(offset_ + ipv4ProtocolAt);
@@ -150,7 +150,7 @@ void PacketParser::takeLeaseQuery(const OptionIndex& index) {
     if (options.associatedIps) takeAssociatedIps(options);
 }
 
-/// In ascending order, whatever their order in the packet.
+/// Inserts in ascending order, whatever the order in the packet.
 void PacketParser::takeAssociatedIps(const LeaseQueryOptions& options) {
     std::array<Kitnet::IpAddr, 255 / sizeof(Kitnet::IpAddr)> ips;
     auto end = ips.begin();
@@ -166,7 +166,7 @@ void PacketParser::parseInfoOption(const OptionIndex& index) {
         trace(TraceLevel::failure, "Could not parse Dhcp packet for Option-82 information");
         return;
     }
-    // Its contents are not kept, but what is malformed in it is traced.
+    // The block's contents are not kept; reading it traces malformed data.
     if (const RawOption vendorSpecific = found[Code::vendorSpecificSubOption]) readVendorBlockNew(vendorSpecific);
     circuitId_ = bytesOrNone(found[Code::circuitId]);
     remoteId_ = bytesOrNone(found[Code::remoteIdOpt]);

@@ -11,11 +11,11 @@
 
 namespace DhcpLib {
 
-/// Receive-path parser of DHCPv4 snooping: it takes a frame that starts at its Ethernet header and keeps the frame's
-/// fields as attributes. A parse resets only `offset` and `rejection`: an attribute that it does not reach keeps its
-/// value from the parse before, and `associatedIps` only grows. Where that is not wanted, use a new parser for each
-/// frame or assign a new one over it.
-/// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2, failed parts of a parse at 1.
+/// Parser of received frames for DHCPv4 snooping. Takes a frame that starts at its Ethernet header and stores its
+/// fields as attributes. A parse resets only `offset` and `rejection`: attributes that it does not reach keep their
+/// values, and `associatedIps` only grows (docs/compatibility.md#attributes-are-kept). For clean results use a fresh
+/// parser per frame, or assign a fresh one. Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2,
+/// failed parts of a parse at 1.
 class DHCPLIB_EXPORT PacketParser {
 public:
     using HN_AssociatedIps = Kcore::FlatSet<Kitnet::IpAddr>;
@@ -23,24 +23,25 @@ public:
     /// `bridgingConfig` may be null for frames without a receiving interface.
     explicit PacketParser(const Kcore::Ptr<const Bridging::Config>& bridgingConfig) : bridgingConfig_(bridgingConfig) {}
     explicit PacketParser(std::nullptr_t) : PacketParser(Kcore::Ptr<const Bridging::Config>()) {}
-    /// There is no text form to construct from: asserts.
+    /// Fails an assertion: a parser has no text form.
     explicit PacketParser(const Kcore::CharRange& text);
     PacketParser(const char*) = delete;
 
     /// Parses Ethernet, IPv4, UDP and the DHCP message. With `dhcpHdrOnly` the packet starts at the BOOTP header, and
-    /// the options are looked for behind the header lengths of the parse before (0 for a new parser).
-    /// True for DHCP, and for BOOTP (`isDhcp` false, `dhcpMsgType` "BOOTP"). False, after a trace line, for a frame
-    /// that is refused; `rejection` tells why. Raises Kcore::RangeException for a tag with VLAN 4095.
+    /// the options are searched behind the header lengths of the previous parse
+    /// (docs/compatibility.md#header-only-uses-old-lengths). Returns true for DHCP, and for plain BOOTP, which sets
+    /// `isDhcp` to false and `dhcpMsgType` to "BOOTP". Returns false after a trace line if it refused the frame;
+    /// `rejection` gives the reason. Throws Kcore::RangeException for a tag with VLAN 4095.
     bool doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool dhcpHdrOnly);
-    /// The header stages, for agents that run one alone. Each reads at `offset`, advances it and sets `rejection`; a
-    /// stage whose header does not lie in the frame changes no other attribute.
+    /// The header stages, for agents that run one alone. Each reads at `offset`, advances it and sets `rejection`. A
+    /// stage whose header does not fit into the frame changes no other attribute.
     bool doParseEthHdr(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool resetOffset);
     bool doParseIpHdr(const PktPtr& pkt);
     bool doParseUdpHdr(const PktPtr& pkt);
-    /// Why the last call of one of these functions refused the frame: `none` where it returned true, `reservedVlan`
-    /// where it raised for the VLAN. Not one of the attributes: equality, hash and attribute table leave it out.
+    /// Why the last call of one of these functions refused the frame: `none` if it returned true, `reservedVlan` if it
+    /// threw. It is not an attribute: equality, hash and attribute table ignore it.
     FrameRejection rejection() const { return rejection_; }
-    /// Adds to `offset`, modulo 65536, and returns it.
+    /// Adds `n` to `offset`, modulo 65536, and returns the sum.
     U16 offsetInc(U16 n) { return offset_ = static_cast<U16>(offset_ + n); }
 
     const Kcore::Ptr<const Bridging::Config>& bridgingConfig() const { return bridgingConfig_; }
@@ -86,7 +87,7 @@ public:
     const Kcore::String& vendorClassId() const { return vendorClassId_; }
     U16 offset() const { return offset_; }
 
-    /// Whether any attribute differs from those of a parser with a null configuration.
+    /// Whether any attribute differs from those of a fresh parser with a null configuration.
     explicit operator bool() const { return !(*this == PacketParser(nullptr)); }
     friend bool operator==(const PacketParser& a, const PacketParser& b) { return Kcore::equalAttributes(a, b); }
     std::size_t hash() const { return Kcore::hashAttributes(*this); }

@@ -1,4 +1,4 @@
 #pragma once
 
-/// Marks what the library offers; everything else in it stays hidden.
+/// Exports a symbol. All other symbols of the library are hidden.
 #define DHCPLIB_EXPORT __attribute__((visibility("default")))

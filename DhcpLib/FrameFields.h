@@ -7,14 +7,14 @@
 
 namespace DhcpLib {
 
-/// The fields that both snooping parsers read from an Ethernet header.
+/// Fields that both snooping parsers read from an Ethernet header.
 struct EthernetFields {
-    U16 etherType = 0;  ///< of the payload: the inner one of a tagged frame
+    U16 etherType = 0;  ///< of the payload; in a tagged frame the one behind the tag
     Kitnet::EthAddr srcMac;
     Kitnet::EthAddr dstMac;
     bool tagged = false;
     Bridging::VlanId vlanId;
-    U32 etherHdrLen = 0;  ///< 14, or 18 when the tag is inside the frame
+    U32 etherHdrLen = 0;  ///< 14, or 18 if the tag is in the frame
 };
 
 /// The UDP ports of a frame.

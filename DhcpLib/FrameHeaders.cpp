@@ -6,13 +6,13 @@ namespace DhcpLib {
 
 namespace {
 
-constexpr U32 macsBytes = 12;  // both addresses; the EtherType or a tag follows
+constexpr U32 macsBytes = 12;  // both MAC addresses; EtherType or tag follows
 constexpr U32 etherHeaderBytes = 14;
 constexpr U32 tagBytes = 4;
 constexpr U16 dot1qTpid = 0x8100;  // IEEE 802.1Q
 constexpr U16 vlanMask = 0x0fff;
 
-/// What the receiving port does to the frame's VLAN.
+/// How the receiving port assigns a VLAN.
 struct PortRules {
     Bridging::VlanId nativeVlan;
     bool ignoresTags = false;
@@ -40,7 +40,7 @@ void setUntagged(EthernetFields& fields, Bridging::VlanId nativeVlan) {
 
 void setTagged(EthernetFields& fields, U16 tci, Bridging::VlanId nativeVlan, FrameRejection& rejection) {
     const unsigned vid = tci & vlanMask;
-    if (vid > Bridging::VlanIdOrNone::maxValue) rejection = FrameRejection::reservedVlan;  // the next line raises
+    if (vid > Bridging::VlanIdOrNone::maxValue) rejection = FrameRejection::reservedVlan;  // the next line throws
     const Bridging::VlanIdOrNone vlan(vid);
     if (vlan.value() == 0)
         Tyk::fmtrace(traceHandle(), TraceLevel::verbose, {},

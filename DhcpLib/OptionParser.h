@@ -1,6 +1,6 @@
 #pragma once
 
-/// Free functions over the DHCPv4 options area: walking it, and reading and rewriting what relays and snooping need.
+/// Functions that walk, read and rewrite the DHCPv4 options area.
 #include "DhcpLib/OptionParser/InfoRemoval.h"
 #include "DhcpLib/OptionParser/LeaseQuery.h"
 #include "DhcpLib/OptionParser/OptionLookup.h"

@@ -5,12 +5,12 @@
 
 namespace DhcpLib {
 
-/// View of one code/length/data item at `offset` of a packet. `Traits` says what differs between the kinds: `Type`,
-/// the enumeration that names the codes, and `Shape`, the layout.
-///   offset 0                code
-///   offset sizeof(code)     length, of the data only
-///   offset 2 sizeof(code)   data
-/// Code and length are read when the view is made; positions wrap at 65536. Stale once the packet grows at its head.
+/// View of one code/length/data item at `offset` of a packet. `Traits` gives `Type`, the enumeration that names the
+/// codes, and `Shape`, the layout.
+///    offset 0                code
+///    offset sizeof(code)     length, of the data only
+///    offset 2 sizeof(code)   data
+/// The view reads code and length when it is created. Positions wrap at 65536. Stale once the packet grows at its head.
 template <class Traits>
 class TlvItem : public PacketView {
 public:
@@ -20,7 +20,7 @@ public:
 
     TlvItem(const PktPtr& pkt, U16 offset) : PacketView(pkt), offset_(offset) { handleInitialized(); }
 
-    /// Reads the packet, the first time only. Bytes past the packet's end read as 0.
+    /// Reads the packet; later calls do nothing. Bytes past the packet's end read as 0.
     void handleInitialized() {
         if (initialized_) return;
         const auto head = headAt<Shape>(bytes(), offset_, 1);
@@ -33,24 +33,24 @@ public:
     U16 offset() const { return offset_; }
     Width opt() const { return opt_; }
     Width len() const { return len_; }
-    /// The first data byte inside the packet; null for a pad, and where the data would lie past the packet's end.
+    /// Pointer to the first data byte; null for a pad, or if the data would start past the packet's end.
     const U8* data() const { return hasData_ && dataAt() <= pkt()->bytes() ? pkt()->data() + dataAt() : nullptr; }
     /// The data, cut at the packet's end.
     std::string_view dataText() const { return hasData_ ? bytes().text(dataAt(), len_) : std::string_view{}; }
-    /// The code; it need not be a member of the enumeration.
+    /// The code, which need not be a member of the enumeration.
     Type optType() const { return static_cast<Type>(opt_); }
     bool initialized() const { return initialized_; }
 
-    /// Writes the code. Raises Tyk::InternalException "length value exceeds pkt-length." past the packet's end.
+    /// Writes the code. Throws Tyk::InternalException "length value exceeds pkt-length." past the packet's end.
     void optTypeIs(Type type) { writeCode(static_cast<Width>(type)); }
-    /// Writes the length. Raises Tyk::InternalException "length value exceeds pkt-length." if `n` data bytes would pass
-    /// the packet's front segment; nothing is written then.
+    /// Writes the length. Throws Tyk::InternalException "length value exceeds pkt-length." and writes nothing if `n`
+    /// data bytes would pass the packet's end.
     void lenIs(Width n) {
         requireFrontRoom(n);
         Wire::store<Width>(*pkt(), position(sizeof(Width)), n);
         len_ = n;
     }
-    /// Copies `len()` bytes into the packet. Raises as lenIs, and for a view that was made over a pad.
+    /// Copies `len()` bytes into the packet. Throws like lenIs, and for a view of a pad.
     void dataIs(const U8* from) {
         if (!hasData_) Wire::raiseNoRoom();
         requireFrontRoom(len_);

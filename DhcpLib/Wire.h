@@ -18,29 +18,29 @@ using Kcore::U32;
 using Kcore::U64;
 using Kcore::U8;
 
-/// Bounded access to packet bytes: the one place where the library reads or writes them. Integers are big-endian on
-/// the wire. A byte past the end reads as 0; a write that does not fit raises and changes nothing.
+/// Bounded access to packet bytes. All walks, readers and rewriters use it. Integers are big-endian on the wire. A byte
+/// past the end reads as 0. A write that does not fit throws and changes nothing.
 namespace Wire {
 
 inline constexpr char noRoomText[] = "length value exceeds pkt-length.";
 
-/// A value that stands on the wire as it stands in memory, such as an address.
+/// A type whose memory image is its wire image, such as an address.
 template <class T>
 concept WireImage = requires(const U8* bytes, const T& value) {
     { T::fromBytes(bytes) } -> std::same_as<T>;
     { value.bytes() } -> std::convertible_to<const U8*>;
 };
 
-/// The bytes of `value` as they stand on the wire, as long as it lives.
+/// The wire bytes of `value`. Valid as long as `value`.
 template <WireImage T>
 std::string_view imageOf(const T& value) {
     return {reinterpret_cast<const char*>(value.bytes()), sizeof value};
 }
 
-/// Size of bytes whose end nobody told: for functions that are given a pointer and nothing else.
+/// Sentinel: the caller does not know the buffer's size. For functions that are given a pointer only.
 inline constexpr U32 unbounded = 0xffffffff;
 
-/// Looks at bytes that somebody else owns.
+/// A bounded view of bytes. Does not own them.
 class ByteView {
 public:
     constexpr ByteView() = default;
@@ -49,9 +49,9 @@ public:
 
     const U8* data() const { return data_; }
     U32 size() const { return size_; }
-    /// Whether `n` bytes stand at `pos`.
+    /// Whether `n` bytes exist at `pos`.
     bool has(U32 pos, U32 n) const { return pos <= size_ && n <= size_ - pos; }
-    /// How many bytes there are from `pos` on.
+    /// Number of bytes from `pos` to the end.
     U32 from(U32 pos) const { return pos < size_ ? size_ - pos : 0; }
 
     template <std::unsigned_integral T>
@@ -68,14 +68,14 @@ public:
         if (from(pos) != 0) std::memcpy(whole, data_ + pos, from(pos));
         return T::fromBytes(whole);
     }
-    /// The four bytes at `pos` as they stand, without a change of order.
+    /// The four bytes at `pos` in the host's byte order, without conversion.
     U32 loadRaw(U32 pos) const { return Kitnet::networkOrder(load<U32>(pos)); }
-    /// At most `n` bytes from `pos`; what lies past the end is not there.
+    /// Up to `n` bytes from `pos`, cut at the end.
     std::string_view text(U32 pos, U32 n) const {
         if (from(pos) == 0) return {};
         return {reinterpret_cast<const char*>(data_ + pos), std::min(n, size_ - pos)};
     }
-    /// How many zero bytes follow each other from `pos` on, `most` at the most.
+    /// Number of consecutive zero bytes from `pos` on, at most `most`.
     U32 zeroRun(U32 pos, U32 most) const;
 
 private:
@@ -106,10 +106,10 @@ T load(const Kitnet::Pkt& pkt, U32 pos) {
     return ByteView(pkt).load<T>(pos);
 }
 
-/// Raises Tyk::InternalException "length value exceeds pkt-length.".
+/// Throws Tyk::InternalException "length value exceeds pkt-length.".
 [[noreturn]] DHCPLIB_EXPORT void raiseNoRoom();
 
-/// Raises as that unless `n` bytes stand at `pos`.
+/// Calls raiseNoRoom() unless `n` bytes exist at `pos`.
 inline void requireRoom(const Kitnet::Pkt& pkt, U32 pos, U32 n) {
     if (!ByteView(pkt).has(pos, n)) [[unlikely]]
         raiseNoRoom();
@@ -133,12 +133,12 @@ template <WireImage T>
 void store(Kitnet::Pkt& pkt, U32 pos, const T& value) {
     store(pkt, pos, std::span<const U8>(value.bytes(), sizeof(T)));
 }
-/// Writes `n` times `byte` from `pos` on.
+/// Writes `n` bytes of value `byte` at `pos`.
 inline void fill(Kitnet::Pkt& pkt, U32 pos, U32 n, U8 byte) {
     requireRoom(pkt, pos, n);
     if (n != 0) std::memset(pkt.data() + pos, byte, n);
 }
-/// Moves `n` bytes inside the packet; the two places may overlap.
+/// Moves `n` bytes inside the packet. The ranges may overlap.
 inline void move(Kitnet::Pkt& pkt, U32 to, U32 from, U32 n) {
     requireRoom(pkt, to, n);
     requireRoom(pkt, from, n);

@@ -4,7 +4,7 @@
 
 namespace DhcpLib {
 
-/// Offsets, sizes and numbers of DHCPv6. Offsets of option fields count from the option's first byte, its code.
+/// Offsets, sizes and numbers of DHCPv6. Offsets of option fields are relative to the option's code.
 class Dhcp6Const {
 public:
     // Message header (RFC 8415, sections 8 and 9), from the message's first byte
@@ -104,7 +104,7 @@ public:
     static constexpr U32 cableLabs_entno = 4491;
 
     constexpr Dhcp6Const() = default;
-    /// There is nothing to read: all are equal.
+    /// Nothing to decode: all objects are equal.
     explicit Dhcp6Const(const Kcore::CharRange&) {}
     constexpr bool isEq(const Dhcp6Const&) const { return true; }
     friend constexpr bool operator==(const Dhcp6Const& a, const Dhcp6Const& b) { return a.isEq(b); }

@@ -5,13 +5,13 @@
 
 namespace DhcpLib {
 
-/// What a DUID says (RFC 8415, section 11; RFC 6355), by its type:
-///   DUID offset 0  type (2)
-///     llt (1)   2  hardware type (2)     4  time, s since 2000 (4)     8  MAC (6)
-///     en (2)    2  enterprise number (4)     6  identifier
-///     ll (3)    2  hardware type (2)     4  MAC (6)
-///     uuid (4)  2  UUID (16)
-/// Fields that the type does not have stay zero or empty. The texts lie in the packet.
+/// The fields of a DUID (RFC 8415, section 11; RFC 6355), by type:
+///    DUID offset 0  type (2)
+///      llt (1)   2  hardware type (2)     4  time, s since 2000 (4)     8  MAC (6)
+///      en (2)    2  enterprise number (4)     6  identifier
+///      ll (3)    2  hardware type (2)     4  MAC (6)
+///      uuid (4)  2  UUID (16)
+/// Fields that the type does not have are zero or empty. The texts point into the packet.
 struct DuidFields {
     U16 duidType = 0;
     U16 hardwareType = 0;
@@ -31,7 +31,7 @@ struct DuidFields {
 
     static bool hasTime(U16 type) { return type == Dhcp6Const::duidType_llt; }
     static bool hasLinkLayer(U16 type) { return hasTime(type) || type == Dhcp6Const::duidType_ll; }
-    /// Where the MAC stands. Requires: hasLinkLayer(type).
+    /// Offset of the MAC in the DUID. Requires: hasLinkLayer(type).
     static U8 macAt(U16 type) { return hasTime(type) ? lltAddrAt : llAddrAt; }
     /// Size of the identifier of a DUID-EN: the option's length, as it stands in the packet, minus 6, modulo 65536.
     /// Too large if the DUID is not at the start of the option's data
@@ -42,8 +42,8 @@ struct DuidFields {
     }
 };
 
-/// Reads the DUID that stands `offset` bytes behind the code of the option at `option`; nothing is checked against the
-/// option's length.
+/// Reads the DUID at offset `offset` of the option that starts at `option`. Nothing is compared with the option's
+/// length.
 inline DuidFields decodeDuid(Wire::ByteView bytes, U16 option, U16 offset) {
     const auto at = [&](U8 fieldAt) { return optionPosition(option, U32{offset} + fieldAt); };
     DuidFields duid;
@@ -61,9 +61,8 @@ inline DuidFields decodeDuid(Wire::ByteView bytes, U16 option, U16 offset) {
     return duid;
 }
 
-/// View of the DUID at `offset` inside an option: at 4 it is a whole client-id or server-id, at 8 it stands in a
-/// remote-id. A setter raises Tyk::InternalException, and writes nothing, for a field that the cached `duidType` does
-/// not have: set the type first.
+/// View of the DUID at `offset` inside an option: 4 in a client-id or server-id, 8 in a remote-id. A setter throws
+/// Tyk::InternalException and writes nothing if the cached `duidType` does not have the field: set the type first.
 class DHCPLIB_EXPORT Dhcp6Duid final : public Dhcp6OptionView {
 public:
     using Ptr = Kcore::Ptr<Dhcp6Duid>;
@@ -71,7 +70,7 @@ public:
 
     Dhcp6Duid(const Dhcp6OptionPtr& opt, U16 offset) : Dhcp6OptionView(opt), offset_(offset) { handleInitialized(); }
     static Ptr Dhcp6DuidIs(const Dhcp6OptionPtr& opt, U16 offset);
-    /// Reads the DUID, the first time only.
+    /// Reads the DUID; later calls do nothing.
     void handleInitialized();
 
     U16 offset() const { return offset_; }
@@ -84,12 +83,12 @@ public:
     const Kitnet::EthAddr& llAddr() const { return llAddr_; }
     void llAddrIs(const Kitnet::EthAddr& address);
     const Kcore::String& uuid() const { return uuid_; }
-    /// Takes 16 bytes and refuses every other number of them.
+    /// Requires 16 bytes; throws for any other size.
     void uuidIs(const Kcore::String& uuid);
     U32 entno() const { return entno_; }
     void entnoIs(U32 entno);
     const Kcore::String& entId() const { return entId_; }
-    /// Takes as many bytes as the option's length, as it stands in the packet, leaves behind the first 6.
+    /// Requires as many bytes as the option's length in the packet minus 6; throws for any other size.
     void entIdIs(const Kcore::String& entId);
 
     const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6Duid>(); }

@@ -21,13 +21,13 @@ enum class Dhcp6MsgType : U32 {
     relayReply = 13,
 };
 
-/// Whether a message of that type has the header of relay messages (RFC 8415, section 9).
+/// Whether messages of this type have the header of relay messages (RFC 8415, section 9).
 constexpr bool isDhcp6RelayMsg(Dhcp6MsgType type) {
     return type == Dhcp6MsgType::relayForward || type == Dhcp6MsgType::relayReply;
 }
 
-/// The DHCPv6 option codes that have a name here (RFC 8415, 4649, 5970, 6607, 6939); every other code is carried
-/// without one. Two bytes on the wire.
+/// The DHCPv6 option codes that have a name here (RFC 8415, 4649, 5970, 6607, 6939). Options with other codes are
+/// handled by number. Two bytes on the wire.
 enum class Dhcp6OptionType : U32 {
     clientId = 1,  ///< a DUID
     serverId = 2,  ///< a DUID
@@ -65,14 +65,14 @@ enum class Dhcp6InterfaceIdCode : U8 {
     srcVtepMac = 4,  ///< 6 bytes
 };
 
-/// The layouts in which an agent writes its remote-id, by the view that writes them.
+/// Layouts of a remote-id, and the view for each.
 enum class Dhcp6RemoteIdFormat : U8 {
     intfIdFormat = 0,           ///< Dhcp6RemoteId
     intfNameFormat = 1,         ///< Dhcp6RemoteIdIntfName
     hostAndIntfNameFormat = 2,  ///< Dhcp6RemoteIdHostAndIntfName
 };
 
-/// CableLabs' sub-option codes that have a name here. Two bytes on the wire.
+/// The CableLabs sub-option codes that have a name here. Two bytes on the wire.
 enum class CableLabsSubOptionType : U32 {
     ccapCoresOpt = 61,
 };

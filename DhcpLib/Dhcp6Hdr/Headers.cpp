@@ -12,7 +12,7 @@ constexpr std::size_t xidDigits = 2 * Dhcp6Const::xid_size;
 }  // namespace
 
 void Dhcp6Xid::appendText(std::string& out) const {
-    // A bit above the three bytes keeps their leading zeros.
+    // Bit 24 keeps the leading zeros.
     const U32 marked = 1u << 24 | U32{bytes_[0]} << 16 | U32{bytes_[1]} << 8 | bytes_[2];
     char digits[1 + xidDigits];
     std::to_chars(digits, digits + sizeof digits, marked, 16);

@@ -7,8 +7,7 @@
 
 namespace DhcpLib {
 
-/// The transaction id of a client/server message: three bytes exactly as they stand on the wire, first one first,
-/// never turned into a number of the host.
+/// The transaction id of a client/server message: three bytes in wire order. It is never converted to a number.
 class DHCPLIB_EXPORT Dhcp6Xid : public Kitnet::WireBytes<Dhcp6Xid, 3> {
 public:
     static constexpr std::string_view typeName = "DhcpLib::Dhcp6Xid";
@@ -22,24 +21,24 @@ public:
 };
 static_assert(sizeof(Dhcp6Xid) == Dhcp6Const::xid_size && std::is_trivially_copyable_v<Dhcp6Xid>);
 
-/// View of what every DHCPv6 message starts with (RFC 8415, sections 8 and 9), at `offset` of a packet:
-///   offset 0  message type (1)
-/// The header views check no bounds of their own: bytes past the packet's end read as 0, and a setter that would write
-/// there raises Tyk::InternalException "length value exceeds pkt-length." and changes nothing. Positions wrap at 65536.
-/// Every setter writes the packet and the cached value. Stale once the packet grows at its head.
+/// View of the start of every DHCPv6 message (RFC 8415, sections 8 and 9), at `offset` of a packet:
+///    offset 0  message type (1)
+/// The header views do not check bounds: bytes past the packet's end read as 0, and a setter that would write there
+/// throws Tyk::InternalException "length value exceeds pkt-length." and changes nothing. Positions wrap at 65536. Every
+/// setter writes the packet and the cached value. Stale once the packet grows at its head.
 class DHCPLIB_EXPORT Dhcp6HdrBase : public PacketView {
 public:
     using Ptr = Kcore::Ptr<Dhcp6HdrBase>;
-    static inline KitSlab::AllocationTracker memAllocationTracker_;  // counts the derived views too
+    static inline KitSlab::AllocationTracker memAllocationTracker_;  // counts the derived views, too
 
     Dhcp6HdrBase(const PktPtr& pkt, U16 offset) : PacketView(pkt), offset_(offset) { handleInitializedBase(); }
     ~Dhcp6HdrBase() override;
-    /// Reads the message type, the first time only.
+    /// Reads the message type; later calls do nothing.
     void handleInitializedBase();
 
     U16 offset() const { return offset_; }
     U8 msg() const { return msg_.value; }
-    /// The same byte; it need not be a member of the enumeration.
+    /// The message type, which need not be a member of the enumeration.
     Dhcp6MsgType msgType() const { return static_cast<Dhcp6MsgType>(msg_.value); }
     /// Writes the low byte of `type`.
     void msgTypeIs(Dhcp6MsgType type) { write(msg_, static_cast<U8>(type)); }
@@ -74,8 +73,8 @@ private:
     [[no_unique_address]] KitSlab::Tracked<Dhcp6HdrBase> tracked_;
 };
 
-/// View of a client/server message's header (RFC 8415, section 8); options start at reghdr_size (4):
-///   offset 0  message type (1)     1  transaction id (3)
+/// View of the header of a client/server message (RFC 8415, section 8). Options start at reghdr_size (4):
+///    offset 0  message type (1)     1  transaction id (3)
 class DHCPLIB_EXPORT Dhcp6RegHdr final : public Dhcp6HdrBase {
 public:
     using Ptr = Kcore::Ptr<Dhcp6RegHdr>;
@@ -83,7 +82,7 @@ public:
 
     Dhcp6RegHdr(const PktPtr& pkt, U16 offset) : Dhcp6HdrBase(pkt, offset) { handleInitialized(); }
     static Ptr Dhcp6RegHdrIs(const PktPtr& pkt, U16 offset);
-    /// Reads the transaction id, the first time only.
+    /// Reads the transaction id; later calls do nothing.
     void handleInitialized();
 
     const Dhcp6Xid& xid() const { return xid_.value; }
@@ -105,8 +104,8 @@ private:
 
 DHCPLIB_EXPORT Dhcp6RegHdr::Ptr dhcp6RegHdrFactory(const PktPtr& pkt, U16 offset);
 
-/// View of a relay message's header (RFC 8415, section 9); options start at relayhdr_size (34):
-///   offset 0  message type (1)     1  hop count (1)     2  link address (16)     18  peer address (16)
+/// View of the header of a relay message (RFC 8415, section 9). Options start at relayhdr_size (34):
+///    offset 0  message type (1)     1  hop count (1)     2  link address (16)     18  peer address (16)
 class DHCPLIB_EXPORT Dhcp6RelayHdr final : public Dhcp6HdrBase {
 public:
     using Ptr = Kcore::Ptr<Dhcp6RelayHdr>;
@@ -114,12 +113,13 @@ public:
 
     Dhcp6RelayHdr(const PktPtr& pkt, U16 offset) : Dhcp6HdrBase(pkt, offset) { handleInitialized(); }
     static Ptr Dhcp6RelayHdrIs(const PktPtr& pkt, U16 offset);
-    /// Reads hop count and addresses, the first time only.
+    /// Reads hop count and addresses; later calls do nothing.
     void handleInitialized();
 
     U8 hopCount() const { return hopCount_.value; }
     void hopCountIs(U8 n) { write(hopCount_, n); }
-    /// Adds `n`, modulo 256, and returns the sum. Keeping to Constants::dhcp6HopCountLimit is the caller's part.
+    /// Adds `n`, modulo 256, and returns the sum. The caller enforces Constants::dhcp6HopCountLimit
+    /// (docs/compatibility.md#hop-counts-wrap).
     U8 hopCountInc(U8 n);
     const Kitnet::Ip6Addr& linkAddr() const { return linkAddr_.value; }
     void linkAddrIs(const Kitnet::Ip6Addr& address) { write(linkAddr_, address); }

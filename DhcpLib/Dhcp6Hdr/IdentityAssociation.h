@@ -5,13 +5,13 @@
 
 namespace DhcpLib {
 
-/// What the views of an IA_NA (RFC 8415, section 21.4) and an IA_PD (section 21.21) share:
-///   option offset  4  IAID (4)     8  T1, s (4)     12  T2, s (4)     16  nested options
+/// Base of the views of IA_NA (RFC 8415, section 21.4) and IA_PD (section 21.21):
+///    option offset  4  IAID (4)     8  T1, s (4)     12  T2, s (4)     16  nested options
 /// Requires: an option of at least ianaopt_minlen (12) bytes. T1 and T2 have no setter.
 class DHCPLIB_EXPORT Dhcp6Ia : public Dhcp6OptionView {
 public:
     ~Dhcp6Ia() override;
-    /// Reads the fields, the first time only.
+    /// Reads the fields; later calls do nothing.
     void handleInitialized();
 
     U32 iaid() const { return iaid_.value; }
@@ -76,8 +76,8 @@ private:
 
 DHCPLIB_EXPORT Dhcp6Iapd::Ptr dhcp6IapdFactory(const Dhcp6OptionPtr& opt);
 
-/// View of an address (option 5, RFC 8415, section 21.6), which stands in an IA_NA or IA_TA:
-///   option offset  4  IPv6 address (16)     20  preferred lifetime, s (4)     24  valid lifetime, s (4)
+/// View of an address (option 5, RFC 8415, section 21.6), nested in an IA_NA or IA_TA:
+///    option offset  4  IPv6 address (16)     20  preferred lifetime, s (4)     24  valid lifetime, s (4)
 /// Requires: an option of at least iaaddropt_minlen (24) bytes. The preferred lifetime has no setter.
 class DHCPLIB_EXPORT Dhcp6IaAddr final : public Dhcp6OptionView {
 public:
@@ -86,7 +86,7 @@ public:
 
     explicit Dhcp6IaAddr(const Dhcp6OptionPtr& opt) : Dhcp6OptionView(opt) { handleInitialized(); }
     static Ptr Dhcp6IaAddrIs(const Dhcp6OptionPtr& opt);
-    /// Reads the fields, the first time only.
+    /// Reads the fields; later calls do nothing.
     void handleInitialized();
 
     /// The address.
@@ -114,9 +114,9 @@ private:
 
 DHCPLIB_EXPORT Dhcp6IaAddr::Ptr dhcp6IaAddrFactory(const Dhcp6OptionPtr& opt);
 
-/// View of a prefix (option 26, RFC 8415, section 21.22), which stands in an IA_PD:
-///   option offset  4  preferred lifetime, s (4)     8  valid lifetime, s (4)
-///                 12  prefix length, bits (1)      13  IPv6 prefix (16)
+/// View of a prefix (option 26, RFC 8415, section 21.22), nested in an IA_PD:
+///    option offset  4  preferred lifetime, s (4)     8  valid lifetime, s (4)
+///                  12  prefix length, bits (1)      13  IPv6 prefix (16)
 /// Requires: an option of at least iapfxopt_minlen (25) bytes. The preferred lifetime has no setter.
 class DHCPLIB_EXPORT Dhcp6IaPfx final : public Dhcp6OptionView {
 public:
@@ -125,14 +125,14 @@ public:
 
     explicit Dhcp6IaPfx(const Dhcp6OptionPtr& opt) : Dhcp6OptionView(opt) { handleInitialized(); }
     static Ptr Dhcp6IaPfxIs(const Dhcp6OptionPtr& opt);
-    /// Reads the fields, the first time only.
+    /// Reads the fields; later calls do nothing.
     void handleInitialized();
 
     U32 prefLifetime() const { return prefLifetime_.value; }
     U32 validLifetime() const { return validLifetime_.value; }
     void validLifetimeIs(U32 seconds) { write(validLifetime_, seconds); }
     U8 pfxLen() const { return pfxLen_.value; }
-    /// 129 to 255 are written as they are.
+    /// Values of 129 to 255 are written unchanged.
     void pfxLenIs(U8 bits) { write(pfxLen_, bits); }
     const Kitnet::Ip6Addr& pfxAddr() const { return pfxAddr_.value; }
     void pfxAddrIs(const Kitnet::Ip6Addr& prefix) { write(pfxAddr_, prefix); }

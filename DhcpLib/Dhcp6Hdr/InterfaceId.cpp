@@ -21,7 +21,7 @@ InterfaceIdFields decodeText(std::string_view data) {
     return fields;
 }
 
-/// False for a code that is none.
+/// False for an unknown code.
 bool takeElement(InterfaceIdFields& fields, U8 code, Wire::ByteView value) {
     switch (static_cast<Dhcp6InterfaceIdCode>(code)) {
         case Dhcp6InterfaceIdCode::intfName:
@@ -60,7 +60,7 @@ struct Element {
     std::size_t wireBytes() const { return SubOptionShape::headerBytes + value.size(); }
 };
 
-/// The elements that are written for `fields`, into which they refer, in the order of their codes.
+/// The elements to write for `fields`, in the order of their codes. They refer to `fields`.
 std::vector<Element> elementsOf(const InterfaceIdFields& fields) {
     using Code = Dhcp6InterfaceIdCode;
     std::vector<Element> elements{{Code::intfName, fields.intfName}, {Code::vrfName, fields.vrfName}};
@@ -100,7 +100,7 @@ Dhcp6InterfaceId::Ptr Dhcp6InterfaceId::Dhcp6InterfaceIdIs(const Dhcp6OptionPtr&
 void Dhcp6InterfaceId::handleInitialized() {
     if (!beginInitialization()) return;
     const InterfaceIdFields fields = decodeInterfaceId(text(Dhcp6Const::intfId_offset, opt()->len()));
-    vrfName_ = fields.vrfName;  // first, for it may raise
+    vrfName_ = fields.vrfName;  // first, since the assignment may throw
     intfName_ = fields.intfName;
     srcVtepIp_ = fields.srcVtepIp;
     srcVtepMac_ = fields.srcVtepMac;

@@ -9,7 +9,7 @@
 
 namespace DhcpLib {
 
-/// What an interface-id (option 18, RFC 8415, section 21.18) says. The texts lie in the packet.
+/// The fields of an interface-id (option 18, RFC 8415, section 21.18). The texts point into the packet.
 struct InterfaceIdFields {
     std::string_view intfName;
     std::string_view vrfName;
@@ -17,20 +17,20 @@ struct InterfaceIdFields {
     Kitnet::EthAddr srcVtepMac;
 };
 
-/// Reads the data of an interface-id in the encoding that the toggle "DhcpRelayTunnelEncapReplies" selects:
-///   off  the interface name, ':' and the VRF name; neither is empty, and a further ':' belongs to the VRF name
-///   on   elements, each code (1), length (1), value: see Dhcp6InterfaceIdCode; the last one of a code counts
-/// What is malformed gives nothing at all. An address of an odd length and a MAC of less than 6 bytes are passed over.
-/// Positions among the elements are 8 bits wide: a list in which they would wrap is malformed.
+/// Decodes the data of an interface-id, in the encoding that the toggle "DhcpRelayTunnelEncapReplies" selects:
+///    off  interface name, ':', VRF name; neither may be empty, and a further ':' belongs to the VRF name
+///    on   elements of code (1), length (1), value: see Dhcp6InterfaceIdCode; the last one of a code wins
+/// Malformed data gives no field at all (docs/compatibility.md#one-bad-element-drops-all). An address of a wrong size
+/// and a MAC of less than 6 bytes are skipped. A list of elements that reaches offset 256 is malformed.
 DHCPLIB_EXPORT InterfaceIdFields decodeInterfaceId(std::string_view data);
 
-/// How many bytes of option data Dhcp6InterfaceId::setInterfaceIdDataInPkt will write for `fields` in the selected
-/// encoding: the length that the option must have before that call. Empty where a name is empty, and where the data
-/// would be longer than the encoding allows: 255 bytes of elements, 65535 bytes of text.
+/// Number of data bytes that Dhcp6InterfaceId::setInterfaceIdDataInPkt writes for `fields` in the selected encoding.
+/// Give the option this length before that call. Empty if a name is empty, or if the data would exceed the limit of the
+/// encoding: 255 bytes of elements, 65535 bytes of text.
 DHCPLIB_EXPORT std::optional<U16> interfaceIdBytes(const InterfaceIdFields& fields);
 
-/// View of an interface-id. Its attributes are set on the view and reach the packet through setInterfaceIdDataInPkt().
-/// A VRF name of more than 100 bytes raises Kcore::RangeException when it is read or assigned.
+/// View of an interface-id. Set its attributes, then write them to the packet with setInterfaceIdDataInPkt(). Reading
+/// or assigning a VRF name of more than 100 bytes throws Kcore::RangeException.
 class DHCPLIB_EXPORT Dhcp6InterfaceId final : public Dhcp6OptionView {
 public:
     using Ptr = Kcore::Ptr<Dhcp6InterfaceId>;
@@ -38,17 +38,17 @@ public:
 
     explicit Dhcp6InterfaceId(const Dhcp6OptionPtr& opt) : Dhcp6OptionView(opt) { handleInitialized(); }
     static Ptr Dhcp6InterfaceIdIs(const Dhcp6OptionPtr& opt);
-    /// Reads the option's `len` data bytes, the first time only.
+    /// Reads the option's `len` data bytes; later calls do nothing.
     void handleInitialized();
 
     const Kcore::String& intfName() const { return intfName_; }
     void intfNameIs(const Kcore::String& name) { intfName_ = name; }
     const L3::VrfName& vrfName() const { return vrfName_; }
     void vrfNameIs(const L3::VrfName& name) { vrfName_ = name; }
-    /// Unset by default; only a usable address is written.
+    /// Unset by default. Written only if it is usable.
     const Kitnet::IpGenAddr& srcVtepIp() const { return srcVtepIp_; }
     void srcVtepIpIs(const Kitnet::IpGenAddr& address) { srcVtepIp_ = address; }
-    /// All zero by default, and then not written.
+    /// All zero by default. Not written if all zero.
     const Kitnet::EthAddr& srcVtepMac() const { return srcVtepMac_; }
     void srcVtepMacIs(const Kitnet::EthAddr& address) { srcVtepMac_ = address; }
 

@@ -6,9 +6,10 @@ namespace DhcpLib {
 
 namespace {
 
-constexpr U32 lastPosition = 0xffff;  // of a view; what lies behind it would wrap
+constexpr U32 lastPosition = 0xffff;  // of a view; a higher position would wrap
 
-/// Calls `visit(head)` for each whole option from `first` on, until it returns false; whether they fill `bytes`.
+/// Calls `visit(head)` for each whole option from `first` on, until it returns false. Returns whether the options fill
+/// `bytes` exactly.
 template <class Visit>
 bool walkWhole(Wire::ByteView bytes, U32 first, Visit visit) {
     U32 reached = first;
@@ -36,14 +37,14 @@ U32 headerBytes(Dhcp6MsgType type) {
     return isDhcp6RelayMsg(type) ? Dhcp6Const::relayhdr_size : Dhcp6Const::reghdr_size;
 }
 
-/// The type of the message at `offset`; 0 where there is no whole header of a type that is known.
+/// The type of the message at `offset`; 0 if it is unknown or its header is not whole.
 Dhcp6MsgType typeOf(Wire::ByteView bytes, U32 offset) {
     const auto type = static_cast<Dhcp6MsgType>(bytes.load<U8>(offset));
     const bool whole = bytes.has(offset, headerBytes(type));
     return whole && !Kcore::enumName(type).empty() ? type : Dhcp6MsgType{};
 }
 
-/// Replaces `message` by the one in its relay message option; false, and nothing done, where it has none.
+/// Replaces `message` by the message in its relay message option. Returns false and changes nothing if there is none.
 bool findRelayed(const Kitnet::Pkt& pkt, Dhcp6MessagePlace& message) {
     const Wire::ByteView bytes = upTo(pkt, std::min(message.end, lastPosition));
     const Dhcp6MsgType type = typeOf(bytes, message.offset);

@@ -7,14 +7,14 @@
 
 namespace DhcpLib {
 
-/// The option that a view looks through: one of its own, or one out of a Dhcp6Options. Its code and length stay as they
-/// are; the packet under it can be written.
+/// The option under a view, for example one of a Dhcp6Options. The view does not change its code or length, but can
+/// write its data.
 using Dhcp6OptionPtr = Kcore::Ptr<const Dhcp6Option>;
 
-/// Base of the views over the data of an option. None compares its positions with the option's length: bytes past the
-/// packet's end read as 0, a text stops there, and a setter that would write there raises Tyk::InternalException
-/// "length value exceeds pkt-length." and changes nothing. Every setter writes the packet and the cached value.
-/// Stale once the packet grows at its head.
+/// Base of the views of an option's data. They do not compare positions with the option's length. Bytes past the
+/// packet's end read as 0, a text stops there, and a setter that would write there throws Tyk::InternalException
+/// "length value exceeds pkt-length." and changes nothing. Every setter writes the packet and the cached value. Stale
+/// once the packet grows at its head.
 class DHCPLIB_EXPORT Dhcp6OptionView : public Kcore::Node, public KitSlab::SlabObject {
 public:
     ~Dhcp6OptionView() override;
@@ -24,7 +24,7 @@ public:
 protected:
     explicit Dhcp6OptionView(const Dhcp6OptionPtr& opt) : opt_(opt) {}
 
-    /// True the first time only.
+    /// True on the first call only.
     bool beginInitialization() { return !std::exchange(initialized_, true); }
     Wire::ByteView bytes() const { return Wire::ByteView(*opt_->pkt()); }
     U16 position(U32 at) const { return optionPosition(opt_->offset(), at); }
@@ -38,7 +38,7 @@ protected:
         field.write(*opt_->pkt(), opt_->offset(), value);
     }
     std::string_view text(U32 at, U32 n) const { return bytes().text(position(at), n); }
-    /// For what has no place or no width of its own.
+    /// Stores a value that is no Field.
     template <class T>
     void store(U32 at, const T& value) {
         Wire::store(*opt_->pkt(), position(at), value);

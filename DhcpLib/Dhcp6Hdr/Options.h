@@ -40,8 +40,8 @@ void walkDhcp6Options(Wire::ByteView bytes, U16 offset, Keep keep) {
     });
 }
 
-/// The options of a DHCPv6 message, by code, from `offset` (message + reghdr_size or relayhdr_size) to the packet's
-/// end. The first of several options of one code is kept; the code 0 ends the area.
+/// The options of a DHCPv6 message by code, from `offset` (message + reghdr_size or relayhdr_size) to the packet's end.
+/// The first option of a code is kept. Code 0 ends the area (docs/compatibility.md#code-0-ends-the-area).
 class DHCPLIB_EXPORT Dhcp6Options final : public OptionMap<const Dhcp6Option> {
 public:
     using Ptr = Kcore::Ptr<Dhcp6Options>;
@@ -54,7 +54,7 @@ public:
 
     const PktPtr& pkt() const { return pkt_; }
     U16 offset() const { return offset_; }
-    /// The bytes of the option stored under userClass (15) or vendorOpts (17); null where there is none.
+    /// Overlay on the option stored under userClass (15) or vendorOpts (17); null if there is none.
     Dhcp6OverlayPtr<Dhcp6UserClassOption> userClassOption() const;
     Dhcp6OverlayPtr<Dhcp6VendorSpecificInformationOption> vendorSpecificInformationOption() const;
 

@@ -8,8 +8,8 @@
 
 namespace DhcpLib {
 
-/// An option's bytes, read where they stand: code (2), length (2), data. An overlay reads the packet at each call and
-/// holds on to it, so that no read passes the packet's end whatever the lengths say; absent bytes read as 0.
+/// Overlay on the bytes of an option: code (2), length (2), data. It reads the packet at each call and keeps the packet
+/// alive. No read passes the packet's end; absent bytes read as 0.
 class DHCPLIB_EXPORT Dhcp6OptionNrc {
 public:
     Dhcp6OptionNrc(const PktPtr& pkt, U16 offset) : pkt_(pkt), offset_(offset) {}
@@ -38,12 +38,12 @@ private:
     U16 offset_;
 };
 
-/// A user class option (RFC 8415, section 21.15): items, each a length (2) and that many bytes.
+/// A user class option (RFC 8415, section 21.15): a list of items, each a length (2) and that many bytes.
 class DHCPLIB_EXPORT Dhcp6UserClassOption final : public Dhcp6OptionNrc {
 public:
     using Dhcp6OptionNrc::Dhcp6OptionNrc;
 
-    /// The item at `index`, counted from 0, cut at the option's end; empty where there is none.
+    /// The item at `index`, counted from 0, cut at the option's end; empty if there is none.
     Kcore::String userClassData(U16 index) const;
 
     static constexpr auto declaration() {
@@ -52,16 +52,15 @@ public:
     }
 };
 
-/// A vendor-specific information option (RFC 8415, section 21.17): enterprise number (4), then vendor options, each
-/// code (2), length (2), data.
+/// A vendor-specific information option (RFC 8415, section 21.17): enterprise number (4), then a list of vendor
+/// options: code (2), length (2), data.
 class DHCPLIB_EXPORT Dhcp6VendorSpecificInformationOption final : public Dhcp6OptionNrc {
 public:
     using Dhcp6OptionNrc::Dhcp6OptionNrc;
 
     Kitnet::NetU32 enterpriseNumber() const { return field<Kitnet::NetU32>(Dhcp6Const::entno_offset); }
-    /// The data of the first vendor option `code`, cut at the option's end; empty where there is none.
-    /// Requires: an option of at least 4 bytes. The length of what follows the enterprise number wraps at 65536, so
-    /// that a shorter one is searched up to the packet's end.
+    /// The data of the first vendor option `code`, cut at the option's end; empty if there is none. In an option of
+    /// less than 4 bytes the search goes on to the packet's end (docs/compatibility.md#short-vendor-option).
     Kcore::String vendorOptionData(U16 code) const;
 
     static constexpr auto declaration() {
@@ -72,7 +71,7 @@ public:
     }
 };
 
-/// A read-only pointer to an overlay; null where there is no such option. The overlay lives as long as the pointer.
+/// Read-only pointer to an overlay; null if there is no such option. The overlay lives as long as the pointer.
 template <class Overlay>
 class Dhcp6OverlayPtr {
 public:

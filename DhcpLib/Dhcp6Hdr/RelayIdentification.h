@@ -1,14 +1,14 @@
 #pragma once
 
-/// The options with which a relay agent says where a client's message came from, and reads it back from the reply.
+/// Options by which a relay agent identifies where a client's message came from. The server returns them in its reply.
 #include "DhcpLib/Dhcp6Hdr/InterfaceId.h"
 #include "DhcpLib/Dhcp6Hdr/RemoteId.h"
 
 namespace DhcpLib {
 
 /// View of a virtual subnet selection option (option 68, RFC 6607):
-///   option offset  4  type (1)     5  VRF name, to the option's end
-/// A name of more than 100 bytes raises Kcore::RangeException when it is read.
+///    option offset  4  type (1)     5  VRF name, to the option's end
+/// Reading a name of more than 100 bytes throws Kcore::RangeException.
 class DHCPLIB_EXPORT Dhcp6VirtualSubnetSelection final : public Dhcp6OptionView {
 public:
     using Ptr = Kcore::Ptr<Dhcp6VirtualSubnetSelection>;
@@ -49,7 +49,7 @@ public:
 
     explicit DhcpLinkLayerAddr(const Dhcp6OptionPtr& opt) : Dhcp6OptionView(opt) { handleInitialized(); }
     static Ptr DhcpLinkLayerAddrIs(const Dhcp6OptionPtr& opt);
-    /// Reads the option, the first time only.
+    /// Reads the option; later calls do nothing.
     void handleInitialized();
 
     U16 llAddrType() const { return llAddrType_.value; }

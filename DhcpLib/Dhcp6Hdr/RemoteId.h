@@ -4,10 +4,10 @@
 
 namespace DhcpLib {
 
-/// What a relay agent remote-id (option 37, RFC 4649) of the layout `intfIdFormat` says besides its DUID:
-///   option offset  4  enterprise number (4)     8  DUID (10)     18  interface id (8)
-///                 26  sub-option: type (1), length (1), value
-/// The text lies in the packet.
+/// The fields of a relay agent remote-id (option 37, RFC 4649) in the layout `intfIdFormat`, except its DUID:
+///    option offset  4  enterprise number (4)     8  DUID (10)     18  interface id (8)
+///                  26  sub-option: type (1), length (1), value
+/// The text points into the packet.
 struct RemoteIdFields {
     U32 entno = 0;
     U64 interfaceId = 0;
@@ -20,8 +20,8 @@ struct RemoteIdFields {
     static constexpr U8 subOptValueAt = subOptTypeAt + Dhcp6Const::rIdSubOptTL_size;
 };
 
-/// Reads the remote-id at `option`, whose length is `len`. There is a sub-option where the option and the packet have
-/// room for its type and length; its value is cut at the end of both. The fields before it are read in any case.
+/// Reads the remote-id at `option`, whose length is `len`. The sub-option exists if its type and length are inside the
+/// option and the packet; its value is cut at the end of both. The fields in front of it are read in any case.
 inline RemoteIdFields decodeRemoteId(Wire::ByteView bytes, U16 option, U16 len) {
     const auto at = [&](U8 fieldAt) { return optionPosition(option, fieldAt); };
     RemoteIdFields remoteId;
@@ -37,7 +37,7 @@ inline RemoteIdFields decodeRemoteId(Wire::ByteView bytes, U16 option, U16 len) 
     return remoteId;
 }
 
-/// What the views of the three remote-id layouts share: the enterprise number and the DUID behind it.
+/// Base of the views of the three remote-id layouts: the enterprise number and the DUID.
 class DHCPLIB_EXPORT Dhcp6RemoteIdBase : public Dhcp6OptionView {
 public:
     ~Dhcp6RemoteIdBase() override;
@@ -46,9 +46,10 @@ public:
     void entnoIs(U32 entno) { write(entno_, entno); }
     /// May be null.
     const Dhcp6Duid::Ptr& duid() const { return duid_; }
-    /// The view of the DUID at `offset` of `opt`: the one that is held, if it is that, else a new one that is held now.
+    /// Returns the view of the DUID at `offset` of `opt`: the stored one if it matches, else a new one, which is
+    /// stored.
     Dhcp6Duid::Ptr duidIs(const Dhcp6OptionPtr& opt, U16 offset);
-    /// Lets go of the DUID's view; the one that was held, or null.
+    /// Drops the stored view of the DUID and returns it, or null.
     Dhcp6Duid::Ptr duidDel() { return std::exchange(duid_, nullptr); }
 
 protected:
@@ -74,7 +75,7 @@ public:
 
     explicit Dhcp6RemoteId(const Dhcp6OptionPtr& opt) : Dhcp6RemoteIdBase(opt) { handleInitialized(); }
     static Ptr Dhcp6RemoteIdIs(const Dhcp6OptionPtr& opt);
-    /// Reads the option, the first time only.
+    /// Reads the option; later calls do nothing.
     void handleInitialized();
 
     U64 interfaceId() const { return interfaceId_.value; }
@@ -82,7 +83,7 @@ public:
     U8 subOptType() const { return subOptType_; }
     U8 subOptLen() const { return subOptLen_; }
     const Kcore::String& subOptValue() const { return subOptValue_; }
-    /// Writes the type 1, the low 8 bits of the text's size, and all of the text.
+    /// Writes type 1, the low 8 bits of the text's size, and the whole text.
     void subOptValueIs(const Kcore::String& value);
 
     const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6RemoteId>(); }
@@ -133,8 +134,8 @@ private:
 
 DHCPLIB_EXPORT Dhcp6RemoteIdIntfName::Ptr dhcp6RemoteIdIntfNameFactory(const Dhcp6OptionPtr& opt);
 
-/// View of a remote-id of the layout `hostAndIntfNameFormat`; the option's length has no part in it:
-///   option offset  4  enterprise number (4)     8  DUID (10)     18  host and interface name (hostAndIntfNameLen)
+/// View of a remote-id of the layout `hostAndIntfNameFormat` (docs/compatibility.md#host-name-of-fixed-size):
+///    option offset  4  enterprise number (4)     8  DUID (10)     18  host and interface name (hostAndIntfNameLen)
 class DHCPLIB_EXPORT Dhcp6RemoteIdHostAndIntfName final : public Dhcp6RemoteIdBase {
 public:
     using Ptr = Kcore::Ptr<Dhcp6RemoteIdHostAndIntfName>;
@@ -145,12 +146,12 @@ public:
         handleInitialized();
     }
     static Ptr Dhcp6RemoteIdHostAndIntfNameIs(const Dhcp6OptionPtr& opt, U8 hostAndIntfNameLen);
-    /// Reads the option, the first time only.
+    /// Reads the option; later calls do nothing.
     void handleInitialized();
 
     U8 hostAndIntfNameLen() const { return hostAndIntfNameLen_; }
     const Kcore::String& hostAndIntfName() const { return hostAndIntfName_; }
-    /// Writes the first `hostAndIntfNameLen` bytes of `name`, zeros in place of those it does not have.
+    /// Writes the first `hostAndIntfNameLen` bytes of `name`, followed by zeros if it is shorter.
     void hostAndIntfNameIs(const Kcore::String& name);
 
     const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6RemoteIdHostAndIntfName>(); }

@@ -6,8 +6,8 @@
 namespace DhcpLib {
 
 /// View of a vendor-specific information option (option 17, RFC 8415, section 21.17):
-///   option offset  4  enterprise number (4)     8  that enterprise's own sub-options
-/// Whose sub-options they are is for the caller to look at (Dhcp6Const::cableLabs_entno).
+///    option offset  4  enterprise number (4)     8  sub-options of that enterprise
+/// The caller checks the number, for example against Dhcp6Const::cableLabs_entno.
 class DHCPLIB_EXPORT Dhcp6VSI final : public Dhcp6OptionView {
 public:
     using Ptr = Kcore::Ptr<Dhcp6VSI>;
@@ -15,7 +15,7 @@ public:
 
     explicit Dhcp6VSI(const Dhcp6OptionPtr& opt) : Dhcp6OptionView(opt) { handleInitialized(); }
     static Ptr Dhcp6VSIIs(const Dhcp6OptionPtr& opt);
-    /// Reads the enterprise number, the first time only.
+    /// Reads the enterprise number; later calls do nothing.
     void handleInitialized();
 
     U32 entno() const { return entno_.value; }
@@ -46,8 +46,8 @@ public:
 
     using TlvItem::TlvItem;
     static Ptr CableLabsSubOptionIs(const PktPtr& pkt, U16 offset);
-    /// Writes an address `fieldOffset` bytes behind the code, only the low 8 bits of which count: CCAP core i stands at
-    /// 4 + 16 i. Raises Tyk::InternalException "length value exceeds pkt-length." where it does not fit.
+    /// Writes an address at sub-option offset `fieldOffset`, of which only the low 8 bits count. CCAP core i is at 4 +
+    /// 16 i. Throws Tyk::InternalException "length value exceeds pkt-length." if it does not fit.
     void ip6AddrIs(const Kitnet::Ip6Addr& address, U16 fieldOffset);
 
     const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<CableLabsSubOption>(); }
@@ -62,8 +62,9 @@ private:
 
 DHCPLIB_EXPORT CableLabsSubOption::Ptr cableLabsSubOptionFactory(const PktPtr& pkt, U16 offset);
 
-/// The CableLabs sub-options, by code, from `offset` to the packet's end, whatever the vendor option's length says. The
-/// last of several of one code is kept; the code 0 is an ordinary one, and no end is compared with the packet's.
+/// The CableLabs sub-options by code, from `offset` to the packet's end; the length of the vendor option is not
+/// consulted. The last one of a code is kept, code 0 is an ordinary code, and a sub-option may pass the packet's end
+/// (docs/compatibility.md#code-0-ends-the-area).
 class DHCPLIB_EXPORT CableLabsSubOptions final : public OptionMap<CableLabsSubOption> {
 public:
     using Ptr = Kcore::Ptr<CableLabsSubOptions>;

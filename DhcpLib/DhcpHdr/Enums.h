@@ -8,7 +8,8 @@ namespace DhcpLib {
 /// The `op` byte of the BOOTP header (RFC 2131, section 2).
 enum class BootpOpType : U8 { bootpOpUnknown = 0, bootpReq = 1, bootpRep = 2 };
 
-/// The DHCPv4 option codes that have a name here (RFC 2132, 3046, 4388); every other code is carried without one.
+/// The DHCPv4 option codes that have a name here (RFC 2132, 3046, 4388). Options with other codes are handled by
+/// number.
 enum class DhcpOptionType : U32 {
     padOpt = 0,
     hostName = 12,
@@ -36,7 +37,7 @@ enum class DhcpInformationSubOptionType : U32 {
     vssControl = 152,
 };
 
-/// Codes of the data items in the system's own block of the vendor-specific sub-option.
+/// Codes of the data items in the own block of the vendor-specific sub-option.
 enum class DhcpVendorSpecificDataType : U32 { interfaceName = 1, sourceVtepIp = 2 };
 
 }  // namespace DhcpLib
@@ -122,7 +123,7 @@ public:
     static constexpr U8 optlen_offset = 1;
     static constexpr U8 optlen_size = 1;
     static constexpr U8 optdata_offset = 2;
-    /// Size of the enterprise number that opens an enterprise block; the block's length byte stands at this offset.
+    /// Size of the enterprise number at the start of a block, and offset of the length byte that follows it.
     static constexpr U8 entno_offset = 4;
 
     friend bool operator==(const DhcpConst&, const DhcpConst&) { return true; }
@@ -135,7 +136,7 @@ public:
     }
 };
 
-/// A raw `op` byte. True when it is not zero.
+/// A raw `op` byte. Converts to true unless it is zero.
 class BootpOp {
 public:
     constexpr BootpOp(U8 value = 0) : value_(value) {}
@@ -152,7 +153,7 @@ private:
     U8 value_;
 };
 
-/// The 16-bit `flags` field of the BOOTP header (RFC 2131, figure 2). True when it is not zero.
+/// The 16-bit `flags` field of the BOOTP header (RFC 2131, figure 2). Converts to true unless it is zero.
 class Flags {
 public:
     constexpr Flags() = default;
@@ -160,7 +161,7 @@ public:
 
     constexpr Kitnet::NetU16 value() const { return value_; }
     constexpr void valueIs(Kitnet::NetU16 value) { value_ = value; }
-    /// Bit 15: the client cannot take unicast replies yet.
+    /// Bit 15: the client cannot receive unicast replies yet.
     constexpr bool broadcast() const { return value_.value() >> 15 != 0; }
     constexpr void broadcastIs(bool b) {
         value_.valueIs(static_cast<U16>((value_.value() & 0x7fff) | (b ? 0x8000 : 0)));

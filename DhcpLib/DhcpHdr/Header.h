@@ -9,17 +9,17 @@
 
 namespace DhcpLib {
 
-/// The first 34 bytes of the BOOTP header (RFC 2131, figure 1) as they stand on the wire:
-///    0 op   1 htype   2 hlen   3 hops   4 xid (4)   8 secs (2)   10 flags (2)
-///   12 ciaddr (4)   16 yiaddr (4)   20 siaddr (4)   24 giaddr (4)   28 chaddr (first 6 of 16)
-/// The other 202 bytes up to the magic cookie have no record.
+/// The first 34 bytes of the BOOTP header (RFC 2131, figure 1), in wire layout:
+///     0 op   1 htype   2 hlen   3 hops   4 xid (4)   8 secs (2)   10 flags (2)
+///    12 ciaddr (4)   16 yiaddr (4)   20 siaddr (4)   24 giaddr (4)   28 chaddr (first 6 of 16)
+/// The other 202 bytes up to the magic cookie are not covered.
 class DhcpHdr {
 public:
     constexpr DhcpHdr() = default;
 
     BootpOp op() const { return op_; }
     void opIs(BootpOp op) { op_ = op; }
-    /// `bootpOpUnknown` for every op byte but 1 and 2.
+    /// `bootpOpUnknown` for any op byte but 1 and 2.
     BootpOpType bootpOp() const {
         return op_.value() == 1 || op_.value() == 2 ? static_cast<BootpOpType>(op_.value())
                                                     : BootpOpType::bootpOpUnknown;
@@ -31,7 +31,7 @@ public:
     void hlenIs(U8 hlen) { hlen_ = hlen; }
     U8 hops() const { return hops_; }
     void hopsIs(U8 hops) { hops_ = hops; }
-    /// Wraps at 256. Keeping to Constants::dhcpHopCountLimit is the caller's part.
+    /// Adds modulo 256. The caller enforces Constants::dhcpHopCountLimit (docs/compatibility.md#hop-counts-wrap).
     void hopsInc(U8 n) { hops_ = static_cast<U8>(hops_ + n); }
     Kitnet::NetU32 xid() const { return xid_; }
     void xidIs(Kitnet::NetU32 xid) { xid_ = xid; }
@@ -97,23 +97,23 @@ private:
 };
 static_assert(sizeof(DhcpHdr) == 34 && alignof(DhcpHdr) == 1 && std::is_trivially_copyable_v<DhcpHdr>);
 
-/// View of the BOOTP header at `offset` of a packet. Getters read the packet through `header` and give zero while there
-/// is none; setters write the packet and do nothing then.
-/// After the packet has grown at its head the view is stale: call handleHeader() again, or make a new one.
+/// View of the BOOTP header at `offset` of a packet. Getters read the packet through `header`; setters write to it. If
+/// there is no header, getters return zero and setters do nothing. Stale once the packet has grown at its head: call
+/// handleHeader() again or create a new view.
 class DHCPLIB_EXPORT DhcpHdrWrapper final : public PacketView {
 public:
     using Ptr = Kcore::Ptr<DhcpHdrWrapper>;
     static inline KitSlab::AllocationTracker memAllocationTracker_;
 
-    /// Requires: the packet's front segment holds 34 bytes from `offset` on. Asserts otherwise, as handleHeader().
+    /// Requires: the packet holds 34 bytes from `offset` on. Otherwise the assertion of handleHeader() fails.
     DhcpHdrWrapper(const PktPtr& pkt, U32 offset) : PacketView(pkt), offset_(offset) { handleHeader(); }
     static Ptr DhcpHdrWrapperIs(const PktPtr& pkt, U32 offset);
 
     U32 offset() const { return offset_; }
-    /// The record inside the packet; null where the packet does not hold it (any more).
+    /// The record in the packet; null if the packet does not, or no longer, hold all of it.
     const DhcpHdr* header() const { return const_cast<DhcpHdrWrapper*>(this)->header(); }
     DhcpHdr* header();
-    /// Points the view at the packet's current bytes. Asserts "( offset_ + sizeof( DhcpHdr ) ) <= pkt_->frontBytes()".
+    /// Points the view to the packet's current bytes. Asserts "( offset_ + sizeof( DhcpHdr ) ) <= pkt_->frontBytes()".
     void handleHeader();
 
     BootpOp op() const { return get(&DhcpHdr::op); }
@@ -172,8 +172,8 @@ private:
 
 DHCPLIB_EXPORT DhcpHdrWrapper::Ptr dhcpHdrWrapperFactory(const PktPtr& pkt, U32 offset);
 
-/// View of the four bytes that make a BOOTP message a DHCP message (RFC 2131, section 3), at BOOTP header + 236.
-/// Bytes past the packet's end read as 0; a wrong cookie is no error.
+/// View of the magic cookie (RFC 2131, section 3), the four bytes behind the 236-byte BOOTP header that mark a DHCP
+/// message. Bytes past the packet's end read as 0. A wrong cookie is not an error.
 class DHCPLIB_EXPORT MagicCookie final : public PacketView {
 public:
     using Ptr = Kcore::Ptr<MagicCookie>;
@@ -182,10 +182,10 @@ public:
     MagicCookie(const PktPtr& pkt, U16 offset) : PacketView(pkt), offset_(offset) { handleInitialized(); }
     static Ptr MagicCookieIs(const PktPtr& pkt, U16 offset);
 
-    /// Reads the packet, the first time only.
+    /// Reads the packet; later calls do nothing.
     void handleInitialized();
     U16 offset() const { return offset_; }
-    /// The four bytes as loaded, without a change of order.
+    /// The four bytes in the host's byte order, without conversion.
     U32 cookie() const { return cookie_; }
     bool isDhcpMagicCookie() const { return isDhcpMagicCookie_; }
     bool initialized() const { return initialized_; }

@@ -10,8 +10,8 @@ struct DhcpMsgOptionTraits {
     using Shape = TlvShape<U8, Pads::single>;
 };
 
-/// View of a DHCPv4 option (RFC 2132, section 2): code (1), length (1), data. A pad (code 0) is its code alone. The end
-/// option has a length byte like any other as far as views are concerned.
+/// View of a DHCPv4 option (RFC 2132, section 2): code (1), length (1), data. A pad (code 0) has a code only. Views
+/// read a length byte of the end option like of any other.
 class DHCPLIB_EXPORT DhcpMsgOption final : public TlvItem<DhcpMsgOptionTraits> {
 public:
     using Ptr = Kcore::Ptr<DhcpMsgOption>;
@@ -19,7 +19,7 @@ public:
 
     using TlvItem::TlvItem;
     static Ptr DhcpMsgOptionIs(const PktPtr& pkt, U16 offset);
-    /// As optTypeIs, for a code without a name.
+    /// As optTypeIs, for any code.
     void optIs(U8 code) { writeCode(code); }
 
     const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpMsgOption>(); }
@@ -37,7 +37,7 @@ struct DhcpInformationSubOptionTraits {
 };
 
 /// View of a sub-option of the relay agent information option (RFC 3046, section 2.0): code (1), length (1), data.
-/// There are no pads here: code 0 is an ordinary code.
+/// There are no pads: code 0 is an ordinary code.
 class DHCPLIB_EXPORT DhcpInformationSubOption final : public TlvItem<DhcpInformationSubOptionTraits> {
 public:
     using Ptr = Kcore::Ptr<DhcpInformationSubOption>;
@@ -55,10 +55,10 @@ private:
 
 DHCPLIB_EXPORT DhcpInformationSubOption::Ptr dhcpInformationSubOptionFactory(const PktPtr& pkt, U16 offset);
 
-/// Calls `keep(head)` for each option that a collection over the options area at `offset` considers, from the relative
-/// position `first` on, until it returns false: the walk does not stop at the end option, and ends where the packet
-/// does or where an option's end, counted from `offset`, is beyond bytes(). That comparison leaves `offset` out on
-/// purpose: an option may overrun the packet by up to `offset` bytes.
+/// Calls `keep(head)` for each option of the options area at `offset`, from the relative position `first` on, until it
+/// returns false. The walk does not stop at the end option (docs/compatibility.md#collections-ignore-the-end-option).
+/// It ends at the packet's end, and at an option whose end, counted from `offset`, exceeds bytes()
+/// (docs/compatibility.md#overrun-within-offset).
 template <class Keep>
 void walkMsgOptions(Wire::ByteView bytes, U16 offset, U16 first, Keep keep) {
     const auto inside = [&](U16 cursor) { return U32{offset} + cursor < bytes.size(); };
@@ -68,7 +68,7 @@ void walkMsgOptions(Wire::ByteView bytes, U16 offset, U16 first, Keep keep) {
     });
 }
 
-/// Calls `keep(head)` for each item of a region of `len` bytes that starts `header` bytes behind `base`; the walk ends
+/// Calls `keep(head)` for each item of a region of `len` bytes that starts `header` bytes behind `base`. The walk ends
 /// at an item that would pass the region.
 template <class Keep>
 void walkSubItems(Wire::ByteView bytes, U16 base, U16 header, U16 len, Keep keep) {
@@ -81,8 +81,8 @@ void walkSubItems(Wire::ByteView bytes, U16 base, U16 header, U16 len, Keep keep
     });
 }
 
-/// The options of a DHCPv4 message, by code, from `offset` (the first byte behind the magic cookie) to the packet's
-/// end. The first of several options of one code is kept; pads are not, the end option is.
+/// The options of a DHCPv4 message by code, from `offset` (the byte behind the magic cookie) to the packet's end. The
+/// first option of a code is kept. Pads are not stored; the end option is.
 class DHCPLIB_EXPORT DhcpMsgOptions final : public OptionMap<DhcpMsgOption> {
 public:
     using Ptr = Kcore::Ptr<DhcpMsgOptions>;
@@ -112,8 +112,8 @@ private:
 
 DHCPLIB_EXPORT DhcpMsgOptions::Ptr dhcpMsgOptionsFactory(const PktPtr& pkt, U16 offset);
 
-/// The sub-options of an option 82, by code. The first of several of one code is kept; one that would pass the option's
-/// end is dropped, and what follows it.
+/// The sub-options of an option 82 by code. The first one of a code is kept. The walk ends at a sub-option that would
+/// pass the option's end.
 class DHCPLIB_EXPORT DhcpInformationSubOptions final : public OptionMap<DhcpInformationSubOption> {
 public:
     using Ptr = Kcore::Ptr<DhcpInformationSubOptions>;

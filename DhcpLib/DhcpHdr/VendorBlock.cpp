@@ -37,7 +37,7 @@ void DhcpVendorSpecificData::handleInitialized() {
                  [&](const auto& head) { keepFirst(pkt_, head.code, head.at); });
 }
 
-/// Leaves bytes alone that are right already, so that looking at a block never dirties a shared packet.
+/// Writes nothing if the bytes are right already, so that reading a block does not modify the packet.
 void DhcpVendorSpecificData::writeHeader() {
     const Wire::ByteView bytes(*pkt_);
     const U16 lenAt = static_cast<U16>(offset_ + DhcpConst::entno_offset);

@@ -9,7 +9,7 @@ struct QuorvaSpecificSubOptionSubOptTraits {
     using Shape = SubOptionShape;
 };
 
-/// View of a data item in the system's own enterprise block: code (1), length (1), data. No pads.
+/// View of a data item in the own vendor block: code (1), length (1), data. There are no pads.
 class DHCPLIB_EXPORT QuorvaSpecificSubOptionSubOpt final : public TlvItem<QuorvaSpecificSubOptionSubOptTraits> {
 public:
     using Ptr = Kcore::Ptr<QuorvaSpecificSubOptionSubOpt>;
@@ -37,7 +37,7 @@ struct VendorBlockHead {
     U32 entno;
     U8 len;
 };
-/// The block at `pos`, if its header lies in the packet.
+/// Reads the block at `pos`. False if its header is not in the packet.
 template <std::unsigned_integral Pos>
 bool vendorBlockAt(Wire::ByteView bytes, Pos pos, VendorBlockHead* head) {
     const Pos lenAt = static_cast<Pos>(pos + DhcpConst::entno_offset);
@@ -46,9 +46,9 @@ bool vendorBlockAt(Wire::ByteView bytes, Pos pos, VendorBlockHead* head) {
     return true;
 }
 
-/// Finds the system's block among the blocks from `pos` on, in `*found`. The first block is always examined; the walk
-/// ends when the blocks passed take `total` bytes or more, or at a block whose header is not in the packet.
-/// Positions are taken in the width of `Pos`.
+/// Finds the own block among the blocks from `pos` on and stores its position in `*found`. The first block is always
+/// examined (docs/compatibility.md#first-item-always-read). The walk ends when the blocks passed have `total` bytes or
+/// more, or at a block whose header is not in the packet. Positions wrap in the width of `Pos`.
 template <std::unsigned_integral Pos>
 bool findQuorvaBlock(Wire::ByteView bytes, Pos pos, U32 total, Pos* found) {
     VendorBlockHead head;
@@ -61,10 +61,10 @@ bool findQuorvaBlock(Wire::ByteView bytes, Pos pos, U32 total, Pos* found) {
     return false;
 }
 
-/// View of one enterprise block. Making it writes the block's number and length into the packet (where they do not
-/// stand there already), so it lays down the header of a new block; the items come from the `len` bytes behind it, the
-/// first of one code is kept. Raises Tyk::InternalException "length value exceeds pkt-length." if the header does not
-/// fit.
+/// View of one vendor block, with its data items by code; the first one of a code is kept. Creating the view writes the
+/// enterprise number and the length into the packet unless they are there already
+/// (docs/compatibility.md#vendor-view-writes-its-header), then reads the `len` bytes behind them. Throws
+/// Tyk::InternalException "length value exceeds pkt-length." if the header does not fit.
 class DHCPLIB_EXPORT DhcpVendorSpecificData final : public OptionMap<QuorvaSpecificSubOptionSubOpt> {
 public:
     using Ptr = Kcore::Ptr<DhcpVendorSpecificData>;
@@ -105,8 +105,7 @@ private:
 DHCPLIB_EXPORT DhcpVendorSpecificData::Ptr dhcpVendorSpecificDataFactory(const PktPtr& pkt, U16 offset, U32 entno,
                                                                          U8 len);
 
-/// View of sub-option 9 that finds the system's own block: `quorvaSpecificOpt`, null where there is none.
-/// A sub-option of less than 3 bytes is not searched.
+/// View of sub-option 9 that searches for the own block: `quorvaSpecificOpt`, null if there is none.
 class DHCPLIB_EXPORT DhcpVendorSpecificSubOpt final : public Kcore::Node, public KitSlab::SlabObject {
 public:
     using Ptr = Kcore::Ptr<DhcpVendorSpecificSubOpt>;
@@ -138,7 +137,8 @@ private:
 
 DHCPLIB_EXPORT DhcpVendorSpecificSubOpt::Ptr dhcpVendorSpecificSubOptFactory(const DhcpInformationSubOption::Ptr& opt);
 
-/// Where the view of a sub-option 9 at `offset` with `len` data bytes finds the system's block, in `*found`.
+/// Stores the position of the own block in `*found`, as the view of the sub-option 9 at `offset` with `len` data bytes
+/// finds it.
 inline bool findQuorvaBlockOfSubOption(Wire::ByteView bytes, U16 offset, U8 len, U16* found) {
     // The bytes passed are counted from the sub-option's code, so its two header bytes are taken off the length
     // (docs/compatibility.md#vendor-search-counts-from-the-code).

@@ -4,21 +4,19 @@
 
 namespace DhcpLib {
 
-/// What removeInfoOption did.
+/// Result of removeInfoOption.
 struct InfoRemoval {
-    AreaState area = AreaState::wellFormed;  ///< any other state: refused, and the packet is untouched
-    U32 options = 0;                         ///< how many option 82 were removed
+    AreaState area = AreaState::wellFormed;  ///< for any other state the call was refused and the packet is unchanged
+    U32 options = 0;                         ///< number of options 82 that were removed
 
     friend bool operator==(const InfoRemoval&, const InfoRemoval&) = default;
 };
 
 /// Removes every option 82 (RFC 3046) from the message whose BOOTP header starts at `offset`, so that a relay agent can
-/// insert its own in place of whatever the client sent. Works in place: the options behind a removed one move down, the
-/// end option too. The packet keeps its size, and all bytes behind the end option become pads (0), also where the
-/// only option 82 lies there: some readers go on behind the end option. Options in the `sname` and `file` fields
-/// (RFC 2132, section 9.3) are not looked at.
-/// Without an option 82 the packet stays as it is. Refuses, and changes nothing, where the options area is not
-/// well-formed.
+/// insert its own instead of the client's. Later options, including the end option, move down. The packet keeps its
+/// size. All bytes behind the end option become pads (0), also if the only option 82 is there, since some readers
+/// continue behind the end option. Options in the `sname` and `file` fields (RFC 2132, section 9.3) are ignored.
+/// Changes nothing if there is no option 82. Refuses, and changes nothing, if the options area is malformed.
 DHCPLIB_EXPORT InfoRemoval removeInfoOption(const PktPtr& pkt, U32 offset);
 
 }  // namespace DhcpLib

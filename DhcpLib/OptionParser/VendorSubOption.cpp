@@ -13,14 +13,14 @@ namespace {
 constexpr U32 headerBytes = SubOptionShape::headerBytes;
 constexpr std::string_view reader = "parseVendorSpecificSubOpt";
 
-/// Puts `bytes` at `pos`, growing the buffer where needed; `pos` becomes its size.
+/// Writes `bytes` at `pos`, growing the buffer if necessary, and sets `pos` to the buffer's size.
 void put(Kcore::Bytes& buf, U32& pos, std::span<const U8> bytes) {
     if (buf.size() < pos + bytes.size()) buf.resize(pos + bytes.size());
     std::copy(bytes.begin(), bytes.end(), buf.data() + pos);
     pos = static_cast<U32>(buf.size());
 }
 
-/// What setInfoData writes, without its trace line.
+/// setInfoData without its trace line.
 void putItem(Kcore::Bytes& buf, U32& pos, U8 code, U8 len, const U8* data) {
     const U8 header[] = {code, len};
     U32 dataPos = pos + headerBytes;
@@ -29,7 +29,7 @@ void putItem(Kcore::Bytes& buf, U32& pos, U8 code, U8 len, const U8* data) {
     pos = dataPos;
 }
 
-/// Bytes that an item with a source address takes; 0 for one that is left out.
+/// Size of the item with the source address; 0 if it is left out.
 U32 vtepItemLen(const Kitnet::IpGenAddr& srcVtep) {
     if (!srcVtep.isUsable()) return 0;
     return headerBytes + static_cast<U32>(srcVtep.isV4() ? sizeof(Kitnet::IpAddr) : sizeof(Kitnet::Ip6Addr));

@@ -8,12 +8,12 @@
 
 namespace DhcpLib {
 
-/// The vendor-specific sub-option (9, RFC 4243) carries enterprise blocks one after the other. The system's own block
-/// is marked with Constants::quorvaEntNum and holds up to two data items, in this order:
-///   1  name of the interface on which the request arrived; left out when empty
-///   2  source tunnel endpoint, 4 or 16 bytes in network order; left out when all zero or unset
+/// The vendor-specific sub-option (9, RFC 4243) contains blocks of several enterprises. The own block has the
+/// enterprise number Constants::quorvaEntNum and up to two data items, in this order:
+///    1  name of the interface on which the request arrived; left out if empty
+///    2  source tunnel address, 4 or 16 bytes in network order; left out if all zero or unset
 
-/// An enterprise block as it lies in the packet: number, length, then `len` data bytes.
+/// A vendor block in the packet: enterprise number, length, then `len` data bytes.
 struct DhcpVendorSpecificEntOption {
     Kitnet::NetU32 entNum;
     U8 len;
@@ -24,33 +24,35 @@ struct DhcpVendorSpecificEntOption {
 static_assert(sizeof(DhcpVendorSpecificEntOption) == vendorBlockHeaderBytes &&
               alignof(DhcpVendorSpecificEntOption) == 1);
 
-/// Whether a block with these contents would hold anything.
+/// Whether a block with these contents would have an item.
 inline bool isVendorDataPresent(const Kcore::String& intfName, const Kitnet::IpGenAddr& srcVtep) {
     return !intfName.empty() || srcVtep.isUsable();
 }
 
-/// Writes code, length and `len` bytes of `data` into `buf` at `pos`, growing it where needed; `pos` becomes its size.
+/// Writes code, length and `len` bytes of `data` into `buf` at `pos`, growing it if necessary, and sets `pos` to the
+/// buffer's size.
 DHCPLIB_EXPORT void setInfoData(Kcore::Bytes& buf, U32& pos, U8 subType, U8 len, const U8* data);
 
 /// The block behind `block`. Requires: the block's length byte is readable.
 DHCPLIB_EXPORT DhcpVendorSpecificEntOption* getNextVendorSpecificEntOpt(DhcpVendorSpecificEntOption* block);
-/// Finds the system's block among the blocks from `first` on; the walk ends when those passed take `totalLen` bytes or
-/// more. The first block is always examined. Requires: what the lengths name is readable.
+/// Finds the own block among the blocks from `first` on. The walk ends when the blocks passed have `totalLen` bytes or
+/// more. The first block is always examined (docs/compatibility.md#first-item-always-read). Requires: all bytes that
+/// the lengths announce are readable.
 DHCPLIB_EXPORT bool isVendorSpecificQuorvaEntno(DhcpVendorSpecificEntOption* first, std::size_t totalLen,
                                                 DhcpVendorSpecificEntOption** found);
-/// Writes the system's enterprise number into `buf` at `pos`; `pos` becomes its size.
+/// Writes the own enterprise number into `buf` at `pos` and sets `pos` to the buffer's size.
 DHCPLIB_EXPORT void addQuorvaEnterpriseNum(Kcore::Bytes& buf, U32& pos);
-/// Data bytes of the system's block with these contents, its header not counted.
+/// Number of data bytes of an own block with these contents, without its header.
 DHCPLIB_EXPORT U32 quorvaVendorSpecificSubOptLen(const Kcore::String& intfName, const Kitnet::IpGenAddr& srcVtep);
-/// Writes a sub-option's length byte at `pos`: `len`, and with `addQuorva` the system's whole block on top of it.
-/// `pos` becomes the buffer's size, which is returned.
+/// Writes a sub-option's length byte at `pos`: `len`, plus the size of the whole own block if `addQuorva`. Sets `pos`
+/// to the buffer's size and returns it.
 DHCPLIB_EXPORT U32 addVendorSpecificSubOptLen(Kcore::Bytes& buf, U32& pos, U8 len, bool addQuorva,
                                               const Kcore::String& intfName, const Kitnet::IpGenAddr& srcVtep);
-/// Writes the system's whole block at `pos`, without the sub-option's own code and length.
+/// Writes the whole own block at `pos`, without the sub-option's code and length.
 DHCPLIB_EXPORT void addQuorvaVendorSpecificSubOpt(Kcore::Bytes& buf, U32& pos, const Kcore::String& intfName,
                                                   const Kitnet::IpGenAddr& srcVtep);
-/// What adding the vendor data costs option 82, a new sub-option's header included where none exists yet.
-/// `legacyLen` counts instead of the block while the toggle DhcpRelayTunnelEncapReplies is off.
+/// Number of bytes that adding the vendor data costs option 82, including the header of a new sub-option 9 if there is
+/// none yet. With the toggle DhcpRelayTunnelEncapReplies off, `legacyLen` counts in place of the block.
 DHCPLIB_EXPORT U32 getVendorSpecificSubOptionLenAdd(Kcore::String intfName, Kitnet::IpGenAddr srcVtep,
                                                     Kcore::String existingVendorData, U32 legacyLen);
 /// Writes the system's block behind the data of `existingVsSubOpt`, or as a new sub-option 9 at `dataPos` of option
@@ -59,21 +61,21 @@ DHCPLIB_EXPORT U32 getVendorSpecificSubOptionLenAdd(Kcore::String intfName, Kitn
 DHCPLIB_EXPORT std::size_t addVendorSpecificSubOption(DhcpSingleOption* infoOpt, std::size_t dataPos,
                                                       DhcpSingleOption* existingVsSubOpt, Kcore::String intfName,
                                                       Kitnet::IpGenAddr srcVtep);
-/// The system's whole block as it stands in sub-option 9.
+/// The whole own block as in sub-option 9.
 Kcore::Bytes quorvaBlock(const Kcore::String& intfName, const Kitnet::IpGenAddr& srcVtep);
-/// Bytes of other enterprises' blocks in front of the system's. Requires: `vsView` has found a block.
+/// Number of bytes of other enterprises' blocks in front of the own one. Requires: `vsView` has found a block.
 DHCPLIB_EXPORT U32 calculateNonQuorvaVendorLen(Kcore::Ptr<DhcpInformationSubOption>& vsSubOpt,
                                                Kcore::Ptr<DhcpVendorSpecificSubOpt>& vsView);
-/// Reads the system's block out of a sub-option 9; what it does not hold leaves its output as it is. While the toggle
-/// is off, the interface name out of the legacy text (the enterprise number in decimal, a length byte, the name).
-/// Requires: what the lengths name is readable (within Pkt::guardBytes of a roomy packet's end it is).
+/// Reads the own block of a sub-option 9. Outputs whose item is absent stay unchanged. With the toggle off, reads the
+/// interface name from the text layout (docs/compatibility.md#vendor-text-layout). Requires: all bytes that the lengths
+/// announce are readable, as they are within Pkt::guardBytes of the end of a roomy packet.
 DHCPLIB_EXPORT void parseVendorSpecificSubOpt(DhcpSingleOption* vsSubOpt, Kcore::String& intfName,
                                               Kitnet::IpGenAddr& srcVtepIp);
-/// As above for the sub-option at `at` of a packet, bounded by the packet.
+/// The same for the sub-option at position `at` of a packet; reads stay inside the packet.
 DHCPLIB_EXPORT void parseVendorSpecificSubOpt(Wire::ByteView bytes, U32 at, Kcore::String& intfName,
                                               Kitnet::IpGenAddr& srcVtepIp);
 
-/// The decimal text of the enterprise number, which opens the legacy layout.
+/// The enterprise number in decimal, with which the text layout starts.
 DHCPLIB_EXPORT const Kcore::String& quorvaEntNumText();
 
 }  // namespace DhcpLib

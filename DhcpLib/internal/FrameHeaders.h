@@ -16,18 +16,18 @@ struct ShortName {
     void appendText(std::string& out) const { intf.shortName().appendText(out); }
 };
 
-/// Whether the packet has `needed` bytes at `pos`; if not, traces the header's name and the bytes that are there.
+/// Whether `needed` bytes exist at `pos`. If not, traces the header's name and the number of bytes there are.
 bool hasHeader(Wire::ByteView bytes, U32 pos, U32 needed, std::string_view header);
 
-/// Reads the Ethernet header at the packet's start and resolves the VLAN. An out-of-band tag is used rather than one
-/// inside the frame, only 0x8100 is a tag, there is no second one, and a port in dot1qTunnel mode ignores tags.
-/// `payload` becomes the position behind the header. False, after a trace line and with `rejection` set, for an
-/// interface without configuration and for a frame that is too short; no other output is set then. Raises
-/// Kcore::RangeException for the VLAN 4095, with `rejection` set to reservedVlan.
+/// Reads the Ethernet header at the packet's start and determines the VLAN. A tag beside the frame wins over one in it;
+/// only TPID 0x8100 is a tag; there is no second one; a port in mode dot1qTunnel ignores tags
+/// (docs/compatibility.md#one-tag-of-0x8100). Sets `payload` to the position behind the header. If the interface has no
+/// configuration or the frame is too short, traces a line, sets only `rejection` and returns false. For VLAN 4095 sets
+/// `rejection` to reservedVlan and throws Kcore::RangeException.
 bool parseEthernet(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, const Bridging::Config* config,
                    EthernetFields& fields, U16& payload, FrameRejection& rejection);
 
-/// Whether `dst` is one of the two ports; traces the ports.
+/// Traces the ports. Returns whether the destination port is one of the two.
 bool areDhcpPorts(const UdpPorts& ports, U32 headerLen, U16 firstPort, U16 secondPort);
 
 }  // namespace DhcpLib

@@ -6,7 +6,7 @@
 
 namespace DhcpLib {
 
-/// The one handle that every module of the library traces to; made on first use.
+/// The trace handle of the whole library, created on first use.
 inline const Tyk::TraceHandle& traceHandle() {
     static const Tyk::TraceHandle handle("DhcpLib", false);
     return handle;
@@ -14,9 +14,9 @@ inline const Tyk::TraceHandle& traceHandle() {
 
 namespace TraceLevel {
 
-inline constexpr int failure = 1;    ///< missing configuration, input that cannot be understood
-inline constexpr int rejection = 2;  ///< a frame that is not for the parser, an assertion that follows
-inline constexpr int verbose = 4;    ///< entries and progress
+inline constexpr int failure = 1;    ///< missing configuration, malformed input
+inline constexpr int rejection = 2;  ///< a rejected frame, a failure that an assertion follows
+inline constexpr int verbose = 4;    ///< function entries and progress
 
 }  // namespace TraceLevel
 

@@ -5,7 +5,7 @@
 
 namespace DhcpLib {
 
-/// The data items of the system's enterprise block that a reader has come across.
+/// The data items of the own vendor block that a reader has found.
 struct VendorItems {
     RawOption intfName;
     RawOption srcVtep;
@@ -29,7 +29,7 @@ private:
     }
 };
 
-/// Whether the item's length is that of an address of either family; traces for `caller` where it is not.
+/// Whether the item has the size of an IPv4 or IPv6 address. If not, traces it for `caller`.
 bool isVtepWellFormed(const RawOption& item, std::string_view caller);
 /// Requires: isVtepWellFormed(item).
 Kitnet::IpGenAddr vtepOf(const RawOption& item);
