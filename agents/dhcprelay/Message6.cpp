@@ -1,5 +1,7 @@
 #include "Message6.h"
 
+#include "DhcpLib/Dhcp6MessageBuilder.h"
+
 namespace DhcpRelay {
 
 namespace {
@@ -8,21 +10,42 @@ using DhcpLib::Dhcp6Const;
 using DhcpLib::Dhcp6MsgType;
 using DhcpLib::Dhcp6OptionType;
 using DhcpLib::Wire::ByteView;
-using DhcpLib::Wire::store;
 
-/// An empty option of that size at the packet's tail.
-DhcpLib::Dhcp6Option::Ptr addOption(const PktPtr& pkt, Dhcp6OptionType type, std::size_t len) {
-    const U16 at = static_cast<U16>(pkt->bytes());
-    pkt->newSharedTailData(static_cast<U32>(Dhcp6Const::optdata_offset + len));
-    DhcpLib::Dhcp6Option::Ptr option = DhcpLib::dhcp6OptionFactory(pkt, at);
-    option->optTypeIs(type);
-    option->lenIs(static_cast<U16>(len));
-    return option;
+constexpr U32 largestUdpPayload = 65527;
+
+/// The link's MAC address and number, and the port as a text (RFC 4649).
+bool addRemoteId(DhcpLib::Dhcp6MessageBuilder& builder, const Link& link, U16 vlan) {
+    const std::string port = std::string(link.name()) + ":" + std::to_string(vlan);
+    const auto option = builder.add(Dhcp6OptionType::remoteId, Dhcp6Const::minRIdWSubOpt_size + port.size());
+    if (!option) return false;
+    const auto remoteId = DhcpLib::dhcp6RemoteIdFactory(option);
+    remoteId->entnoIs(Dhcp6Const::entno);
+    const auto duid = remoteId->duidIs(option, Dhcp6Const::duid_offset);
+    duid->duidTypeIs(Dhcp6Const::duidType_ll);
+    duid->hardwareTypeIs(DhcpLib::Constants::hardwareTypeEthernet);
+    duid->llAddrIs(link.device.macAddr());
+    remoteId->interfaceIdIs(link.device.ifIndex());
+    remoteId->subOptValueIs(port);
+    return true;
 }
 
-void storeOptionHead(Kitnet::Pkt& pkt, U32 at, Dhcp6OptionType type, U32 len) {
-    store<U16>(pkt, at, static_cast<U16>(type));
-    store<U16>(pkt, at + Dhcp6Const::optlen_offset, static_cast<U16>(len));
+bool addVrf(DhcpLib::Dhcp6MessageBuilder& builder, std::string_view vrf) {
+    const auto option = builder.add(Dhcp6OptionType::vss, 1 + vrf.size());
+    if (!option) return false;
+    const auto vss = DhcpLib::dhcp6VirtualSubnetSelectionFactory(option);
+    vss->vssTypeIs(0);  // an NVT ASCII name
+    vss->vrfNameIs(L3::VrfName(vrf));
+    return true;
+}
+
+bool addClientMac(DhcpLib::Dhcp6MessageBuilder& builder, const EthAddr& mac) {
+    const auto option =
+        builder.add(Dhcp6OptionType::linkLayerAddr, Dhcp6Const::llAddrType_size + Dhcp6Const::llAddr_size);
+    if (!option) return false;
+    const auto view = DhcpLib::dhcpLinkLayerAddrFactory(option);
+    view->llAddrTypeIs(DhcpLib::Constants::hardwareTypeEthernet);
+    view->llAddrIs(mac);
+    return true;
 }
 
 }  // namespace
@@ -78,57 +101,15 @@ RelayOptions relayOptionsOf(const PktPtr& pkt, U32 at) {
     return found;
 }
 
-std::string portOptions(const Links& links, const Port& port, std::string_view interfaceId, const std::string& vrf) {
-    const PktPtr pkt = Kitnet::globalPktManager().newPkt();
-    addOption(pkt, Dhcp6OptionType::interfaceId, interfaceId.size())
-        ->dataIs(reinterpret_cast<const U8*>(interfaceId.data()));
-
-    const Link& link = links.of(port);
-    const std::string place = std::string(link.name()) + ":" + std::to_string(port.vlan);
-    const auto option = addOption(pkt, Dhcp6OptionType::remoteId, Dhcp6Const::minRIdWSubOpt_size + place.size());
-    const auto remoteId = DhcpLib::dhcp6RemoteIdFactory(option);
-    remoteId->entnoIs(Dhcp6Const::entno);
-    const auto duid = remoteId->duidIs(option, Dhcp6Const::duid_offset);
-    duid->duidTypeIs(Dhcp6Const::duidType_ll);
-    duid->hardwareTypeIs(DhcpLib::Constants::hardwareTypeEthernet);
-    duid->llAddrIs(link.device.macAddr());
-    remoteId->interfaceIdIs(link.device.ifIndex());
-    remoteId->subOptValueIs(place);
-
-    if (!vrf.empty()) {
-        const auto vss =
-            DhcpLib::dhcp6VirtualSubnetSelectionFactory(addOption(pkt, Dhcp6OptionType::vss, 1 + vrf.size()));
-        vss->vssTypeIs(0);  // an NVT ASCII name
-        vss->vrfNameIs(L3::VrfName(vrf));
-    }
-    return std::string(ByteView(*pkt).text(0, pkt->bytes()));
-}
-
-U32 wrap(Kitnet::Pkt& pkt, U32 at, const RelayForward& forward) {
-    constexpr U32 room = Dhcp6Const::relayhdr_size + Dhcp6Const::optdata_offset;
-    const U32 messageBytes = pkt.bytes() - at;
-    if (at < room) {
-        pkt.newSharedHeadData(room - at);
-        at = room;
-    }
-    const U32 start = at - room;
-    store<U8>(pkt, start, static_cast<U8>(Dhcp6MsgType::relayForward));
-    store<U8>(pkt, start + Dhcp6Const::hopcnt_offset, forward.hopCount);
-    store(pkt, start + Dhcp6Const::linkaddr_offset, forward.linkAddress);
-    store(pkt, start + Dhcp6Const::peeraddr_offset, forward.peer);
-    storeOptionHead(pkt, start + Dhcp6Const::relayhdr_size, Dhcp6OptionType::relayMsg, messageBytes);
-
-    U32 tail = pkt.bytes();
-    constexpr U32 macDataBytes = Dhcp6Const::llAddrType_size + Dhcp6Const::llAddr_size;
-    const U32 macBytes = forward.clientMac.isZero() ? 0 : Dhcp6Const::optdata_offset + macDataBytes;
-    pkt.newSharedTailData(static_cast<U32>(forward.options.size()) + macBytes);
-    store(pkt, tail, forward.options);
-    tail += static_cast<U32>(forward.options.size());
-    if (macBytes == 0) return start;
-    storeOptionHead(pkt, tail, Dhcp6OptionType::linkLayerAddr, macDataBytes);
-    store<U16>(pkt, tail + Dhcp6Const::optdata_offset, DhcpLib::Constants::hardwareTypeEthernet);
-    store(pkt, tail + Dhcp6Const::optdata_offset + Dhcp6Const::llAddrType_size, forward.clientMac);
-    return start;
+PktPtr relayForwardOf(std::span<const U8> message, const RelayForward& forward, const Link& link) {
+    DhcpLib::Dhcp6MessageBuilder builder(Dhcp6MsgType::relayForward, forward.hopCount, forward.linkAddress,
+                                         forward.peer, largestUdpPayload);
+    const std::span id(reinterpret_cast<const U8*>(forward.interfaceId.data()), forward.interfaceId.size());
+    const bool isWhole = builder.addMessage(message) && builder.add(Dhcp6OptionType::interfaceId, id) &&
+                         addRemoteId(builder, link, forward.port.vlan) &&
+                         (forward.vrf.empty() || addVrf(builder, forward.vrf)) &&
+                         (forward.clientMac.isZero() || addClientMac(builder, forward.clientMac));
+    return isWhole ? builder.pkt() : nullptr;
 }
 
 }  // namespace DhcpRelay

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <initializer_list>
-
 #include "DhcpLib/Dhcp6Hdr.h"
 #include "Links.h"
 
@@ -20,19 +18,17 @@ struct RelayOptions {
 };
 RelayOptions relayOptionsOf(const PktPtr& pkt, U32 at);
 
-/// The options that a relay-forward for a port has behind its message: interface-id, remote-id and, with a VRF, the
-/// virtual subnet selection.
-std::string portOptions(const Links& links, const Port& port, std::string_view interfaceId, const std::string& vrf);
-
-/// Makes the message at `at` of the packet, which goes up to the packet's end, one inside a relay-forward: header and
-/// relay-message option before it, `options` behind it, and the client's link-layer address (RFC 6939) unless it is
-/// zero. Returns the position of the relay-forward.
+/// What goes into a relay-forward (RFC 8415, section 9.1) beside the message itself.
 struct RelayForward {
+    Port port;
     U8 hopCount = 0;
     Ip6Addr linkAddress, peer;
-    std::string_view options;
-    EthAddr clientMac;
+    std::string interfaceId;
+    EthAddr clientMac;     ///< RFC 6939; zero where the client is not on the link
+    std::string_view vrf;  ///< RFC 6607; empty for none
 };
-U32 wrap(Kitnet::Pkt& pkt, U32 at, const RelayForward& forward);
+
+/// The message inside a relay-forward, with interface-id and remote-id of the port; null where it is too long for UDP.
+PktPtr relayForwardOf(std::span<const U8> message, const RelayForward& forward, const Link& link);
 
 }  // namespace DhcpRelay

@@ -75,7 +75,7 @@ struct Kcore::EnumTable<DhcpRelay::Reason> {
         {forgedPort, "forged-port", drop, "a kept option 82 that names another port of this agent"},
         {hopLimit, "hop-limit", drop, "the request passed as many relays as it may"},
         {noRelayAddress, "no-relay-address", drop, "the client link has no address to relay with"},
-        {notRewritable, "not-rewritable", drop, "option 82 cannot be put in or taken out"},
+        {notRewritable, "not-rewritable", drop, "option 82 or a relay header cannot be put in or taken out"},
         {serverUnreachable, "server-unreachable", drop, "the request could be sent to no server"},
         {unknownServer, "unknown-server", drop, "a reply from an address that is no configured server"},
         {wrongInterface, "wrong-interface", drop, "a reply on another than the server-side interface"},

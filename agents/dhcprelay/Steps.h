@@ -24,7 +24,7 @@ struct Context {
 
 /// A protocol's steps between receiving and sending. Each tells why the message is dropped; `none`: it goes on.
 struct Steps {
-    Reason (*validate)(const Transaction& t);
+    Reason (*validate)(Transaction& t);
     Reason (*decide)(Transaction& t, Context& context);
     Reason (*rewrite)(Transaction& t, const Context& context);
 };

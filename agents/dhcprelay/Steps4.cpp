@@ -1,6 +1,5 @@
 #include "DhcpLib/DhcpHdr.h"
 #include "DhcpLib/OptionParser.h"
-#include "InfoOption.h"
 #include "Steps.h"
 
 namespace DhcpRelay {
@@ -27,14 +26,32 @@ TransactionKey keyOf(const Transaction& t, const DhcpHdr& header) {
     return key;
 }
 
-Reason validate(const Transaction& t) {
+OptionFacts factsOf(const Transaction& t) {
+    OptionFacts facts;
+    const DhcpLib::AreaState area = DhcpLib::optionsAreaState(t.pkt, t.at);
+    facts.isBootp = area == DhcpLib::AreaState::noCookie || area == DhcpLib::AreaState::noSpace;
+    if (facts.isBootp) return facts;
+    facts.isWellFormed = area == DhcpLib::AreaState::wellFormed;
+    facts.hasInfo = static_cast<bool>(DhcpLib::findOption(t.pkt, t.at, DhcpLib::DhcpOptionType::infoOpt));
+    const auto type = DhcpLib::findOption(t.pkt, t.at, DhcpLib::DhcpOptionType::msgType);
+    if (type && type.len() == 1) facts.messageType = ByteView(*t.pkt).load<U8>(type.dataOffset());
+    return facts;
+}
+
+/// Of the message's option 82; empty without.
+std::string_view circuitIdOf(const Transaction& t) {
+    return DhcpLib::findInfoSubOption(t.pkt, t.at, DhcpLib::DhcpInformationSubOptionType::circuitId).data();
+}
+
+Reason validate(Transaction& t) {
     if (t.bytes() < Constants::bootpHdrSize) return Reason::malformed;
     const DhcpHdr header = headerOf(t);
     if (header.bootpOp() == BootpOpType::bootpOpUnknown || header.hlen() > chaddrBytes) return Reason::malformed;
     const bool isRequest = header.bootpOp() == BootpOpType::bootpReq;
     if (isRequest && t.side == Side::server) return Reason::clientMessage;
     if (!isRequest && t.side == Side::client) return Reason::serverMessage;
-    return factsOf(t.pkt, t.at).isWellFormed ? Reason::none : Reason::malformed;
+    t.options = factsOf(t);
+    return t.options.isWellFormed ? Reason::none : Reason::malformed;
 }
 
 /// Whether the request is for a relay agent here, and not one that the kernel routes to its server.
@@ -46,22 +63,21 @@ bool isForAgent(const Transaction& t, const Links& links) {
 }
 
 /// What becomes of an option 82 that the request brought (RFC 3046, section 2.1.1).
-Reason decideInfo(Transaction& t, const Context& c, const OptionFacts& facts) {
-    if (facts.isBootp || !facts.hasInfo) {
-        t.info = facts.isBootp ? InfoAction::leave : InfoAction::add;
-        return Reason::none;
-    }
+Reason decideInfo(Transaction& t, const Context& c) {
+    if (t.options.isBootp) return Reason::none;
+    // Replaced even if there is none: a further one may stand behind the end option, where some servers look.
+    t.info = InfoAction::replace;
+    if (!t.options.hasInfo) return Reason::none;
     switch (c.links.of(t.port).config.trusted ? c.settings.trustedInfo : c.settings.untrustedInfo) {
         case InfoPolicy::discard:
             return Reason::untrustedInfo;
         case InfoPolicy::replace:
-            t.info = InfoAction::replace;
             return Reason::none;
         case InfoPolicy::keep:
             break;
     }
     // A reply with such a circuit-id would go to the port that it names.
-    if (c.circuitId.isOfSomePort(c.links, infoFactsOf(t.pkt, t.at).circuitId)) return Reason::forgedPort;
+    if (c.circuitId.isOfSomePort(c.links, circuitIdOf(t))) return Reason::forgedPort;
     t.info = InfoAction::leave;
     return Reason::none;
 }
@@ -79,17 +95,15 @@ Reason decideRequest(Transaction& t, Context& c) {
     const IpAddr giaddr = c.links.giaddr(t.port);
     if (giaddr.isAny()) return Reason::noRelayAddress;
     t.relayAddress = giaddr;
-    const OptionFacts facts = factsOf(t.pkt, t.at);
-    if (const Reason reason = decideInfo(t, c, facts); reason != Reason::none) return reason;
-    if (!c.memory.remember(keyOf(t, header), {t.port, t.srcMac, t.info == InfoAction::leave && facts.hasInfo}, c.now))
-        t.remark(Reason::secondPort);
+    if (const Reason reason = decideInfo(t, c); reason != Reason::none) return reason;
+    const bool keepsInfo = t.options.hasInfo && t.info == InfoAction::leave;
+    if (!c.memory.remember(keyOf(t, header), {t.port, t.srcMac, keepsInfo}, c.now)) t.remark(Reason::secondPort);
     return Reason::none;
 }
 
 /// Our own circuit-id goes before the memory, and that before the relay address.
-Port portOfReply(const Transaction& t, const Context& c, const InfoFacts& info,
-                 const TransactionMemory::Origin* remembered) {
-    Port port = remembered != nullptr && remembered->foreignInfo ? Port{} : c.circuitId.portOf(c.links, info.circuitId);
+Port portOfReply(const Transaction& t, const Context& c, const TransactionMemory::Origin* remembered) {
+    Port port = remembered != nullptr && remembered->foreignInfo ? Port{} : c.circuitId.portOf(c.links, circuitIdOf(t));
     if (remembered != nullptr && (!port.isKnown() || port.isSame(remembered->port))) return remembered->port;
     if (port.isKnown()) return c.links.giaddr(port) == t.relayAddress.v4Addr() ? port : Port{};
     for (std::size_t i = 0; i < c.links.clients().size(); ++i) {
@@ -123,16 +137,15 @@ Reason decideReply(Transaction& t, Context& c) {
     const DhcpHdr header = headerOf(t);
     if (!c.links.isRelayAddress(header.giaddr())) return Reason::foreignRelayAddress;
     t.relayAddress = header.giaddr();
-    const OptionFacts facts = factsOf(t.pkt, t.at);
-    const InfoFacts info = facts.hasInfo ? infoFactsOf(t.pkt, t.at) : InfoFacts();
     const TransactionMemory::Origin* const remembered = c.memory.find(keyOf(t, header), c.now);
-    t.port = portOfReply(t, c, info, remembered);
+    t.port = portOfReply(t, c, remembered);
     if (!t.port.isKnown()) return Reason::noPort;
     if (!c.links.of(t.port).isUp()) return Reason::noLink;
-    if (info.hasVssControl) t.remark(Reason::vrfNotUsed);
-    const bool keep = remembered != nullptr && remembered->foreignInfo;
-    t.info = facts.hasInfo && !keep ? InfoAction::remove : InfoAction::leave;
-    decideDestination(t, header, facts.messageType);
+    if (DhcpLib::findInfoSubOption(t.pkt, t.at, DhcpLib::DhcpInformationSubOptionType::vssControl))
+        t.remark(Reason::vrfNotUsed);
+    const bool isKept = remembered != nullptr && remembered->foreignInfo;
+    t.info = t.options.hasInfo && !isKept ? InfoAction::remove : InfoAction::leave;
+    decideDestination(t, header, t.options.messageType);
     return Reason::none;
 }
 
@@ -165,10 +178,10 @@ Reason addInfo(Transaction& t, const Context& c) {
 }
 
 Reason rewrite(Transaction& t, const Context& c) {
-    if (t.info == InfoAction::replace || t.info == InfoAction::remove)
-        if (!removeEveryInfo(t.pkt, t.at)) return Reason::notRewritable;
+    if (t.info != InfoAction::leave && DhcpLib::removeInfoOption(t.pkt, t.at).area != DhcpLib::AreaState::wellFormed)
+        return Reason::notRewritable;
     if (t.side == Side::server) return Reason::none;
-    if (t.info == InfoAction::replace || t.info == InfoAction::add)
+    if (t.info == InfoAction::replace)
         if (const Reason reason = addInfo(t, c); reason != Reason::none) return reason;
     DhcpHdr header = headerOf(t);
     header.hopsInc(1);

@@ -10,8 +10,6 @@ using DhcpLib::Constants;
 using DhcpLib::Dhcp6Const;
 using DhcpLib::Wire::ByteView;
 
-constexpr U32 largestUdpPayload = 65527;
-
 U8 typeAt(const Transaction& t, U32 at) { return ByteView(*t.pkt).load<U8>(at); }
 
 /// What the inner message of a request and that of its reply have in common.
@@ -37,7 +35,7 @@ bool isWellFormed(const Transaction& t, U32 at, U32 headerBytes) {
     return next == bytes.size();
 }
 
-Reason validate(const Transaction& t) {
+Reason validate(Transaction& t) {
     if (t.bytes() < Dhcp6Const::reghdr_size) return Reason::malformed;
     const Sender6 sender = senderOf(typeAt(t, t.at));
     if (t.side == Side::server) {
@@ -136,15 +134,18 @@ Reason rewrite(Transaction& t, const Context& c) {
         return Reason::none;
     }
     const bool isRelayed = senderOf(typeAt(t, t.at)) == Sender6::relayForward;
-    const std::string options = portOptions(c.links, t.port, c.interfaceId.textOf(c.links, t.port), c.settings.vrf);
     RelayForward forward;
+    forward.port = t.port;
     forward.hopCount = isRelayed ? static_cast<U8>(typeAt(t, t.at + Dhcp6Const::hopcnt_offset) + 1) : U8{0};
     forward.linkAddress = t.relayAddress.v6Addr();
     forward.peer = t.src.v6Addr();
-    forward.options = options;
+    forward.interfaceId = c.interfaceId.textOf(c.links, t.port);
     if (!isRelayed) forward.clientMac = t.srcMac;
-    if (t.bytes() + options.size() + 64 > largestUdpPayload) return Reason::notRewritable;
-    t.at = wrap(*t.pkt, t.at, forward);
+    forward.vrf = c.settings.vrf;
+    const PktPtr relayed = relayForwardOf({t.pkt->data() + t.at, t.bytes()}, forward, c.links.of(t.port));
+    if (!relayed) return Reason::notRewritable;
+    t.pkt = relayed;
+    t.at = 0;
     return Reason::none;
 }
 

@@ -35,7 +35,15 @@ enum class Protocol : U8 { dhcp4, dhcp6 };
 enum class Side : U8 { client, server };
 
 /// What is done about the option 82 of a DHCPv4 message.
-enum class InfoAction : U8 { leave, add, replace, remove };
+enum class InfoAction : U8 { leave, replace, remove };
+
+/// What the agent reads of a DHCPv4 message's options.
+struct OptionFacts {
+    bool isBootp = false;      ///< no magic cookie, so no options
+    bool isWellFormed = true;  ///< an end option is reached
+    bool hasInfo = false;      ///< relay agent information (option 82)
+    U8 messageType = 0;        ///< option 53; 0 without
+};
 
 /// One message on its way through the agent. Each step reads what the steps before it found and adds its own part:
 /// receive, validate, decide, rewrite, send.
@@ -49,6 +57,8 @@ struct Transaction {
     U32 ifIndex = 0;  ///< server side: of the interface that it came in on, if that matters
     IpGenAddr src, dst;
     EthAddr srcMac, dstMac;
+
+    OptionFacts options;  ///< validate: of a DHCPv4 message
 
     // Decide: what becomes of it.
     IpGenAddr relayAddress;  ///< giaddr or link-address
