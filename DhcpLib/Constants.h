@@ -39,9 +39,24 @@ namespace DhcpLib {
 inline BootpOption BootpOptionInstance(unsigned number) { return Kcore::enumInstance<BootpOption>(number); }
 inline BootpOption BootpOptionInstance(const Kcore::String& name) { return Kcore::enumInstance<BootpOption>(name); }
 
-/// Protocol constants that the whole library uses.
-class Constants {
+/// Base of a set of constants. The set has no state: all objects of one set are equal.
+template <class Self>
+class ConstantSet {
 public:
+    constexpr ConstantSet() = default;
+    /// There is nothing to decode; the text is ignored.
+    explicit ConstantSet(const Kcore::CharRange&) {}
+    constexpr bool isEq(const Self&) const { return true; }
+    friend constexpr bool operator==(const Self&, const Self&) { return true; }
+    /// The hash of the constants.
+    std::size_t hash() const { return Kcore::hashAttributes(static_cast<const Self&>(*this)); }
+};
+
+/// Numbers that the whole library shares.
+class Constants : public ConstantSet<Constants> {
+public:
+    using ConstantSet::ConstantSet;
+
     static constexpr U16 dhcpServerPort = 67;
     static constexpr U16 dhcpClientPort = 68;
     /// One below the largest value of the one-byte `hops` field, so that a relay can still increment it.
@@ -58,7 +73,6 @@ public:
     /// The system's own IANA Private Enterprise Number. It marks the own block in the vendor-specific sub-option.
     static constexpr U32 quorvaEntNum = enterpriseNumber;
 
-    friend bool operator==(const Constants&, const Constants&) { return true; }
     static constexpr auto declaration() {
         using Kcore::constant;
         return Kcore::declare(

@@ -29,11 +29,11 @@ constexpr U32 clientMsgs = setOf({solicit, request, renew, rebind, release, info
 constexpr U32 otherMsgs = setOf({advertise, confirm, reply, decline, reconfigure});
 constexpr U32 relayMsgs = setOf({relayForward, relayReply});
 
-const Kcore::ModuleTypes<Dhcp6PacketParser> registration{"DhcpLib/Dhcp6Parser"};
+const Kcore::ModuleTypes<Dhcp6PortInfo, Dhcp6PacketParser> registration{"DhcpLib/Dhcp6Parser"};
 
 template <class... Args>
 void trace(int level, Tyk::TraceText<std::type_identity_t<Args>...> text, const Args&... args) {
-    Tyk::fmtrace(traceHandle(), level, {parseSignature}, text, args...);
+    Tyk::fmtrace(traceHandle(), level, {nullptr, text.caller()}, text, args...);
 }
 
 /// Traces the result of decoding the remote-id's sub-option.

@@ -1,6 +1,7 @@
 #pragma once
 
-/// The DHCPv4 message model: enumerations, views of the BOOTP header and of options.
+/// The DHCPv4 message model: constants, enumerations, the BOOTP header, options and the collections over them.
+#include "DhcpLib/DhcpHdr/Const.h"
 #include "DhcpLib/DhcpHdr/Enums.h"
 #include "DhcpLib/DhcpHdr/Header.h"
 #include "DhcpLib/DhcpHdr/Options.h"

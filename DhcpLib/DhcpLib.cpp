@@ -4,7 +4,7 @@ namespace DhcpLib {
 
 namespace {
 
-const Kcore::ModuleTypes<Constants, LeaseQueryHelperWrapper> registration{"DhcpLib/DhcpLib"};
+const Kcore::ModuleTypes<BootpOption, Constants, LeaseQueryHelperWrapper> registration{"DhcpLib/DhcpLib"};
 
 }  // namespace
 

@@ -23,11 +23,11 @@ constexpr U16 ipv4EtherType = 0x0800;
 constexpr U32 ipv4FixedBytes = 20;  // RFC 791, section 3.1
 constexpr U32 ipv4ProtocolAt = 9, ipv4SourceAt = 12, ipv4DestinationAt = 16;
 
-const Kcore::ModuleTypes<PacketParser> registration{"DhcpLib/DhcpParser"};
+const Kcore::ModuleTypes<FrameRejection, PacketParser> registration{"DhcpLib/DhcpParser"};
 
 template <class... Args>
 void trace(int level, Tyk::TraceText<std::type_identity_t<Args>...> text, const Args&... args) {
-    Tyk::fmtrace(traceHandle(), level, {parseSignature}, text, args...);
+    Tyk::fmtrace(traceHandle(), level, {nullptr, text.caller()}, text, args...);
 }
 
 }  // namespace

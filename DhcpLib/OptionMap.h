@@ -5,9 +5,11 @@
 
 namespace DhcpLib {
 
-/// Collection of item views by code. Its setters change the map only, never the packet. It is not updated when the
-/// packet changes. `Item` may be const.
-template <class Item>
+/// Collection of item views, keyed by code. Its setters change the map only, never the packet. It is not refreshed when
+/// the packet changes. The views that it hands out can be written; that changes the packet, not the map's keys.
+/// `Given` is what `optionIs` takes a pointer to: `Item`, or `const Item` to accept read-only pointers as well.
+/// An operation that raises leaves the collection as it was.
+template <class Item, class Given = Item>
 class OptionMap : public Kcore::Node, public KitSlab::SlabObject {
 public:
     using Type = typename Item::Type;
@@ -20,10 +22,10 @@ public:
         const Child* child = option_.find(type);
         return child != nullptr ? *child : Child{};
     }
-    /// Stores `child` under `type`, replacing the previous view. A null `child` removes the entry.
-    void optionIs(Type type, const Child& child) {
+    /// Stores `child` under `type`, in place of the present entry if there is one; a null `child` removes the entry.
+    void optionIs(Type type, const Kcore::Ptr<Given>& child) {
         if (child)
-            option_.insertOrAssign(type, child);
+            option_.insertOrAssign(type, Child::share(const_cast<Item*>(child.get())));
         else
             option_.erase(type);
     }
@@ -35,8 +37,7 @@ public:
 protected:
     /// Creates the view of the item at `at`, unless there is already one with this code.
     void keepFirst(const PktPtr& pkt, U32 code, U32 at) {
-        const Type type = static_cast<Type>(code);
-        if (!option_.contains(type)) option_.insert(type, Kcore::makeNode<Item>(pkt, static_cast<U16>(at)));
+        option_.insertMade(static_cast<Type>(code), [&] { return Kcore::makeNode<Item>(pkt, static_cast<U16>(at)); });
     }
     /// True on the first call only.
     bool beginInitialization() { return !std::exchange(initialized_, true); }

@@ -1,6 +1,7 @@
 #pragma once
 
-/// Functions that walk, read and rewrite the DHCPv4 options area.
+/// Free functions over the DHCPv4 options area: walking it, and reading and rewriting what relays and snooping need.
+#include "DhcpLib/OptionParser/BasicCheck.h"
 #include "DhcpLib/OptionParser/InfoRemoval.h"
 #include "DhcpLib/OptionParser/LeaseQuery.h"
 #include "DhcpLib/OptionParser/OptionLookup.h"

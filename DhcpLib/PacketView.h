@@ -15,7 +15,8 @@ using PktPtr = Kcore::Ptr<Kitnet::Pkt>;
 constexpr U16 packetPosition(U32 pos) { return static_cast<U16>(pos); }
 
 /// Base of the views that hold a packet and a position in it. A view keeps its packet alive and never copies its bytes.
-/// The position is not adjusted when the packet grows at its head: create new views then.
+/// A null packet is treated as an empty one. The position is not adjusted when the packet grows at its head: create new
+/// views then.
 class DHCPLIB_EXPORT PacketView : public Kcore::Node, public KitSlab::SlabObject {
 public:
     ~PacketView() override;
@@ -23,7 +24,13 @@ public:
 
 protected:
     explicit PacketView(const PktPtr& pkt) : pkt_(pkt) {}
-    Wire::ByteView bytes() const { return Wire::ByteView(*pkt_); }
+    Wire::ByteView bytes() const { return Wire::ByteView(pkt_.get()); }
+    /// The packet for a setter. Raises Tyk::InternalException "length value exceeds pkt-length." for a null packet.
+    Kitnet::Pkt& writablePkt() const {
+        if (!pkt_) [[unlikely]]
+            Wire::raiseNoRoom();
+        return *pkt_;
+    }
 
 private:
     PktPtr pkt_;

@@ -33,8 +33,10 @@ public:
     U16 offset() const { return offset_; }
     Width opt() const { return opt_; }
     Width len() const { return len_; }
-    /// Pointer to the first data byte; null for a pad, or if the data would start past the packet's end.
-    const U8* data() const { return hasData_ && dataAt() <= pkt()->bytes() ? pkt()->data() + dataAt() : nullptr; }
+    /// The first data byte inside the packet; null for a pad, and if the data would start past the packet's end.
+    const U8* data() const {
+        return hasData_ && pkt() && dataAt() <= pkt()->bytes() ? pkt()->data() + dataAt() : nullptr;
+    }
     /// The data, cut at the packet's end.
     std::string_view dataText() const { return hasData_ ? bytes().text(dataAt(), len_) : std::string_view{}; }
     /// The code, which need not be a member of the enumeration.
@@ -47,20 +49,20 @@ public:
     /// data bytes would pass the packet's end.
     void lenIs(Width n) {
         requireFrontRoom(n);
-        Wire::store<Width>(*pkt(), position(sizeof(Width)), n);
+        Wire::store<Width>(writablePkt(), position(sizeof(Width)), n);
         len_ = n;
     }
     /// Copies `len()` bytes into the packet. Throws like lenIs, and for a view of a pad.
     void dataIs(const U8* from) {
         if (!hasData_) Wire::raiseNoRoom();
         requireFrontRoom(len_);
-        Wire::store(*pkt(), dataAt(), std::span<const U8>(from, len_));
+        Wire::store(writablePkt(), dataAt(), std::span<const U8>(from, len_));
     }
 
 protected:
     U16 position(U32 at) const { return packetPosition(offset_ + at); }
     void writeCode(Width code) {
-        Wire::store<Width>(*pkt(), offset_, code);
+        Wire::store<Width>(writablePkt(), offset_, code);
         opt_ = code;
     }
 
@@ -76,7 +78,7 @@ protected:
 private:
     U16 dataAt() const { return position(Shape::headerBytes); }
     void requireFrontRoom(U32 n) const {
-        if (offset_ + Shape::headerBytes + n > pkt()->frontBytes()) Wire::raiseNoRoom();
+        if (offset_ + Shape::headerBytes + n > writablePkt().frontBytes()) Wire::raiseNoRoom();
     }
 
     U16 offset_;

@@ -55,8 +55,8 @@ template <class Shape, std::unsigned_integral Pos, class Inside, class Judge>
 [[gnu::always_inline]] inline void walkItems(Wire::ByteView bytes, Pos base, Pos first, Inside inside, Judge judge) {
     for (Pos cursor = first; inside(cursor);) {
         const Pos at = static_cast<Pos>(base + cursor);
-        if (!bytes.has(at, sizeof(typename Shape::Width))) return;
-        const Pos beforeWrap = static_cast<Pos>(~std::max(at, cursor));  // how far both can advance
+        if (at < base || !bytes.has(at, sizeof(typename Shape::Width))) return;
+        const Pos beforeWrap = static_cast<Pos>(~at);  // how far position and cursor can still go
         const auto head = headAt<Shape>(bytes, at, std::max<U32>(beforeWrap, 1));
         const Pos next = static_cast<Pos>(cursor + head.wireBytes);
         if (!judge(head, next) || next <= cursor) return;

@@ -10,6 +10,7 @@
 #include "Kcore/CopyBytes.h"
 #include "Kitnet/BigEndian.h"
 #include "Kitnet/Pkt.h"
+#include "Tyk/Exception.h"
 
 namespace DhcpLib {
 
@@ -46,6 +47,8 @@ public:
     constexpr ByteView() = default;
     constexpr ByteView(const U8* data, U32 size) : data_(data), size_(size) {}
     explicit ByteView(const Kitnet::Pkt& pkt) : ByteView(pkt.data(), pkt.bytes()) {}
+    /// Empty for a null packet.
+    explicit ByteView(const Kitnet::Pkt* pkt) : ByteView(pkt != nullptr ? ByteView(*pkt) : ByteView()) {}
 
     const U8* data() const { return data_; }
     U32 size() const { return size_; }

@@ -21,6 +21,7 @@
 #include "DhcpLib/Dhcp6Hdr.h"
 #include "DhcpLib/Dhcp6MessageBuilder.h"
 #include "DhcpLib/Dhcp6Parser.h"
+#include "DhcpLib/OptionParser.h"
 #include "LinkSocket.h"
 
 namespace {

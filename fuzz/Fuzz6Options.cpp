@@ -4,6 +4,7 @@
 #include <map>
 
 #include "DhcpLib/Dhcp6Hdr.h"
+#include "DhcpLib/OptionParser.h"
 #include "OptionsInput.h"
 
 using namespace DhcpLib;

@@ -13,7 +13,7 @@ using namespace DhcpTest::Fuzz;
 
 namespace {
 
-void checkClientId(const Dhcp6PacketParser& p, const Kcore::Ptr<const Dhcp6Option>& option) {
+void checkClientId(const Dhcp6PacketParser& p, const Dhcp6OptionPtr& option) {
     expect(p.cIdOptOffset() == option->offset() && p.cIdOptLen() == option->len());
     const Dhcp6Duid duid(option, 4);
     const U16 len = option->len();
@@ -26,7 +26,7 @@ void checkClientId(const Dhcp6PacketParser& p, const Kcore::Ptr<const Dhcp6Optio
     expect(p.cIdDuidEntno() == duid.entno() && p.cIdDuidEntId() == duid.entId());
 }
 
-void checkRemoteId(const Dhcp6PacketParser& p, const Kcore::Ptr<const Dhcp6Option>& option) {
+void checkRemoteId(const Dhcp6PacketParser& p, const Dhcp6OptionPtr& option) {
     const Dhcp6RemoteId remoteId(option);
     const Dhcp6Duid& duid = *remoteId.duid();
     expect(p.rIdOptOffset() == option->offset() && p.rIdOptLen() == option->len());

@@ -141,7 +141,8 @@ Places placesIn(const Collection& collection) {
 
 inline Places optionsOf(const Octets& bytes, U16 offset) {
     Places places;
-    for (U16 cursor = 0; offset + std::size_t{cursor} < bytes.size();) {
+    const std::size_t end = std::min<std::size_t>(bytes.size(), 65536);
+    for (U16 cursor = 0; offset + std::size_t{cursor} < end;) {
         const auto pos = static_cast<U16>(offset + cursor);
         const U8 code = bytes[pos];
         const auto next = static_cast<U16>(cursor + (code == 0 ? 1 : at(bytes, static_cast<U16>(pos + 1)) + 2));

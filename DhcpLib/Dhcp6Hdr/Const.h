@@ -4,9 +4,11 @@
 
 namespace DhcpLib {
 
-/// Offsets, sizes and numbers of DHCPv6. Offsets of option fields are relative to the option's code.
-class Dhcp6Const {
+/// Offsets, sizes and numbers of DHCPv6. Offsets of option fields count from the option's first byte, its code.
+class Dhcp6Const : public ConstantSet<Dhcp6Const> {
 public:
+    using ConstantSet::ConstantSet;
+
     // Message header (RFC 8415, sections 8 and 9), from the message's first byte
     static constexpr U8 msgtype_offset = 0;
     static constexpr U8 msgtype_size = 1;
@@ -103,11 +105,6 @@ public:
     static constexpr U32 entno = Constants::quorvaEntNum;  ///< the system's own
     static constexpr U32 cableLabs_entno = 4491;
 
-    constexpr Dhcp6Const() = default;
-    /// Nothing to decode: all objects are equal.
-    explicit Dhcp6Const(const Kcore::CharRange&) {}
-    constexpr bool isEq(const Dhcp6Const&) const { return true; }
-    friend constexpr bool operator==(const Dhcp6Const& a, const Dhcp6Const& b) { return a.isEq(b); }
     static constexpr auto declaration() {
         using Kcore::constant;
         return Kcore::declare(

@@ -19,7 +19,7 @@ Dhcp6Duid::Ptr Dhcp6Duid::Dhcp6DuidIs(const Dhcp6OptionPtr& opt, U16 offset) { r
 
 void Dhcp6Duid::handleInitialized() {
     if (!beginInitialization()) return;
-    const DuidFields duid = decodeDuid(bytes(), opt()->offset(), offset_);
+    const DuidFields duid = decodeDuid(bytes(), optAt(), offset_);
     duidType_ = duid.duidType;
     hardwareType_ = duid.hardwareType;
     duidTime_ = duid.duidTime;
@@ -67,7 +67,7 @@ void Dhcp6Duid::entnoIs(U32 entno) {
 
 void Dhcp6Duid::entIdIs(const Kcore::String& entId) {
     require(duidType_ == Dhcp6Const::duidType_en, "DuidentId is set for a invalid duidType");
-    require(entId.size() == DuidFields::entIdBytes(bytes(), opt()->offset()),
+    require(entId.size() == DuidFields::entIdBytes(bytes(), optAt()),
             "entId's length is mismatch with the client-ID's optionLength");
     storeField(DuidFields::entIdAt, entId.view());
     entId_ = entId;

@@ -53,7 +53,7 @@ protected:
     }
     template <class T, U8 fieldAt>
     void write(Field<T, fieldAt>& field, const T& value) {
-        field.write(*pkt(), offset_, value);
+        field.write(writablePkt(), offset_, value);
     }
     template <class View, class... More>
     static constexpr auto declarationOf(std::string_view name, Kcore::Attribute<More>... more) {

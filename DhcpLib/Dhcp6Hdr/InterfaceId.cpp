@@ -99,8 +99,8 @@ Dhcp6InterfaceId::Ptr Dhcp6InterfaceId::Dhcp6InterfaceIdIs(const Dhcp6OptionPtr&
 
 void Dhcp6InterfaceId::handleInitialized() {
     if (!beginInitialization()) return;
-    const InterfaceIdFields fields = decodeInterfaceId(text(Dhcp6Const::intfId_offset, opt()->len()));
-    vrfName_ = fields.vrfName;  // first, since the assignment may throw
+    const InterfaceIdFields fields = decodeInterfaceId(text(Dhcp6Const::intfId_offset, optLen()));
+    vrfName_ = fields.vrfName;  // first, for it may raise
     intfName_ = fields.intfName;
     srcVtepIp_ = fields.srcVtepIp;
     srcVtepMac_ = fields.srcVtepMac;
@@ -123,7 +123,7 @@ void Dhcp6InterfaceId::writeText() {
 void Dhcp6InterfaceId::writeElements() {
     const InterfaceIdFields fields{intfName_.view(), vrfName_.view(), srcVtepIp_, srcVtepMac_};
     const std::vector<Element> elements = elementsOf(fields);
-    Kitnet::Pkt& pkt = *opt()->pkt();
+    Kitnet::Pkt& pkt = writablePkt();
     const auto forEachPlace = [&](auto visit) {
         U8 start = 0;  // docs/compatibility.md#offsets-in-an-option-wrap-at-256
         for (const Element& element : elements) {

@@ -12,6 +12,10 @@ struct Dhcp6MessagePlace {
     U32 end = 0;
 
     friend bool operator==(const Dhcp6MessagePlace&, const Dhcp6MessagePlace&) = default;
+    static constexpr auto declaration() {
+        return Kcore::declare("Dhcp6MessagePlace", Kcore::attribute("offset", &Dhcp6MessagePlace::offset),
+                              Kcore::attribute("end", &Dhcp6MessagePlace::end));
+    }
 };
 
 /// All options of a message in wire order, repeated codes included. The list ends before an option that passes the end
@@ -23,14 +27,10 @@ DHCPLIB_EXPORT std::vector<Dhcp6Option::Ptr> dhcp6NestedOptions(const Dhcp6Optio
 /// The options nested in an IA_NA or IA_PD.
 DHCPLIB_EXPORT std::vector<Dhcp6Option::Ptr> dhcp6NestedOptions(const Dhcp6Ia& ia);
 
-/// The message at `outermost` and those relayed in it, outermost first: each relay message is followed by the message
-/// in its first relay message option (RFC 8415, section 19). Stops at depth dhcp6HopCountLimit. If the chain is longer,
-/// or a relay message contains no whole message, the last element is a relay message. Empty if `outermost` has no whole
-/// header.
+/// A message and the messages relayed inside it, outermost first: of each relay message, the one in its first relay
+/// message option (RFC 8415, section 19). At most dhcp6HopCountLimit levels deep. A longer chain, or one whose last
+/// relay message holds no whole message, ends with a relay message. Empty if `outermost` has no whole header, and for a
+/// null packet.
 DHCPLIB_EXPORT std::vector<Dhcp6MessagePlace> dhcp6RelayChain(const PktPtr& pkt, const Dhcp6MessagePlace& outermost);
-
-/// Whether a client/server or relay message starts at `offset` and its options fill the packet exactly. Otherwise false
-/// after a trace line.
-DHCPLIB_EXPORT bool dhcp6OptionBasicCheck(const PktPtr& pkt, U32 offset);
 
 }  // namespace DhcpLib

@@ -25,7 +25,7 @@ Dhcp6Options::Ptr Dhcp6Options::Dhcp6OptionsIs(const PktPtr& pkt, U16 offset) {
 
 void Dhcp6Options::handleInitialized() {
     if (!beginInitialization()) return;
-    walkDhcp6Options(Wire::ByteView(*pkt_), offset_, [&](const auto& head) {
+    walkDhcp6Options(Wire::ByteView(pkt_.get()), offset_, [&](const auto& head) {
         keepFirst(pkt_, head.code, head.at);
         return true;
     });

@@ -40,9 +40,9 @@ void walkDhcp6Options(Wire::ByteView bytes, U16 offset, Keep keep) {
     });
 }
 
-/// The options of a DHCPv6 message by code, from `offset` (message + reghdr_size or relayhdr_size) to the packet's end.
-/// The first option of a code is kept. Code 0 ends the area (docs/compatibility.md#code-0-ends-the-area).
-class DHCPLIB_EXPORT Dhcp6Options final : public OptionMap<const Dhcp6Option> {
+/// The options of a DHCPv6 message, by code, from `offset` (message + reghdr_size or relayhdr_size) to the packet's
+/// end. The first option of each code is kept; code 0 ends the area. Empty for a null packet.
+class DHCPLIB_EXPORT Dhcp6Options final : public OptionMap<Dhcp6Option, const Dhcp6Option> {
 public:
     using Ptr = Kcore::Ptr<Dhcp6Options>;
     using HN_Option = Map::value_type;  ///< an entry of `option`

@@ -6,30 +6,61 @@ namespace DhcpLib {
 
 Kcore::String Dhcp6UserClassOption::userClassData(U16 index) const {
     const Wire::ByteView packet = bytes();
-    U32 at = position(Dhcp6Const::optdata_offset);
-    for (U16 left = optionLen().value(); left >= sizeof(U16) && packet.has(at, sizeof(U16)); --index) {
-        const U16 len = std::min(packet.load<U16>(at), static_cast<U16>(left - sizeof(U16)));
-        at += U32{sizeof(U16)};
-        if (index == 0) return packet.text(at, len);
-        at += len;
-        left = static_cast<U16>(left - sizeof(U16) - len);
+    const U32 first = position(Dhcp6Const::optdata_offset), total = optionLen().value();
+    U16 item = index < knownIndex_ ? U16{0} : knownIndex_;
+    for (U32 at = item == 0 ? 0 : knownAt_; at + sizeof(U16) <= total && packet.has(first + at, sizeof(U16)); ++item) {
+        const U32 dataAt = at + U32{sizeof(U16)};
+        const U32 len = std::min<U32>(packet.load<U16>(first + at), total - dataAt);
+        if (item == index) {
+            knownIndex_ = index;
+            knownAt_ = at;
+            return packet.text(first + dataAt, len);
+        }
+        at = dataAt + len;
     }
     return {};
 }
 
-Kcore::String Dhcp6VendorSpecificInformationOption::vendorOptionData(U16 code) const {
-    const Wire::ByteView packet = bytes();
+namespace {
+
+/// Size of the vendor options. Wraps for an option of less than 4 bytes (docs/compatibility.md#short-vendor-option).
+U16 vendorBytes(const Dhcp6OptionNrc& option) {
+    return static_cast<U16>(option.optionLen().value() - Dhcp6Const::entno_size);
+}
+
+constexpr U32 nowhere = 0xffffffff;
+constexpr U32 askedOnce = nowhere - 1;  // as the place searched to: nothing is remembered yet
+
+}  // namespace
+
+U32 Dhcp6VendorSpecificInformationOption::placeOf(U16 code) const {
+    if (const U32* const known = places_.find(code)) return *known;
+    const U32 total = vendorBytes(*this);
     const U32 first = position(Dhcp6Const::entno_offset + Dhcp6Const::entno_size);
-    // Wraps for a length below 4 (docs/compatibility.md#short-vendor-option).
-    const U16 total = static_cast<U16>(optionLen().value() - Dhcp6Const::entno_size);
-    std::string_view data;
+    // A single look-up allocates nothing: places are remembered from the second one on.
+    const bool remembers = searchedTo_ != 0;
+    const U32 start = searchedTo_ == askedOnce ? 0 : searchedTo_;
+    if (!remembers) searchedTo_ = askedOnce;
+    U32 found = nowhere;
     const auto inside = [&](U32 cursor) { return cursor + Option6Shape::headerBytes <= total; };
-    walkItems<Option6Shape, U32>(packet, first, 0, inside, [&](const auto& head, U32) {
-        if (head.code != code) return true;
-        data = packet.text(head.dataAt(), std::min<U32>(head.len, first + total - head.dataAt()));
-        return false;
+    walkItems<Option6Shape, U32>(bytes(), first, start, inside, [&](const auto& head, U32 next) {
+        if (remembers) {
+            places_.insert(head.code, head.at - first);
+            searchedTo_ = next;
+        }
+        if (head.code == code) found = head.at - first;
+        return found == nowhere;
     });
-    return data;
+    return found;
+}
+
+Kcore::String Dhcp6VendorSpecificInformationOption::vendorOptionData(U16 code) const {
+    const U32 place = placeOf(code);
+    if (place == nowhere) return {};
+    const U32 total = vendorBytes(*this), dataAt = place + Option6Shape::headerBytes;
+    const U32 first = position(Dhcp6Const::entno_offset + Dhcp6Const::entno_size);
+    const U16 len = bytes().load<U16>(first + place + Dhcp6Const::optlen_offset);
+    return bytes().text(first + dataAt, std::min<U32>(len, total - std::min(total, dataAt)));
 }
 
 }  // namespace DhcpLib

@@ -4,6 +4,7 @@
 
 #include "DhcpLib/Dhcp6Hdr/Const.h"
 #include "DhcpLib/PacketView.h"
+#include "Kcore/FlatMap.h"
 #include "Kitnet/NetInteger.h"
 
 namespace DhcpLib {
@@ -18,7 +19,7 @@ public:
     Kitnet::NetU16 optionLen() const { return field<Kitnet::NetU16>(Dhcp6Const::optlen_offset); }
 
 protected:
-    Wire::ByteView bytes() const { return Wire::ByteView(*pkt_); }
+    Wire::ByteView bytes() const { return Wire::ByteView(pkt_.get()); }
     U32 position(U8 at) const { return U32{offset_} + at; }
     template <class T>
     T field(U8 at) const {
@@ -50,6 +51,10 @@ public:
         return declarationOf<Dhcp6UserClassOption>("Dhcp6UserClassOption",
                                                    Kcore::constant("userClassData", std::string_view("(index)")));
     }
+
+private:
+    mutable U16 knownIndex_ = 0;
+    mutable U32 knownAt_ = 0;  // the place of that item, counted from the first one
 };
 
 /// A vendor-specific information option (RFC 8415, section 21.17): enterprise number (4), then a list of vendor
@@ -69,6 +74,13 @@ public:
                                 Kcore::attribute("enterpriseNumber", &V::enterpriseNumber),
                                 Kcore::constant("vendorOptionData", std::string_view("(code)")));
     }
+
+private:
+    U32 placeOf(U16 code) const;
+
+    // The first vendor option of each code among those in front of `searchedTo_`. Places count from the first one.
+    mutable Kcore::FlatMap<U16, U32> places_;
+    mutable U32 searchedTo_ = 0;
 };
 
 /// Read-only pointer to an overlay; null if there is no such option. The overlay lives as long as the pointer.
@@ -78,9 +90,11 @@ public:
     Dhcp6OverlayPtr() = default;
     explicit Dhcp6OverlayPtr(const Overlay& overlay) : overlay_(overlay) {}
 
-    const Overlay* get() const { return overlay_ ? &*overlay_ : nullptr; }
+    const Overlay* get() const& { return overlay_ ? &*overlay_ : nullptr; }
+    const Overlay* get() const&& = delete;
     const Overlay* operator->() const { return get(); }
-    const Overlay& operator*() const { return *get(); }
+    const Overlay& operator*() const& { return *get(); }
+    Overlay operator*() const&& { return *get(); }
     explicit operator bool() const { return overlay_.has_value(); }
     friend bool operator==(const Dhcp6OverlayPtr& p, std::nullptr_t) { return !p; }
 

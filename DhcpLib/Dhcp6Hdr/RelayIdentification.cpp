@@ -12,7 +12,7 @@ Dhcp6VirtualSubnetSelection::Ptr Dhcp6VirtualSubnetSelection::Dhcp6VirtualSubnet
 void Dhcp6VirtualSubnetSelection::handleInitialized() {
     if (!beginInitialization()) return;
     read(vssType_);
-    vrfName_ = text(Dhcp6Const::vrfName_offset, static_cast<U8>(opt()->len() - Dhcp6Const::vssType_size));
+    vrfName_ = text(Dhcp6Const::vrfName_offset, static_cast<U8>(optLen() - Dhcp6Const::vssType_size));
 }
 
 void Dhcp6VirtualSubnetSelection::vrfNameIs(const L3::VrfName& name) {

@@ -20,7 +20,7 @@ Dhcp6RemoteId::Ptr Dhcp6RemoteId::Dhcp6RemoteIdIs(const Dhcp6OptionPtr& opt) { r
 void Dhcp6RemoteId::handleInitialized() {
     if (!beginInitialization()) return;
     readBase();
-    const RemoteIdFields fields = decodeRemoteId(bytes(), opt()->offset(), opt()->len());
+    const RemoteIdFields fields = decodeRemoteId(bytes(), optAt(), optLen());
     interfaceId_.value = fields.interfaceId;
     subOptType_ = fields.subOptType;
     subOptLen_ = fields.subOptLen;
@@ -50,7 +50,7 @@ void Dhcp6RemoteIdIntfName::handleInitialized() {
     if (!beginInitialization()) return;
     readBase();
     constexpr U8 before = Dhcp6Const::interfaceName_offset - Dhcp6Const::optdata_offset;
-    interfaceName_ = text(Dhcp6Const::interfaceName_offset, static_cast<U8>(opt()->len() - before));
+    interfaceName_ = text(Dhcp6Const::interfaceName_offset, static_cast<U8>(optLen() - before));
 }
 
 void Dhcp6RemoteIdIntfName::interfaceNameIs(const Kcore::String& name) {

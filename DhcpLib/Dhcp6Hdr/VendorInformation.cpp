@@ -18,7 +18,7 @@ CableLabsSubOption::Ptr CableLabsSubOption::CableLabsSubOptionIs(const PktPtr& p
 }
 
 void CableLabsSubOption::ip6AddrIs(const Kitnet::Ip6Addr& address, U16 fieldOffset) {
-    Wire::store(*pkt(), optionPosition(offset(), fieldOffset), address);
+    Wire::store(writablePkt(), optionPosition(offset(), fieldOffset), address);
 }
 
 CableLabsSubOptions::Ptr cableLabsSubOptionsFactory(const PktPtr& pkt, U16 offset) {
@@ -30,7 +30,7 @@ CableLabsSubOptions::Ptr CableLabsSubOptions::CableLabsSubOptionsIs(const PktPtr
 
 void CableLabsSubOptions::handleInitialized() {
     if (!beginInitialization()) return;
-    const Wire::ByteView bytes(*pkt_);
+    const Wire::ByteView bytes(pkt_.get());
     const auto inside = [&](U16 cursor) { return U32{offset_} + cursor < bytes.size(); };
     walkItems<Option6Shape, U16>(bytes, offset_, 0, inside, [&](const auto& head, U16) {
         optionIs(static_cast<CableLabsSubOptionType>(head.code),

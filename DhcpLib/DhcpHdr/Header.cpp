@@ -17,7 +17,7 @@ DhcpHdr* DhcpHdrWrapper::header() {
 }
 
 void DhcpHdrWrapper::handleHeader() {
-    if (U64{offset_} + sizeof(DhcpHdr) > pkt()->frontBytes())
+    if (!pkt() || U64{offset_} + sizeof(DhcpHdr) > pkt()->frontBytes())
         Kcore::assertionFailed("( offset_ + sizeof( DhcpHdr ) ) <= pkt_->frontBytes()",
                                "void DhcpLib::DhcpHdrWrapper::handleHeader()", "DhcpLib/DhcpHdr");
     hasHeader_ = true;

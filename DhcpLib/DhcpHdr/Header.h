@@ -6,13 +6,61 @@
 #include "DhcpLib/PacketView.h"
 #include "Kitnet/EthAddr.h"
 #include "Kitnet/IpAddr.h"
+#include "Kitnet/NetInteger.h"
 
 namespace DhcpLib {
 
-/// The first 34 bytes of the BOOTP header (RFC 2131, figure 1), in wire layout:
-///     0 op   1 htype   2 hlen   3 hops   4 xid (4)   8 secs (2)   10 flags (2)
-///    12 ciaddr (4)   16 yiaddr (4)   20 siaddr (4)   24 giaddr (4)   28 chaddr (first 6 of 16)
-/// The other 202 bytes up to the magic cookie are not covered.
+/// A raw `op` byte. True when it is not zero.
+class BootpOp {
+public:
+    constexpr BootpOp(U8 value = 0) : value_(value) {}
+    constexpr U8 value() const { return value_; }
+    constexpr explicit operator bool() const { return value_ != 0; }
+    friend constexpr auto operator<=>(const BootpOp&, const BootpOp&) = default;
+    void appendText(std::string& out) const { Kcore::appendText(out, value_); }
+    std::size_t hash() const { return Kcore::hashOf(value_); }
+    static constexpr auto declaration() {
+        return Kcore::declare("BootpOp", Kcore::attribute("value", &BootpOp::value_));
+    }
+
+private:
+    U8 value_;
+};
+
+/// The 16-bit `flags` field of the BOOTP header (RFC 2131, figure 2). True when it is not zero.
+class Flags {
+public:
+    constexpr Flags() = default;
+    constexpr explicit Flags(Kitnet::NetU16 value) : value_(value) {}
+
+    constexpr Kitnet::NetU16 value() const { return value_; }
+    constexpr void valueIs(Kitnet::NetU16 value) { value_ = value; }
+    /// Bit 15: the client cannot receive unicast replies yet.
+    constexpr bool broadcast() const { return value_.value() >> 15 != 0; }
+    constexpr void broadcastIs(bool b) {
+        value_.valueIs(static_cast<U16>((value_.value() & 0x7fff) | (b ? 0x8000 : 0)));
+    }
+    /// The low 15 bits, which must be zero.
+    constexpr U16 mbz() const { return value_.value() & 0x7fff; }
+    constexpr void mbzIs(U16 m) { value_.valueIs(static_cast<U16>((value_.value() & 0x8000) | (m & 0x7fff))); }
+    constexpr explicit operator bool() const { return value_.value() != 0; }
+    friend constexpr bool operator==(const Flags& a, const Flags& b) { return a.value_ == b.value_; }
+    friend constexpr auto operator<=>(const Flags& a, const Flags& b) { return a.value_ <=> b.value_; }
+    void appendText(std::string& out) const { Kcore::appendText(out, value_); }
+    std::size_t hash() const { return Kcore::hashOf(value_); }
+    static constexpr auto declaration() {
+        return Kcore::declare("Flags", Kcore::attribute("value", &Flags::value_),
+                              Kcore::derived("broadcast", &Flags::broadcast), Kcore::derived("mbz", &Flags::mbz));
+    }
+
+private:
+    Kitnet::NetU16 value_;
+};
+
+/// The first 34 bytes of the BOOTP header (RFC 2131, figure 1) in their wire layout:
+///    0 op   1 htype   2 hlen   3 hops   4 xid (4)   8 secs (2)   10 flags (2)
+///   12 ciaddr (4)   16 yiaddr (4)   20 siaddr (4)   24 giaddr (4)   28 chaddr (first 6 of 16)
+/// The other 202 bytes up to the magic cookie have no record.
 class DhcpHdr {
 public:
     constexpr DhcpHdr() = default;

@@ -25,7 +25,7 @@ DhcpMsgOptions::Ptr DhcpMsgOptions::DhcpMsgOptionsIs(const PktPtr& pkt, U16 offs
 
 void DhcpMsgOptions::handleInitialized() {
     if (!beginInitialization()) return;
-    walkMsgOptions(Wire::ByteView(*pkt_), offset_, 0, [&](const auto& head) {
+    walkMsgOptions(Wire::ByteView(pkt_.get()), offset_, 0, [&](const auto& head) {
         keepFirst(pkt_, head.code, head.at);
         return true;
     });
@@ -39,9 +39,9 @@ DhcpInformationSubOptions::Ptr DhcpInformationSubOptions::DhcpInformationSubOpti
 }
 
 void DhcpInformationSubOptions::handleInitialized() {
-    if (!beginInitialization()) return;
+    if (!beginInitialization() || !opt_) return;
     const PktPtr& pkt = opt_->pkt();
-    walkSubItems(Wire::ByteView(*pkt), opt_->offset(), DhcpConst::optdata_offset, opt_->len(),
+    walkSubItems(Wire::ByteView(pkt.get()), opt_->offset(), DhcpConst::optdata_offset, opt_->len(),
                  [&](const auto& head) { keepFirst(pkt, head.code, head.at); });
 }
 

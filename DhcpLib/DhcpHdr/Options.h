@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DhcpLib/DhcpHdr/Const.h"
 #include "DhcpLib/DhcpHdr/Enums.h"
 #include "DhcpLib/OptionMap.h"
 

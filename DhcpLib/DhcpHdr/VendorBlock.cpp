@@ -1,17 +1,6 @@
 #include "DhcpLib/DhcpHdr/VendorBlock.h"
 
-#include "DhcpLib/DhcpHdr/Header.h"
-
 namespace DhcpLib {
-
-namespace {
-
-const Kcore::ModuleTypes<DhcpConst, BootpOp, Flags, DhcpHdr, DhcpHdrWrapper, MagicCookie, DhcpMsgOption, DhcpMsgOptions,
-                         DhcpInformationSubOption, DhcpInformationSubOptions, QuorvaSpecificSubOptionSubOpt,
-                         DhcpVendorSpecificData, DhcpVendorSpecificSubOpt>
-    registration{"DhcpLib/DhcpHdr"};
-
-}  // namespace
 
 QuorvaSpecificSubOptionSubOpt::Ptr quorvaSpecificSubOptionSubOptFactory(const PktPtr& pkt, U16 offset) {
     return Kcore::makeNode<QuorvaSpecificSubOptionSubOpt>(pkt, offset);
@@ -31,20 +20,23 @@ DhcpVendorSpecificData::Ptr DhcpVendorSpecificData::DhcpVendorSpecificDataIs(con
 
 void DhcpVendorSpecificData::handleInitialized() {
     if (initialized()) return;
-    writeHeader();
+    requireHeaderRoom();
     beginInitialization();
     walkSubItems(Wire::ByteView(*pkt_), offset_, vendorBlockHeaderBytes, len_,
                  [&](const auto& head) { keepFirst(pkt_, head.code, head.at); });
+    writeHeader();
 }
 
-/// Writes nothing if the bytes are right already, so that reading a block does not modify the packet.
+void DhcpVendorSpecificData::requireHeaderRoom() const {
+    const Wire::ByteView bytes(pkt_.get());
+    if (!bytes.has(offset_, DhcpConst::entno_offset) || !bytes.has(lenAt(), sizeof len_)) Wire::raiseNoRoom();
+}
+
+/// Does not write bytes that are equal already, so that reading a block never dirties a shared packet.
 void DhcpVendorSpecificData::writeHeader() {
     const Wire::ByteView bytes(*pkt_);
-    const U16 lenAt = static_cast<U16>(offset_ + DhcpConst::entno_offset);
-    Wire::requireRoom(*pkt_, offset_, DhcpConst::entno_offset);
-    Wire::requireRoom(*pkt_, lenAt, 1);
     if (bytes.load<U32>(offset_) != entno_) Wire::store<U32>(*pkt_, offset_, entno_);
-    if (bytes.load<U8>(lenAt) != len_) Wire::store<U8>(*pkt_, lenAt, len_);
+    if (bytes.load<U8>(lenAt()) != len_) Wire::store<U8>(*pkt_, lenAt(), len_);
 }
 
 DhcpVendorSpecificSubOpt::Ptr dhcpVendorSpecificSubOptFactory(const DhcpInformationSubOption::Ptr& opt) {
@@ -58,7 +50,8 @@ DhcpVendorSpecificSubOpt::Ptr DhcpVendorSpecificSubOpt::DhcpVendorSpecificSubOpt
 void DhcpVendorSpecificSubOpt::handleInitialized() {
     if (initialized_) return;
     initialized_ = true;
-    const Wire::ByteView bytes(*opt_->pkt());
+    if (!opt_) return;
+    const Wire::ByteView bytes(opt_->pkt().get());
     U16 block = 0;
     VendorBlockHead head;
     if (!findQuorvaBlockOfSubOption(bytes, opt_->offset(), opt_->len(), &block)) return;

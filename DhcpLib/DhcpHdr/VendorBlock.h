@@ -54,9 +54,10 @@ bool findQuorvaBlock(Wire::ByteView bytes, Pos pos, U32 total, Pos* found) {
     VendorBlockHead head;
     for (U32 passed = 0; vendorBlockAt(bytes, pos, &head);) {
         if (head.entno == Constants::quorvaEntNum) return *found = pos, true;
+        const Pos next = static_cast<Pos>(pos + head.len + vendorBlockHeaderBytes);
         passed += head.len + vendorBlockHeaderBytes;
-        pos = static_cast<Pos>(pos + head.len + vendorBlockHeaderBytes);
-        if (passed >= total) return false;
+        if (passed >= total || next <= pos) return false;
+        pos = next;
     }
     return false;
 }
@@ -93,7 +94,9 @@ public:
     }
 
 private:
+    void requireHeaderRoom() const;
     void writeHeader();
+    U16 lenAt() const { return static_cast<U16>(offset_ + DhcpConst::entno_offset); }
 
     PktPtr pkt_;
     U16 offset_;

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "DhcpLib/DhcpHdr/Const.h"
 #include "DhcpLib/DhcpHdr/Enums.h"
 #include "DhcpLib/PacketView.h"
 

@@ -1,7 +1,5 @@
 #include "DhcpLib/OptionParser/OptionWalk.h"
 
-#include <array>
-
 #include "DhcpLib/OptionParser/internal/OptionIndex.h"
 #include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
 #include "DhcpLib/internal/Trace.h"
@@ -16,6 +14,17 @@ constexpr char parseSignature[] =
 constexpr char getOptionsSignature[] =
     "void DhcpLib::getDhcpOptions(const Ptr&, U32, DhcpLib::DhcpOptions*&, DhcpLib::DhcpSingleOption*&, "
     "DhcpLib::DhcpSingleOption*&, DhcpLib::DhcpSingleOption*&)";
+
+DhcpSingleOption* overlayAt(const PktPtr& pkt, U32 at) { return reinterpret_cast<DhcpSingleOption*>(pkt->data() + at); }
+
+/// The data of the last option `code` of a message at byte 0 as an address.
+Kitnet::IpAddr addressOption(const PktPtr& pkt, DhcpOptionType code) {
+    const OptionIndex index(Wire::ByteView(*pkt), 0);
+    traceAreaFailure(index.state());
+    return index.wellFormed() ? index.last(code).valueOr(Kitnet::IpAddr()) : Kitnet::IpAddr();
+}
+
+}  // namespace
 
 const std::array<Kcore::String, 14> DhcpMsgTypeTbl = {
     "",
@@ -34,25 +43,14 @@ const std::array<Kcore::String, 14> DhcpMsgTypeTbl = {
     "DHCPLEASEACTIVE",
 };
 
-DhcpSingleOption* overlayAt(const PktPtr& pkt, U32 at) { return reinterpret_cast<DhcpSingleOption*>(pkt->data() + at); }
-
-/// The last option `code` of the message at byte 0 as an address; 0.0.0.0 if there is none of length 4.
-Kitnet::IpAddr addressOption(const PktPtr& pkt, DhcpOptionType code) {
-    const OptionIndex index(Wire::ByteView(*pkt), 0);
-    traceAreaFailure(index.state());
-    return index.wellFormed() ? index.last(code).valueOr(Kitnet::IpAddr()) : Kitnet::IpAddr();
-}
-
-}  // namespace
-
 const Kcore::String bootpMessageName = "BOOTP";
 
-void traceAreaFailure(AreaState state) {
+void traceAreaFailure(AreaState state, Kcore::SourceSite caller) {
     if (state == AreaState::wellFormed) return;
     std::string_view why = noEndOptionText;
     if (state == AreaState::noSpace) why = "DHCP packet has no space for option fields";
     if (state == AreaState::noCookie) why = withoutBlank(noCookieText);
-    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {parseSignature}, "{}{}", parseSignature, why);
+    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {parseSignature, caller}, "{}{}", parseSignature, why);
 }
 
 DhcpSingleOption* getDhcpNextOpt(DhcpSingleOption* opt) {
@@ -74,12 +72,6 @@ bool parseDhcpOptions(const PktPtr& pkt, U32 offset, std::vector<DhcpSingleOptio
             break;
         }
     });
-    traceAreaFailure(state);
-    return state == AreaState::wellFormed;
-}
-
-bool dhcpOptionBasicCheck(const PktPtr& pkt, U32 offset) {
-    const AreaState state = walkOptionsArea(Wire::ByteView(*pkt), offset, [](const auto&) {});
     traceAreaFailure(state);
     return state == AreaState::wellFormed;
 }

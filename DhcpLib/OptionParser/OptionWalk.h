@@ -1,10 +1,10 @@
 #pragma once
 
-#include <string_view>
+#include <array>
 #include <vector>
 
 #include "DhcpLib/Constants.h"
-#include "DhcpLib/PacketView.h"
+#include "DhcpLib/OptionParser/BasicCheck.h"
 #include "Kitnet/IpAddr.h"
 
 namespace DhcpLib {
@@ -17,6 +17,11 @@ struct DhcpSingleOption {
 
     U8* data() { return reinterpret_cast<U8*>(this) + sizeof(DhcpSingleOption); }
     const U8* data() const { return reinterpret_cast<const U8*>(this) + sizeof(DhcpSingleOption); }
+
+    static constexpr auto declaration() {
+        return Kcore::declare("DhcpSingleOption", Kcore::attribute("code", &DhcpSingleOption::code),
+                              Kcore::attribute("len", &DhcpSingleOption::len));
+    }
 };
 static_assert(sizeof(DhcpSingleOption) == 2 && alignof(DhcpSingleOption) == 1);
 
@@ -24,12 +29,24 @@ static_assert(sizeof(DhcpSingleOption) == 2 && alignof(DhcpSingleOption) == 1);
 struct DhcpSingleOptionWithCode {
     U8 code;
     DhcpSingleOption** option;
+
+    static constexpr auto declaration() {
+        return Kcore::declare("DhcpSingleOptionWithCode", Kcore::attribute("code", &DhcpSingleOptionWithCode::code),
+                              Kcore::attribute("option", &DhcpSingleOptionWithCode::option));
+    }
 };
 
 /// The start of the options area: the magic cookie and the first option.
 struct DhcpOptions {
     U8 cookie[4];
     DhcpSingleOption firstOption;
+
+    static constexpr auto declaration() {
+        return Kcore::declare(
+            "DhcpOptions",
+            Kcore::attribute("cookie", [](const DhcpOptions& o) { return Kitnet::NetU32::fromBytes(o.cookie); }),
+            Kcore::attribute("firstOption", [](const DhcpOptions& o) { return &o.firstOption; }));
+    }
 };
 static_assert(sizeof(DhcpOptions) == 6 && alignof(DhcpOptions) == 1);
 
@@ -47,8 +64,6 @@ DHCPLIB_EXPORT void u32ToNetworkBytes(U32 value, char* out);
 /// true if it reached an end option. Returns false after a trace line if there is no space for options, no magic
 /// cookie, or no end option (RFC 2131, section 3).
 DHCPLIB_EXPORT bool parseDhcpOptions(const PktPtr& pkt, U32 offset, std::vector<DhcpSingleOptionWithCode>& wanted);
-/// Whether the message has a magic cookie and a walk over its options reaches an end option.
-DHCPLIB_EXPORT bool dhcpOptionBasicCheck(const PktPtr& pkt, U32 offset);
 /// Walks the sub-options from `first` on, `total` bytes in all, and fills the slot of every request whose code occurs.
 /// Always returns true. The count and the position drift apart after a pad
 /// (docs/compatibility.md#sub-option-count-drifts-after-a-pad). Requires: all bytes that the lengths announce are
@@ -60,6 +75,9 @@ DHCPLIB_EXPORT bool parseDhcpSubOptsInOption(DhcpSingleOption* first, std::size_
 DHCPLIB_EXPORT void getDhcpOptions(const PktPtr& pkt, U32 offset, DhcpOptions*& options,
                                    DhcpSingleOption*& relayAgentInfo, DhcpSingleOption*& endOption,
                                    DhcpSingleOption*& packetEnd);
+
+/// The names of the DHCP message types, by number (RFC 2132, section 9.6; RFC 3203; RFC 4388). Number 0 has none.
+DHCPLIB_EXPORT extern const std::array<Kcore::String, 14> DhcpMsgTypeTbl;
 
 /// The name of the DHCP message type (RFC 2132, section 9.6); its number goes to `msgType`. Returns "BOOTP" if there is
 /// no magic cookie and "INVALID DHCP" if the options area is malformed. If option 53 is absent or its value is not 1 to

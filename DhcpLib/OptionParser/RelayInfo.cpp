@@ -24,8 +24,8 @@ constexpr char parseInfoNewSignature[] =
     "bool DhcpLib::parseInfoOptNew(const Ptr&, Tyk::String&, Tyk::String&, Tyk::String&, bool&, IpAddr&, IpAddr&, "
     "Tyk::String&, IpGenAddr&, U32)";
 
-void traceFailure(const char* signature, std::string_view text) {
-    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {signature}, "{}{}", std::string_view(signature), text);
+void traceFailure(const char* signature, std::string_view text, Kcore::SourceSite caller = Kcore::SourceSite::here()) {
+    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {signature, caller}, "{}{}", std::string_view(signature), text);
 }
 
 void traceSubOptPresent(DhcpInformationSubOptionType subType) {
@@ -93,7 +93,7 @@ bool parseDhcpOptions(const PktPtr& pkt, U32 offset, DhcpMsgOptions::Ptr& option
 
 bool parseInfoSubOptions(DhcpMsgOptions::Ptr& options, DhcpMsgOption::Ptr& infoOption,
                          DhcpInformationSubOptions::Ptr& infoSubOptions) {
-    const DhcpMsgOption::Ptr info = options->option(DhcpOptionType::infoOpt);
+    const DhcpMsgOption::Ptr info = options ? options->option(DhcpOptionType::infoOpt) : nullptr;
     if (!info) return true;
     infoOption = info;
     if (isInfoOptionEmpty(info->len())) return false;

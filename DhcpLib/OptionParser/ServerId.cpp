@@ -9,8 +9,8 @@ namespace {
 
 constexpr char signature[] = "bool DhcpLib::setServerId(const Ptr&, Kitnet::IpAddr)";
 
-void trace(int level, std::string_view text) {
-    Tyk::DualTrace(traceHandle(), level, {signature}, "{}{}", std::string_view(signature), text);
+void trace(int level, std::string_view text, Kcore::SourceSite caller = Kcore::SourceSite::here()) {
+    Tyk::DualTrace(traceHandle(), level, {signature, caller}, "{}{}", std::string_view(signature), text);
 }
 
 }  // namespace

@@ -20,6 +20,12 @@ struct DhcpVendorSpecificEntOption {
 
     U8* data() { return reinterpret_cast<U8*>(this) + sizeof(DhcpVendorSpecificEntOption); }
     const U8* data() const { return reinterpret_cast<const U8*>(this) + sizeof(DhcpVendorSpecificEntOption); }
+
+    static constexpr auto declaration() {
+        return Kcore::declare("DhcpVendorSpecificEntOption",
+                              Kcore::attribute("entNum", &DhcpVendorSpecificEntOption::entNum),
+                              Kcore::attribute("len", &DhcpVendorSpecificEntOption::len));
+    }
 };
 static_assert(sizeof(DhcpVendorSpecificEntOption) == vendorBlockHeaderBytes &&
               alignof(DhcpVendorSpecificEntOption) == 1);

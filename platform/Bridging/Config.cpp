@@ -4,7 +4,7 @@ namespace Bridging {
 
 namespace {
 
-const Kcore::ModuleTypes<SwitchIntfConfig, Config> registration{"Bridging"};
+const Kcore::ModuleTypes<SwitchportMode, VlanId, VlanIdOrNone, SwitchIntfConfig, Config> registration{"Bridging"};
 
 }  // namespace
 

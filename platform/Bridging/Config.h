@@ -9,7 +9,7 @@
 
 namespace Bridging {
 
-/// How a switch port treats VLAN tags. In mode `dot1qTunnel` a customer's tag is part of the payload.
+/// How a switch port treats VLAN tags. `dot1qTunnel`: a customer's tag is ordinary payload.
 enum class SwitchportMode : Kcore::U8 { access = 0, trunk = 1, dot1qTunnel = 2 };
 
 }  // namespace Bridging
@@ -34,7 +34,7 @@ inline SwitchportMode SwitchportModeInstance(const Kcore::String& name) {
     return Kcore::enumInstance<SwitchportMode>(name);
 }
 
-/// VLAN settings of one interface. The default is an access port of VLAN 1 (IEEE 802.1Q).
+/// The bridging configuration of one interface. By default an access port of VLAN 1 (the default of IEEE 802.1Q).
 class DHCPPLATFORM_EXPORT SwitchIntfConfig final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<SwitchIntfConfig>;
@@ -70,15 +70,14 @@ public:
     }
 
     const SwitchIntfConfigs& switchIntfConfig() const { return switchIntfConfig_; }
-    /// The interface's entry, or null. Copy the pointer to keep the entry: the reference is valid until the collection
-    /// changes.
+    /// The interface's entry, or null. The reference is valid until the collection changes.
     const SwitchIntfConfig::Ptr& switchIntfConfig(const Kitnet::IntfId& intf) const {
         const SwitchIntfConfig::Ptr* const entry = switchIntfConfig_.find(intf);
         return entry != nullptr ? *entry : absent_;
     }
-    /// Returns the interface's entry. Creates one if there is none.
+    /// The interface's entry; creates it if there is none.
     SwitchIntfConfig::Ptr switchIntfConfigIs(const Kitnet::IntfId& intf);
-    /// Removes the interface's entry and returns it; null if there was none.
+    /// Removes the interface's entry and returns it; null if there is none.
     SwitchIntfConfig::Ptr switchIntfConfigDel(const Kitnet::IntfId& intf);
 
 private:

@@ -11,8 +11,8 @@ namespace Bridging {
 using Kcore::appendText;
 using Kcore::operator<<;
 
-/// A VLAN number, 0 by default. `Self` defines the upper bound (`maxValue`) and the exception text for larger numbers
-/// (`refusal`).
+/// A VLAN number with an upper bound. `Self` gives the bound (`maxValue`) and the message of the exception for larger
+/// numbers (`refusal`). 0 by default.
 template <class Self>
 class VlanNumber {
 public:
@@ -46,6 +46,7 @@ private:
 /// A VLAN identifier: 0 to 4095, the 12 bits of the tag.
 class VlanId : public VlanNumber<VlanId> {
 public:
+    static constexpr std::string_view typeName = "Bridging::VlanId";
     static constexpr unsigned maxValue = 4095;
     static constexpr std::string_view refusal = "Bridging::VlanId::value > 4095 not allowed";
     using VlanNumber::VlanNumber;
@@ -54,6 +55,7 @@ public:
 /// A VLAN identifier from 1 to 4094, or 0 for none. 4095 is reserved (IEEE 802.1Q).
 class VlanIdOrNone : public VlanNumber<VlanIdOrNone> {
 public:
+    static constexpr std::string_view typeName = "Bridging::VlanIdOrNone";
     static constexpr unsigned maxValue = 4094;
     static constexpr std::string_view refusal = "Bridging::VlanIdOrNone::value > 4094 not allowed";
     using VlanNumber::VlanNumber;

@@ -5,19 +5,18 @@
 
 namespace Interface {
 
-/// The trace handle of this part of the platform. Level 1: packet access that failed. Level 4: objects that are
-/// created, set and dropped.
+/// The trace handle of this module. Level 1: packet access that failed. Level 4: objects made, dropped and changed.
 inline const Tyk::TraceHandle& traceHandle() {
     static const Tyk::TraceHandle handle("Interface", false);
     return handle;
 }
 
-/// Member that traces the creation and the destruction of its object.
+/// Member that traces when its object is made, at the place of the constructor, and when it is dropped.
 class LifeTrace {
 public:
-    explicit LifeTrace(std::string_view className, std::string_view name = {})
+    explicit LifeTrace(std::string_view className, std::string_view name = {}, Tyk::TraceSite site = {})
         : object_(std::string(className).append(name.empty() ? "" : " ").append(name)) {
-        Tyk::fmtrace(traceHandle(), 4, {}, "{} made", object_);
+        Tyk::fmtrace(traceHandle(), 4, site, "{} made", object_);
     }
     ~LifeTrace() { Tyk::fmtrace(traceHandle(), 4, {}, "{} dropped", object_); }
     LifeTrace(const LifeTrace&) = delete;

@@ -9,7 +9,7 @@
 
 namespace Kcore {
 
-/// A failed assertion, as it is reported to the handler.
+/// The report of a broken internal invariant.
 struct Assertion {
     std::string_view expression;  ///< text of the asserted expression
     std::string_view function;    ///< signature text of the function that asserts
@@ -19,7 +19,7 @@ struct Assertion {
     DHCPPLATFORM_EXPORT std::string text() const;
 };
 
-/// Exception for a handler that throws: `assertionHandlerIs([](const Assertion& a) { throw AssertionError(a); })`.
+/// For handlers that throw: `assertionHandlerIs([](const Assertion& a) { throw AssertionError(a); })`.
 class DHCPPLATFORM_EXPORT AssertionError : public std::logic_error {
 public:
     explicit AssertionError(const Assertion& assertion);
@@ -32,11 +32,11 @@ private:
 
 using AssertionHandler = void (*)(const Assertion&);
 
-/// Installs the handler that is called when an assertion fails; null restores the default, which prints one line on
-/// stderr and aborts. The process also aborts if the handler returns. Returns the previous handler.
+/// Installs the function that is called when an assertion fails; null restores the default (one line on stderr, then
+/// abort). If the handler returns, the process aborts. Returns the previous handler.
 DHCPPLATFORM_EXPORT AssertionHandler assertionHandlerIs(AssertionHandler handler);
 
-/// Reports a failed assertion. Does not return; throws only what the handler throws.
+/// Reports a failed assertion. Returns only by an exception of the handler.
 [[noreturn]] DHCPPLATFORM_EXPORT void assertionFailed(const Assertion& assertion);
 /// As above, with the caller's line.
 [[noreturn]] DHCPPLATFORM_EXPORT void assertionFailed(std::string_view expression, std::string_view function,

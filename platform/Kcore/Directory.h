@@ -1,7 +1,5 @@
 #pragma once
 
-#include <iterator>
-
 #include "Kcore/FlatMap.h"
 #include "Kcore/Observers.h"
 
@@ -16,7 +14,7 @@ public:
     const Value* find(const Key& key) const { return entries_.find(key); }
     const Observers<const Key&>& observers() const { return observers_; }
 
-    /// Calls no observer if the value is unchanged. `key` is passed by value, since it may refer to an entry.
+    /// Calls no observer if the key has that value already. `key` is passed by value because it may refer to an entry.
     void entryIs(Key key, const Value& value) {
         if (const Value* const known = find(key); known != nullptr && *known == value) return;
         entries_.insertOrAssign(key, value);
@@ -24,9 +22,6 @@ public:
     }
     void entryDel(Key key) {
         if (entries_.erase(key)) observers_.notify(key);
-    }
-    void entryDelAll() {
-        while (!entries_.empty()) entryDel(std::prev(entries_.end())->first);
     }
 
 private:

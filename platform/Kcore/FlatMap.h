@@ -3,6 +3,7 @@
 #include <bit>
 #include <functional>
 #include <optional>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -10,8 +11,10 @@
 
 namespace Kcore {
 
-/// Entries in one array in the order of insertion. Beyond a few entries they are found through a hash index with open
-/// addressing. `KeyOf` returns an entry's key.
+/// Entries in one block, found through an open-addressed index of their places once there are more than a few. They
+/// stand in the order of insertion until one is removed: the last entry then takes the removed one's place.
+/// Insertion and removal take constant time, amortized. An operation that raises leaves the table as it was; only
+/// those that add entries allocate. `KeyOf` gives an entry's key.
 template <class Key, class Entry, class KeyOf>
 class FlatTable {
 public:
@@ -22,7 +25,6 @@ public:
     bool empty() const { return entries_.empty(); }
     const_iterator begin() const { return entries_.begin(); }
     const_iterator end() const { return entries_.end(); }
-    void reserve(std::size_t n) { entries_.reserve(n); }
     void clear() {
         entries_.clear();
         index_.clear();
@@ -44,40 +46,56 @@ protected:
     }
     /// Requires: the key is not in the table.
     void append(Entry entry) {
+        static_assert(std::is_nothrow_move_constructible_v<Entry> && std::is_nothrow_move_assignable_v<Entry>);
+        const std::size_t count = entries_.size() + 1;
+        if (count > searchedInOrder && 2 * count > index_.size()) growIndex(count);
         if (entries_.capacity() == 0) entries_.reserve(searchedInOrder);
         entries_.push_back(std::move(entry));
-        if (entries_.size() <= searchedInOrder) return;
-        if (2 * entries_.size() > index_.size())
-            rebuildIndex();
-        else
-            index_[slotOf(KeyOf{}(entries_.back()))] = static_cast<U32>(entries_.size());
+        if (!index_.empty()) index_[slotOf(KeyOf{}(entries_.back()))] = static_cast<U32>(count);
     }
-    Entry removeAt(std::size_t place) {
+    Entry removeAt(std::size_t place) noexcept {
+        const std::size_t last = entries_.size() - 1;
+        if (!index_.empty()) {
+            freeSlot(slotOf(KeyOf{}(entries_[place])));
+            if (place != last) index_[slotOf(KeyOf{}(entries_[last]))] = static_cast<U32>(place + 1);
+        }
         Entry removed = std::move(entries_[place]);
-        entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(place));
-        rebuildIndex();
+        if (place != last) entries_[place] = std::move(entries_[last]);
+        entries_.pop_back();
         return removed;
     }
 
     std::vector<Entry> entries_;
 
 private:
-    /// The index slot of the key, or the free slot where it would be inserted.
+    std::size_t slotMask() const { return index_.size() - 1; }
+    /// The slot where a search for the key begins.
+    std::size_t homeOf(const Key& key) const { return hashOf(key) & slotMask(); }
+    /// The slot that names the key's entry, or the free one where it would go.
     std::size_t slotOf(const Key& key) const {
-        const std::size_t mask = index_.size() - 1;
-        std::size_t slot = hashOf(key) & mask;
-        while (index_[slot] != 0 && !(KeyOf{}(entries_[index_[slot] - 1]) == key)) slot = (slot + 1) & mask;
+        std::size_t slot = homeOf(key);
+        while (index_[slot] != 0 && !(KeyOf{}(entries_[index_[slot] - 1]) == key)) slot = (slot + 1) & slotMask();
         return slot;
     }
-    void rebuildIndex() {
-        if (entries_.size() <= searchedInOrder) return index_.clear();
-        index_.assign(std::bit_ceil(4 * entries_.size()), 0);
+    /// Frees a slot, and moves up those behind it that a search would no longer reach.
+    void freeSlot(std::size_t free) {
+        for (std::size_t slot = (free + 1) & slotMask(); index_[slot] != 0; slot = (slot + 1) & slotMask()) {
+            const std::size_t home = homeOf(KeyOf{}(entries_[index_[slot] - 1]));
+            if (((slot - home) & slotMask()) < ((slot - free) & slotMask())) continue;
+            index_[free] = index_[slot];
+            free = slot;
+        }
+        index_[free] = 0;
+    }
+    void growIndex(std::size_t count) {
+        std::vector<U32> grown(std::bit_ceil(4 * count));
+        index_.swap(grown);
         for (std::size_t i = 0; i < entries_.size(); ++i)
             index_[slotOf(KeyOf{}(entries_[i]))] = static_cast<U32>(i + 1);
     }
 
-    // Empty up to `searchedInOrder` entries. Then a power of two of slots, each the number of an entry counted from 1,
-    // or 0 if free.
+    // Empty until there are more than `searchedInOrder` entries; then a power of two of places counted from 1, 0 where
+    // one is free.
     std::vector<U32> index_;
 };
 
@@ -86,7 +104,7 @@ struct FirstOfPair {
     const Key& operator()(const std::pair<Key, Value>& entry) const { return entry.first; }
 };
 
-/// A map with lookup in constant time that keeps the order of insertion.
+/// A map in which keys are found, added and removed in constant time.
 template <class Key, class Value>
 class FlatMap : public FlatTable<Key, std::pair<Key, Value>, FirstOfPair<Key, Value>> {
     using Table = FlatTable<Key, std::pair<Key, Value>, FirstOfPair<Key, Value>>;
@@ -97,10 +115,15 @@ public:
         const std::size_t place = this->placeOf(key);
         return place == Table::none ? nullptr : &this->entries_[place].second;
     }
-    /// Returns false and changes nothing if the map has the key already.
+    /// False, and nothing changed, if the key is present.
     bool insert(const Key& key, Value value) {
+        return insertMade(key, [&] { return std::move(value); });
+    }
+    /// As insert, with the value that `make()` returns. Calls it only if the key is not present.
+    template <class Make>
+    bool insertMade(const Key& key, Make make) {
         if (this->contains(key)) return false;
-        this->append({key, std::move(value)});
+        this->append({key, make()});
         return true;
     }
     void insertOrAssign(const Key& key, Value value) {
@@ -110,8 +133,8 @@ public:
         else
             this->append({key, std::move(value)});
     }
-    /// Removes the key and returns its value. Linear in the size, since later entries move up.
-    std::optional<Value> erase(const Key& key) {
+    /// Removes the key and returns its value. The last entry takes its place.
+    std::optional<Value> erase(const Key& key) noexcept {
         const std::size_t place = this->placeOf(key);
         if (place == Table::none) return std::nullopt;
         return std::move(this->removeAt(place).second);
@@ -130,20 +153,20 @@ class FlatSet : public FlatTable<Key, Key, std::identity> {
     using Table = FlatTable<Key, Key, std::identity>;
 
 public:
-    /// Returns false if the set has the key already.
+    /// False if the key is present.
     bool insert(const Key& key) {
         if (this->contains(key)) return false;
         this->append(key);
         return true;
     }
-    /// Returns false if the set does not have the key.
-    bool erase(const Key& key) {
+    /// False if there was no such key. The last entry takes the removed one's place.
+    bool erase(const Key& key) noexcept {
         const std::size_t place = this->placeOf(key);
         if (place == Table::none) return false;
         this->removeAt(place);
         return true;
     }
-    /// Equal sets have equal hashes, whatever the order of insertion.
+    /// Does not depend on the order of insertion.
     std::size_t hash() const {
         U64 sum = this->size();
         for (const Key& key : *this) sum += hashOf(key);

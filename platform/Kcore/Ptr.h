@@ -9,7 +9,9 @@
 
 namespace Kcore {
 
-/// Intrusive pointer to a `Node`. Copying it increments the use count, destroying it decrements it.
+/// Intrusive pointer to a `Node`: copying it raises the use count, destroying it lowers it.
+/// There is no conversion from a raw pointer, since a `Ptr` that raised the count of a new object would leak it:
+/// `makeNode` makes an object, `adopt` takes over a count that is held, `share` raises it.
 template <class T>
 class Ptr {
 public:
@@ -17,8 +19,6 @@ public:
 
     Ptr() = default;
     Ptr(std::nullptr_t) {}
-    /// Takes part in the ownership of `object` (which may be null): throws its count.
-    explicit Ptr(T* object) : object_(object) { hold(); }
     Ptr(const Ptr& other) : object_(other.object_) { hold(); }
     Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
     template <class U>
@@ -38,13 +38,19 @@ public:
     T& operator*() const { return *object_; }
     explicit operator bool() const { return object_ != nullptr; }
 
-    /// Takes over a count that is already held, such as the 1 of a new object.
+    /// Takes over a count that is already held, such as the 1 of a new object. `object` may be null.
     static Ptr adopt(T* object) {
         Ptr p;
         p.object_ = object;
         return p;
     }
-    /// Returns the pointer and gives up its count without decrementing it.
+    /// One more owner of an object that others own: raises its count. `object` may be null.
+    static Ptr share(T* object) {
+        Ptr p = adopt(object);
+        p.hold();
+        return p;
+    }
+    /// Returns the object without lowering its count, which the caller owns from now on.
     T* release() { return std::exchange(object_, nullptr); }
 
 private:
@@ -67,7 +73,7 @@ bool operator==(const Ptr<T>& a, std::nullptr_t) {
     return a.get() == nullptr;
 }
 
-/// Creates a `T` and returns the first pointer to it.
+/// Creates a `T`; the returned pointer is its only owner.
 template <class T, class... Args>
 Ptr<T> makeNode(Args&&... args) {
     return Ptr<T>::adopt(new T(std::forward<Args>(args)...));

@@ -2,7 +2,7 @@
 
 namespace Kcore {
 
-/// Source location of a call. As a defaulted last argument it is the caller's.
+/// A place in the source. As a default argument, `SourceSite::here()` is the place of the call.
 struct SourceSite {
     const char* file;
     unsigned line;

@@ -15,8 +15,8 @@
 
 namespace Kcore {
 
-/// An immutable byte string. It may contain any bytes, including zero, and is not terminated. Up to `inlineCapacity`
-/// bytes are stored in the object. Longer strings share a block, so copying is cheap.
+/// An immutable string of any bytes, zero included; not terminated. Up to `inlineCapacity` bytes are stored in the
+/// object, longer strings in a block that copies share.
 class DHCPPLATFORM_EXPORT String {
 public:
     static constexpr std::size_t inlineCapacity = 30;
@@ -27,6 +27,11 @@ public:
     String(const char* text) : String(std::string_view(text)) {}
     String(const std::string& bytes) : String(std::string_view(bytes)) {}
     String(const char* bytes, std::size_t size) : String(std::string_view(bytes, size)) {}
+    /// From another byte string type, such as a bounded one.
+    template <class Bytes>
+    requires(!std::derived_from<Bytes, String> && std::convertible_to<const Bytes&, std::string_view>)
+        String(const Bytes& bytes)
+        : String(std::string_view(bytes)) {}
     String(const String& other) { copyFrom(other); }
     String(String&& other) noexcept { takeFrom(other); }
     ~String() {
@@ -58,7 +63,7 @@ public:
     std::size_t find(char what, std::size_t from = 0) const { return view().find(what, from); }
     /// At most `count` bytes from `pos`. Throws RangeException if `pos` is beyond size().
     String substr(std::size_t pos, std::size_t count = npos) const;
-    /// As substr, but returns an empty string if `pos` is beyond size().
+    /// As substr, but empty if `pos` is beyond size().
     String substrOrEmpty(std::size_t pos, std::size_t count = npos) const;
 
     std::size_t hash() const { return hashBytes(data(), size()); }
@@ -101,7 +106,7 @@ private:
         copyStorage(other);
         size_ = std::exchange(other.size_, U8{0});
     }
-// Copying a short string copies its unused bytes, too, which compilers warn of.
+// The copy includes bytes that a short string does not use; GCC warns about that.
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"

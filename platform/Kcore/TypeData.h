@@ -15,7 +15,7 @@
 
 namespace Kcore {
 
-/// One attribute of a class: its name, and the data member or accessor for its value.
+/// One attribute of a class: its name, and the data member or accessor that gives its value.
 template <class Access>
 struct Attribute {
     std::string_view name;
@@ -26,7 +26,7 @@ constexpr Attribute<Access> attribute(std::string_view name, Access access) {
     return {name, access};
 }
 
-/// Marks the accessor of a derived attribute.
+/// Marks an attribute that is computed from others.
 template <class Access>
 struct DerivedAccess {
     Access access;
@@ -37,25 +37,26 @@ inline constexpr bool isDerived = false;
 template <class Access>
 inline constexpr bool isDerived<DerivedAccess<Access>> = true;
 
-/// An attribute whose value is computed from others. It is in the attribute table but not in the text form.
+/// An attribute that is computed from others. It is in the attribute table but not in the text form.
 template <class Access>
 constexpr auto derived(std::string_view name, Access access) {
     return attribute(name, DerivedAccess<Access>{access});
 }
-/// A constant attribute, the same for every object. Treated like a derived one.
+/// A constant, the same for every object. It is treated as a derived attribute.
 template <class T>
 constexpr auto constant(std::string_view name, T value) {
     return derived(name, [value](const auto&) { return value; });
 }
 
-/// An attribute whose text the program itself makes, as a std::string_view. Byte strings from packets are `String`.
+/// A string attribute whose text comes from the program, not from a packet. Its value is a std::string_view; the value
+/// of a byte string attribute is a `String`.
 template <class T>
 constexpr auto text(std::string_view name, const String& (T::*access)() const) {
     return attribute(name, [access](const T& object) { return (object.*access)().view(); });
 }
 
-/// The name and the attributes of a class, in order. A class returns it from `static constexpr auto declaration()`. The
-/// attribute table, equality, hashing, text encoding and decoding are derived from it.
+/// The name of a class and its attributes in order. A class states them once, in `static constexpr auto declaration()`.
+/// The attribute table, equality, hashing, text encoding and decoding are derived from it.
 template <class... Accesses>
 struct Declaration {
     std::string_view name;
@@ -100,17 +101,35 @@ struct AttributeData {
     void (*appendText)(std::string& out, const void* object);
 };
 
-/// The attribute table of a class at run time.
+/// One member of an enumeration.
+struct MemberData {
+    std::string_view name;
+    U64 value;
+};
+
+/// A type as it is seen at run time: a class with its attribute table, or an enumeration with its members.
 class TypeData {
 public:
     TypeData(std::string_view name, std::vector<AttributeData> attributes)
         : name_(name), attributes_(std::move(attributes)) {}
+    TypeData(std::string_view name, std::vector<MemberData> members) : name_(name), members_(std::move(members)) {}
+    /// Without namespaces.
     std::string_view name() const { return name_; }
+    /// In the order of declaration; empty for an enumeration.
     std::span<const AttributeData> attributes() const { return attributes_; }
+    /// In the order of declaration; empty for a class.
+    std::span<const MemberData> members() const { return members_; }
 
 private:
     std::string_view name_;
     std::vector<AttributeData> attributes_;
+    std::vector<MemberData> members_;
+};
+
+/// A value type without a declaration: it has a name and one text form, which is its only attribute, "value".
+template <class T>
+concept TextValue = SelfPrinting<T> && requires {
+    { T::typeName } -> std::convertible_to<std::string_view>;
 };
 
 namespace Detail {
@@ -127,17 +146,45 @@ std::vector<AttributeData> attributeRows(std::index_sequence<I...>) {
     return {AttributeData{std::get<I>(T::declaration().attributes).name, &appendAttribute<T, I>}...};
 }
 
-}  // namespace Detail
-
-/// Not constrained by `Declared`, because a class may call it above its declaration().
-template <class T>
-const TypeData& typeDataOf() {
-    constexpr std::size_t count = std::tuple_size_v<decltype(T::declaration().attributes)>;
-    static const TypeData data{T::declaration().name, Detail::attributeRows<T>(std::make_index_sequence<count>{})};
-    return data;
+template <class E>
+TypeData enumTypeData() {
+    std::vector<MemberData> members;
+    for (const auto& member : EnumTable<E>::members) members.push_back({member.name, static_cast<U64>(member.value)});
+    return {EnumTable<E>::name, std::move(members)};
 }
 
-/// All registered types by source module, in the order of registration.
+template <TextValue T>
+TypeData textValueTypeData() {
+    const std::string_view name = T::typeName;
+    const auto append = [](std::string& out, const void* value) { static_cast<const T*>(value)->appendText(out); };
+    return {name.substr(name.rfind(':') + 1), std::vector<AttributeData>{{"value", append}}};
+}
+
+template <class T>
+TypeData classTypeData() {
+    constexpr std::size_t count = std::tuple_size_v<decltype(T::declaration().attributes)>;
+    return {T::declaration().name, attributeRows<T>(std::make_index_sequence<count>{})};
+}
+
+}  // namespace Detail
+
+/// The one TypeData of `T`, made from its `declaration()`, its EnumTable, or, for a TextValue, its `typeName`.
+/// Not constrained by `Declared`: a class may call it from a member function above its declaration().
+template <class T>
+const TypeData& typeDataOf() {
+    if constexpr (std::is_enum_v<T>) {
+        static const TypeData data = Detail::enumTypeData<T>();
+        return data;
+    } else if constexpr (TextValue<T>) {
+        static const TypeData data = Detail::textValueTypeData<T>();
+        return data;
+    } else {
+        static const TypeData data = Detail::classTypeData<T>();
+        return data;
+    }
+}
+
+/// The classes and enumerations of each source module, in the order in which they were registered.
 class DHCPPLATFORM_EXPORT TypeRegistry {
 public:
     struct Module {
@@ -147,14 +194,14 @@ public:
     static TypeRegistry& instance();
     void moduleIs(std::string_view name, std::vector<const TypeData*> types);
     const std::vector<Module>& modules() const { return modules_; }
-    /// Null if no type of this name is registered.
+    /// Null if no type of that name is registered.
     const TypeData* type(std::string_view name) const;
 
 private:
     std::vector<Module> modules_;
 };
 
-/// Registers the classes of a source module when the module is loaded.
+/// Registers the classes and enumerations of a source module when the module is loaded.
 template <class... Types>
 struct ModuleTypes {
     explicit ModuleTypes(std::string_view module) {

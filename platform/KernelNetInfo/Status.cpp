@@ -11,7 +11,7 @@ namespace KernelNetInfo {
 
 namespace {
 
-const Kcore::ModuleTypes<Status> registration{"KernelNetInfo"};
+const Kcore::ModuleTypes<IntfStatus, Status> registration{"KernelNetInfo"};
 
 constexpr std::size_t largestRead = 32768;  // the kernel sends no longer message to a reader with a buffer of this size
 

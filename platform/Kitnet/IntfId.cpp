@@ -22,7 +22,7 @@ bool IntfId::isValidName(std::string_view name) {
 }
 
 void IntfId::handleInitialized(std::string_view name) {
-    if (!isValidName(name)) refuseText("Kitnet::IntfId", name);
+    if (!isValidName(name)) refuseText(typeName, name);
     assign(name);
 }
 

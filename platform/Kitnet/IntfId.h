@@ -7,16 +7,17 @@
 
 namespace Kitnet {
 
-/// The name of an interface, stored in the object. There is no global table of names, since names also come from
-/// packets. 1 to 63 characters: a letter, then letters, digits, '-', '_', '.' and '/'. Empty by default.
+/// The name of an interface, stored in the object: names also come from the network, so no table keeps them. 1 to 63
+/// characters, first a letter, then letters, digits, '-', '_', '.' and '/'. Empty by default.
 class DHCPPLATFORM_EXPORT IntfId {
 public:
+    static constexpr std::string_view typeName = "Kitnet::IntfId";
     static constexpr std::size_t maxNameBytes = 63;
 
     IntfId() = default;
-    /// Throws RangeException if `name` is not valid.
+    /// Raises RangeException if `name` is not valid.
     explicit IntfId(std::string_view name) { handleInitialized(name); }
-    /// As the constructor. Changes nothing if `name` is not valid.
+    /// Raises as the constructor does; then changes nothing.
     void handleInitialized(std::string_view name);
     static bool isValidName(std::string_view name);
 
@@ -25,10 +26,10 @@ public:
     /// "Et1" for "Ethernet1", and likewise for the other numbered kinds; any other name is its own short name.
     Kcore::String shortName() const;
 
-    /// The bytes behind the name are zero, so whole words can be hashed.
+    /// Hashes whole words: the bytes behind the name are zero.
     std::size_t hash() const { return Kcore::hashBytes(name_, wordCount() * sizeof(U64)); }
     void appendText(std::string& out) const { out.append(name()); }
-    /// As handleInitialized, but returns false for an invalid name. An empty text gives the empty identifier.
+    /// As handleInitialized, but returns false instead of raising. The empty text is the empty identifier.
     static bool parse(std::string_view text, IntfId* value);
 
     friend bool operator==(const IntfId& a, const IntfId& b) {

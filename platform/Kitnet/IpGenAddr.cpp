@@ -4,7 +4,7 @@ namespace Kitnet {
 
 IpGenAddr IpGenAddr::fromText(std::string_view text) {
     IpGenAddr value;
-    if (!parse(text, &value)) refuseText("Kitnet::IpGenAddr", text);
+    if (!parse(text, &value)) refuseText(typeName, text);
     return value;
 }
 

@@ -32,12 +32,14 @@ inline AddressFamily AddressFamilyInstance(const Kcore::String& name) {
 /// An address of either family, or unset (the default).
 class DHCPPLATFORM_EXPORT IpGenAddr {
 public:
+    static constexpr std::string_view typeName = "Kitnet::IpGenAddr";
+
     constexpr IpGenAddr() = default;
     /// The all-zero address of that family.
     constexpr explicit IpGenAddr(AddressFamily family) : family_(family) {}
     constexpr IpGenAddr(const IpAddr& address) { handleV4Addr(address); }
     constexpr IpGenAddr(const Ip6Addr& address) { handleV6Addr(address); }
-    /// Throws RangeException if `text` is an address of neither family.
+    /// Raises RangeException if `text` is not an address of either family.
     static IpGenAddr fromText(std::string_view text);
 
     constexpr void handleV4Addr(const IpAddr& address) {
@@ -54,14 +56,14 @@ public:
     constexpr AddressFamily family() const { return family_; }
     constexpr bool isV4() const { return family_ == AddressFamily::ipv4; }
     constexpr bool isV6() const { return family_ == AddressFamily::ipv6; }
-    /// The address, or the all-zero one if it has the other family or is unset.
+    /// The address; all zero if the family is the other one or unset.
     constexpr const IpAddr& v4Addr() const { return v4_; }
     constexpr const Ip6Addr& v6Addr() const { return v6_; }
-    /// Whether an address is set that is not all zero.
+    /// Whether this is an address of either family that is not all zero.
     constexpr bool isUsable() const { return !v4_.isAny() || !v6_.isUnspecified(); }
 
     std::size_t hash() const { return Kcore::hashBytes(this, sizeof *this); }
-    /// The text form of the address; empty if it is unset.
+    /// The text of the address; empty if it is unset.
     void appendText(std::string& out) const;
     static bool parse(std::string_view text, IpGenAddr* value);
 

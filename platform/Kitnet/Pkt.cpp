@@ -6,12 +6,17 @@
 #include <string_view>
 
 #include "Kcore/Exception.h"
+#include "Kitnet/EthAddr.h"
+#include "Kitnet/IntfId.h"
+#include "Kitnet/IpGenAddr.h"
 
 namespace Kitnet {
 
 namespace {
 
-const Kcore::ModuleTypes<Pkt> registration{"Kitnet"};
+const Kcore::ModuleTypes<AddressFamily, NetU16, NetU32, UdpPort, IpProtocolNumber, IpAddr, Ip6Addr, IpGenAddr, EthAddr,
+                         IntfId, Pkt>
+    registration{"Kitnet"};
 
 U32 checkedBytes(Kcore::U64 n) {
     if (n > std::numeric_limits<U32>::max()) Kcore::throwException("Kitnet::Pkt::bytes > 4294967295 not allowed");

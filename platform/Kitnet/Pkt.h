@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <span>
 
@@ -88,7 +87,7 @@ private:
     [[no_unique_address]] KitSlab::Tracked<Pkt> tracked_;
 };
 
-/// Creates packets. A packet keeps the storage mode that its manager had.
+/// Makes packets of one storage mode.
 class DHCPPLATFORM_EXPORT Pkt::Manager {
 public:
     explicit Manager(Storage storage) : storage_(storage) {}
@@ -97,11 +96,10 @@ public:
     /// A packet with a copy of `bytes`. Throws RangeException for more than 4294967295 bytes.
     Kcore::Ptr<Pkt> newPkt(std::span<const U8> bytes);
 
-    Storage storage() const { return storage_.load(std::memory_order_relaxed); }
-    void storageIs(Storage storage) { storage_.store(storage, std::memory_order_relaxed); }
+    Storage storage() const { return storage_; }
 
 private:
-    std::atomic<Storage> storage_;
+    const Storage storage_;
 };
 
 /// The manager of the process. Storage is roomy unless the environment has DHCPLIB_PKT_STORAGE=tight at the first call.

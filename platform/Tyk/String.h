@@ -13,8 +13,9 @@ namespace Tyk {
 
 using String = Kcore::String;
 
-/// A byte string of at most `N` bytes, used like a `String`. Constructing it from or assigning more bytes throws
-/// Kcore::RangeException "Tyk::String::bytes > maxLength() not allowed"; the assignment then changes nothing.
+/// A byte string of at most `N` bytes, read like a `String` and converted to one where a `String` is wanted. Made from
+/// or assigned more bytes it raises Kcore::RangeException "Tyk::String::bytes > maxLength() not allowed"; an assignment
+/// then changes nothing.
 template <std::size_t N>
 class BoundedString {
 public:
@@ -67,5 +68,20 @@ private:
 
     String bytes_;
 };
+
+namespace Detail {
+
+template <class T>
+inline constexpr bool isBoundedString = false;
+template <std::size_t N>
+inline constexpr bool isBoundedString<BoundedString<N>> = true;
+
+}  // namespace Detail
+
+/// The bytes of both; the result is not bounded.
+template <std::convertible_to<std::string_view> A, std::convertible_to<std::string_view> B>
+requires(Detail::isBoundedString<A> || Detail::isBoundedString<B>) String operator+(const A& a, const B& b) {
+    return String(std::string_view(a)) + String(std::string_view(b));
+}
 
 }  // namespace Tyk

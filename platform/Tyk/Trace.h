@@ -16,15 +16,19 @@
 
 namespace Tyk {
 
-/// The text of a trace line, with one `{}` per argument. The number of `{}` is checked at compile time.
+/// The text of a trace line, with one `{}` for each argument; their number is checked when it is compiled. It knows
+/// where it is written, so a function that passes texts on can name its caller's place: `{"int f(char)",
+/// text.caller()}`.
 template <class... Args>
 class TraceText {
 public:
     template <std::convertible_to<std::string_view> Text>
-    consteval TraceText(const Text& text) : text_(text) {
+    consteval TraceText(const Text& text, Kcore::SourceSite caller = Kcore::SourceSite::here())
+        : text_(text), caller_(caller) {
         if (placeholders() != sizeof...(Args)) placeholdersAndArgumentsDiffer();
     }
     constexpr std::string_view view() const { return text_; }
+    constexpr const Kcore::SourceSite& caller() const { return caller_; }
 
 private:
     constexpr std::size_t placeholders() const {
@@ -35,6 +39,7 @@ private:
     static void placeholdersAndArgumentsDiffer() {}  // not constexpr: its name appears in the compiler's error message
 
     std::string_view text_;
+    Kcore::SourceSite caller_;
 };
 
 namespace Detail {
@@ -57,8 +62,8 @@ void appendTraceArg(std::string& out, const void* value) {
 [[gnu::cold]] DHCPPLATFORM_EXPORT void emitTrace(const TraceHandle& handle, int level, const TraceSite& site,
                                                  std::string_view text);
 
-/// How an argument is passed to the formatter. Small ones and the site are passed by value: taking the address of a
-/// variable, even on a path that is never taken, would keep it out of registers.
+/// How an argument is passed to the formatter. Small arguments and the site are passed by value: taking the address of
+/// the caller's variable would keep it out of a register, even if the line is never wanted.
 template <class T>
 using TraceParam =
     std::conditional_t<std::convertible_to<const T&, std::string_view>, std::string_view,
@@ -97,8 +102,8 @@ void fmtrace(const TraceHandle& handle, int level, TraceSite site, TraceText<std
                                                                                 args...);
 }
 
-/// As `fmtrace`, but writes to the text trace and to `RingTrace`, each by its own level. Formats once. Registers a
-/// formatter with the ring for each enumeration among the arguments.
+/// As `fmtrace`, to the text trace and to `RingTrace`, each by its own level. The text is formatted once. Enumerations
+/// among the arguments register their formatter with the ring.
 template <class... Args>
 void DualTrace(const TraceHandle& handle, int level, TraceSite site, TraceText<std::type_identity_t<Args>...> text,
                const Args&... args) {
@@ -124,8 +129,8 @@ using TraceSink = std::function<void(const TraceLine&)>;
 /// called on the tracing thread, by several threads at once if they trace; if it throws, the line goes to stderr.
 DHCPPLATFORM_EXPORT TraceSink traceSinkIs(TraceSink sink);
 
-/// Assembles a line piece by piece and traces it when destroyed. If the line is not wanted, pieces are not formatted.
-/// Example: `TraceHelper(handle, 2).stream() << "left: " << left;`
+/// Builds a line piece by piece and traces it when destroyed: `TraceHelper(handle, 2).stream() << "left: " << left;`.
+/// If the line is not wanted when the object is made, nothing is formatted.
 class DHCPPLATFORM_EXPORT TraceHelper {
 public:
     TraceHelper(const TraceHandle& handle, int level, TraceSite site = {})

@@ -9,8 +9,8 @@
 
 namespace Tyk {
 
-/// The destination of a module's trace lines. Handles with the same name share one level, so an agent can set the level
-/// of a library whose handle it cannot reach: `TraceHandle("DhcpLib", false).levelIs(4)`.
+/// Names the module that traces and holds its level. Handles of the same name share one level, so an agent can set the
+/// level of a library whose handle is private: `TraceHandle("DhcpLib", false).levelIs(4)`.
 class DHCPPLATFORM_EXPORT TraceHandle {
 public:
     /// `timeStamped`: whether lines on stderr start with the time of day. The first handle of a name takes its level
@@ -38,13 +38,12 @@ private:
     bool timeStamped_;
 };
 
-/// Source location of a trace line. `{}` is the caller's location, `{"int f(char)"}` the same with another function
-/// text.
+/// The place that a trace line names: `{}` is the caller's, `{"int f(char)"}` the same with another function text.
 struct TraceSite {
     /// `functionText` must be a literal. Null means the caller's function name.
     constexpr TraceSite(const char* functionText = nullptr, Kcore::SourceSite caller = Kcore::SourceSite::here())
         : file(caller.file), line(caller.line), function(functionText != nullptr ? functionText : caller.function) {}
-    /// Copies member by member, so that compilers defer the copy to the path on which the line is wanted.
+    /// Member by member: compilers then make the copy only if the line is wanted.
     constexpr TraceSite(const TraceSite& other) : file(other.file), line(other.line), function(other.function) {}
     TraceSite& operator=(const TraceSite&) = default;
 

@@ -1,5 +1,6 @@
 #include "AreaRows.h"
 #include "DhcpLib/Dhcp6Hdr.h"
+#include "DhcpLib/OptionParser.h"
 #include "Recorders.h"
 
 using namespace DhcpLib;

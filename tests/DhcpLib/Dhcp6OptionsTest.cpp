@@ -4,6 +4,7 @@
 
 #include "AreaRows.h"
 #include "DhcpLib/Dhcp6Hdr.h"
+#include "DhcpLib/OptionParser.h"
 #include "Recorders.h"
 
 using namespace DhcpLib;
@@ -42,20 +43,25 @@ TEST(Dhcp6Options, PositionsWrapAt65536) {
         std::ranges::copy(hex(item), bytes.begin() + 65530);
         return optionsIn(packet(bytes), 65530);
     };
-    EXPECT_EQ(options("00 07 00 02 61 62"), "3@0+2 4@6+0 7@65530+2 ");
-    // A code in the packet's last 16-bit position has its length at the start of the packet.
-    EXPECT_EQ(options("00 07 00 00 00 08"), "7@65530+0 8@65534+3 25088@5+1024 ");
+    // The next position would be 0: the walk does not go back.
+    EXPECT_EQ(options("00 07 00 02 61 62"), "7@65530+2 ");
+    // The length of an option at 65534 is read from the start of the packet.
+    EXPECT_EQ(options("00 07 00 00 00 08"), "7@65530+0 8@65534+3 ");
     const PktPtr pkt = packet(bytes);
     dhcp6OptionFactory(pkt, 65534)->lenIs(7);
     EXPECT_EQ(pkt->data()[1], 7);
 }
 
 TEST(Dhcp6Options, TakeLinearTimeUpTo16000Codes) {
-    const auto area = [](U32 codes) {
+    constexpr U32 few = 1000, many = 16000;
+    const auto codes = [](U32 n) {
         Octets bytes;
-        for (U32 code = 1; code <= codes; ++code)
+        for (U32 code = 1; code <= n; ++code)
             bytes.insert(bytes.end(), {static_cast<U8>(code >> 8), static_cast<U8>(code), 0, 0});
-        return packet(bytes, Kitnet::Pkt::Storage::roomy);
+        return bytes;
+    };
+    const auto packed = [](U8 code, const Octets& data) {
+        return packet(Octets{0, code, static_cast<U8>(data.size() >> 8), static_cast<U8>(data.size())} + data);
     };
     const auto ticksOf = [](const std::function<void()>& act) {
         std::clock_t best = std::numeric_limits<std::clock_t>::max();
@@ -66,11 +72,56 @@ TEST(Dhcp6Options, TakeLinearTimeUpTo16000Codes) {
         }
         return best;
     };
-    const PktPtr small = area(1000), large = area(16000);
-    EXPECT_EQ(Dhcp6Options(large, 0).option().size(), 16000u);
+    const auto deletedOneByOne = [](const PktPtr& pkt, U32 n) {
+        Dhcp6Options options(pkt, 0);
+        for (U32 code = 1; code <= n; ++code) EXPECT_TRUE(options.optionDel(static_cast<Dhcp6OptionType>(code)));
+        EXPECT_TRUE(options.option().empty());
+    };
+    const auto readInTurn = [](const PktPtr& user, const PktPtr& vendor, U32 n) {
+        const Dhcp6UserClassOption items(user, 0);
+        for (U32 i = 0; i < n; ++i) EXPECT_EQ(items.userClassData(static_cast<U16>(i)), std::string_view("\0\1", 2));
+        const Dhcp6VendorSpecificInformationOption options(vendor, 0);
+        for (U32 i = n; i > 0; --i) EXPECT_EQ(options.vendorOptionData(static_cast<U16>(i)), "");
+        EXPECT_EQ(options.vendorOptionData(0), "");
+    };
+    const auto items = [](U32 n) {
+        Octets bytes;
+        for (U32 i = 0; i < n; ++i) bytes.insert(bytes.end(), {0, 2, 0, 1});
+        return bytes;
+    };
+    const PktPtr small = packet(codes(few)), large = packet(codes(many));
+    const PktPtr smallUser = packed(15, items(few)), largeUser = packed(15, items(many));
+    const PktPtr smallVendor = packed(17, Octets(4, 0) + codes(few)),
+                 largeVendor = packed(17, Octets(4, 0) + codes(many));
+    EXPECT_EQ(Dhcp6Options(large, 0).option().size(), many);
     // Quadratic time would be 256 times as much.
     EXPECT_LT(ticksOf([&] { Dhcp6Options(large, 0); }), 100 * ticksOf([&] { Dhcp6Options(small, 0); }));
     EXPECT_LT(ticksOf([&] { CableLabsSubOptions(large, 0); }), 100 * ticksOf([&] { CableLabsSubOptions(small, 0); }));
+    EXPECT_LT(ticksOf([&] { deletedOneByOne(large, many); }), 100 * ticksOf([&] { deletedOneByOne(small, few); }));
+    EXPECT_LT(ticksOf([&] { readInTurn(largeUser, largeVendor, many); }),
+              100 * ticksOf([&] { readInTurn(smallUser, smallVendor, few); }));
+}
+
+TEST(Dhcp6Options, AreWrittenThroughCollectionsAndViews) {
+    const PktPtr pkt = packet(hex("00 03 00 0C A5*12"));
+    const auto options = dhcp6OptionsFactory(pkt, 0);
+    dhcp6IanaFactory(options->option(Dhcp6OptionType::iana))->opt()->dataIs(hex("01*12").data());
+    options->option(Dhcp6OptionType::iana)->lenIs(11);
+    EXPECT_EQ(bytesOf(*pkt), hex("00 03 00 0B 01*12"));
+    const Kcore::Ptr<const Dhcp6Option> readOnly = dhcp6OptionFactory(pkt, 0);
+    options->optionIs(Dhcp6OptionType::iata, readOnly);
+    EXPECT_EQ(options->optionDel(Dhcp6OptionType::iata), readOnly);
+}
+
+TEST(Dhcp6Options, OfNothingAreEmptyAndRefuseWrites) {
+    EXPECT_EQ(optionsIn(nullptr, 0), "");
+    EXPECT_TRUE(cableLabsSubOptionsFactory(nullptr, 0)->option().empty());
+    EXPECT_EQ(dhcp6IanaFactory(nullptr)->iaid(), 0u);
+    EXPECT_EQ(internalErrorOf([] { dhcp6IanaFactory(nullptr)->iaidIs(1); }), noRoom);
+    EXPECT_EQ(internalErrorOf([] { dhcp6RelayHdrFactory(nullptr, 0)->hopCountIs(1); }), noRoom);
+    EXPECT_EQ(Dhcp6UserClassOption(nullptr, 0).userClassData(0), "");
+    EXPECT_TRUE(dhcp6NestedOptions(nullptr, 4).empty() && dhcp6MessageOptions(nullptr, {0, 9}).empty());
+    EXPECT_TRUE(dhcp6RelayChain(nullptr, {0, 9}).empty() && !dhcp6OptionBasicCheck(nullptr, 0));
 }
 
 TEST(Dhcp6Options, TheirSettersChangeTheirBytesOrNothing) {
@@ -94,6 +145,13 @@ TEST(CableLabs, WritesCcapCores) {
     EXPECT_EQ(internalErrorOf([&] { subOption->ip6AddrIs(address, 22); }), noRoom);
     EXPECT_EQ(bytesOf(*pkt), hex("A5*2 00 3D 00 20 00*16 20 01 0D B8 00*8 00 01 00 02 A5"));
 }
+
+template <class P>
+concept HandsOutItsOverlay = requires(P&& p) {
+    std::forward<P>(p).get();
+};
+using UserClassPtr = Dhcp6OverlayPtr<Dhcp6UserClassOption>;
+static_assert(HandsOutItsOverlay<UserClassPtr&> && !HandsOutItsOverlay<UserClassPtr>);
 
 /// User class data 0 to 2, or the vendor's option 2.
 std::string extracted(const PktPtr& pkt, U16 offset) {

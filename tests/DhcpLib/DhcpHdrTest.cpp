@@ -67,7 +67,8 @@ TEST(DhcpHdrPositions, WrapAt65536) {
         return packet(changed);
     };
     EXPECT_EQ(optionsIn(atTheWrap(65535, "0C"), 65530), "12@65535+3 ");
-    EXPECT_EQ(optionsIn(atTheWrap(65534, "0C 03"), 65530), "12@65534+3 98@3+0 ");
+    // The next position would be 3: the walk does not go back.
+    EXPECT_EQ(optionsIn(atTheWrap(65534, "0C 03"), 65530), "12@65534+3 ");
     const auto view = dhcpMsgOptionFactory(atTheWrap(65535, "0C"), 65535);
     EXPECT_EQ(view->data(), view->pkt()->data() + 1);
     EXPECT_EQ(view->dataText(), std::string_view("\2ab", 3));
@@ -173,6 +174,25 @@ TEST(DhcpHdrCollection, ChangesItsMapAndCountsItsViews) {
     options = nullptr;
     EXPECT_EQ(DhcpMsgOption::memAllocationTracker_.live(), 2u);  // those that are held here
     EXPECT_EQ(pkt->useCount(), 3u);
+}
+
+TEST(DhcpHdrViews, OfNothingAreEmptyAndRefuseWrites) {
+    EXPECT_EQ(optionsIn(nullptr, 0), "");
+    EXPECT_TRUE(dhcpInformationSubOptionsFactory(nullptr)->initialized());
+    EXPECT_EQ(dhcpVendorSpecificSubOptFactory(nullptr)->quorvaSpecificOpt(), nullptr);
+    EXPECT_EQ(blockIn(nullptr, 0), "none");
+    EXPECT_EQ(internalErrorOf([] { dhcpVendorSpecificDataFactory(nullptr, 0, 1, 1); }), noRoom);
+    EXPECT_EQ(internalErrorOf([] { dhcpMsgOptionFactory(nullptr, 0)->optIs(1); }), noRoom);
+    EXPECT_NE(assertionOf([] { dhcpHdrWrapperFactory(nullptr, 0); }), "");
+    EXPECT_FALSE(magicCookieFactory(nullptr, 0)->isDhcpMagicCookie());
+}
+
+TEST(DhcpHdrVendorBlocks, AreNotSearchedForBehindPosition65535) {
+    Octets bytes(65540, 0);
+    std::ranges::copy(hex("09 0D 00 00 00 09 01"), bytes.begin() + 65528);  // the next block would be at position 0
+    const PktPtr pkt = packet(bytes);
+    Wire::store<U32>(*pkt, 0, Constants::quorvaEntNum);
+    EXPECT_EQ(blockIn(pkt, 65528), "none");
 }
 
 }  // namespace

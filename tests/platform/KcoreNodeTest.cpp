@@ -21,6 +21,9 @@ struct Leaf : Node, KitSlab::SlabObject {
     [[no_unique_address]] KitSlab::Tracked<Leaf> tracked;
 };
 
+// Whether a raw pointer is adopted or shared has to be said.
+static_assert(!std::is_constructible_v<Ptr<Leaf>, Leaf*> && std::is_constructible_v<Ptr<Leaf>, std::nullptr_t>);
+
 U32 live() { return Leaf::memAllocationTracker_.live(); }
 
 TEST(KcorePtr, TheLastPointerDestroysTheNode) {
@@ -33,6 +36,7 @@ TEST(KcorePtr, TheLastPointerDestroysTheNode) {
         const Ptr<Leaf>& same = moved;
         moved = same;
         EXPECT_EQ(moved->useCount(), 3u);
+        EXPECT_EQ(Ptr<Leaf>::share(moved.get())->useCount(), 4u);
         EXPECT_EQ(Ptr<Leaf>::adopt(moved.release())->number, 7);
     }
     EXPECT_EQ(first->useCount(), 1u);
@@ -64,7 +68,7 @@ struct Key {
     friend bool operator==(const Key&, const Key&) = default;
 };
 
-TEST(KcoreFlatMap, AgreesWithAnOrderedMapAndKeepsTheOrderOfInsertion) {
+TEST(KcoreFlatMap, AgreesWithAVectorInWhichTheLastEntryFillsAGap) {
     std::mt19937 random(5);
     for (const int keys : {6, 40, 700}) {
         FlatMap<Key, int> map;
@@ -79,7 +83,9 @@ TEST(KcoreFlatMap, AgreesWithAnOrderedMapAndKeepsTheOrderOfInsertion) {
                 case 0:
                     ASSERT_EQ(map.erase(key), there ? std::optional(place->second) : std::nullopt);
                     ASSERT_EQ(set.erase(key), there);
-                    if (there) model.erase(place);
+                    if (!there) continue;
+                    *place = model.back();
+                    model.pop_back();
                     continue;
                 case 1:
                     map.insertOrAssign(key, step);

@@ -125,6 +125,7 @@ TEST(KcoreAssertion, AHandlerMayThrow) {
         assertionFailed(broken);
     } catch (const AssertionError& e) {
         EXPECT_STREQ(e.what(), "DhcpLib/Module:12: void f(): assertion 'a >= 0' failed");
+        EXPECT_EQ(e.what(), broken.text());
     }
     EXPECT_NE(assertionHandlerIs(nullptr), nullptr);
 }

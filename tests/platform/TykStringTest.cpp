@@ -22,6 +22,14 @@ TEST(TykBoundedString, RefusesOneByteTooManyAndKeepsWhatItHeld) {
     }
 }
 
+TEST(TykBoundedString, JoinsAndConvertsToAStringWithoutABound) {
+    const Name name("red");
+    const Tyk::String converted = name;
+    EXPECT_EQ(converted, "red");
+    EXPECT_EQ(name + "-" + name + Tyk::BoundedString<4>("blue") + Tyk::String("!"), "red-redblue!");
+    EXPECT_EQ(std::string(99, 'v') + name, std::string(99, 'v') + "red");
+}
+
 TEST(TykInternalException, CarriesItsMessage) {
     const std::string message("length value exceeds pkt-length.");
     try {

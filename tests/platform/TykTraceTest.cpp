@@ -109,6 +109,14 @@ TEST_F(TykTrace, ALineNamesItsPlaceAndItsArguments) {
     EXPECT_EQ(texts, (Texts{std::string("<{} \0> high, 7{{true", 20), "given", "1 of 2"}));
 }
 
+TEST_F(TykTrace, AHelperNamesTheLineAndFunctionThatCalledIt) {
+    const auto helper = [&](Tyk::TraceText<int> text) { Tyk::fmtrace(handle, 4, {nullptr, text.caller()}, text, 1); };
+    helper("a {}");
+    helper("b {}");
+    const auto at = [line = __LINE__](int n) { return "TykTraceTest.cpp:" + std::to_string(line + n); };
+    EXPECT_EQ(places, (Texts{"TykTraceTest 4 " + at(-2) + " TestBody", "TykTraceTest 4 " + at(-1) + " TestBody"}));
+}
+
 TEST_F(TykTrace, AnArgumentAndASinkMayTraceThemselves) {
     struct Chatty {
         const Tyk::TraceHandle& handle;

@@ -3,8 +3,10 @@
 #include <array>
 #include <vector>
 
+#include "DhcpLib/DhcpHdr/Const.h"
 #include "DhcpLib/OptionParser/OptionLookup.h"
 #include "DhcpLib/Walk.h"
+#include "Kcore/SourceSite.h"
 #include "Kcore/String.h"
 #include "Kitnet/IpAddr.h"
 
@@ -107,8 +109,8 @@ private:
     AreaState state_;
 };
 
-/// Traces the failure with the texts of parseDhcpOptions.
-void traceAreaFailure(AreaState state);
+/// Traces the failure with the texts of parseDhcpOptions and the caller's line.
+void traceAreaFailure(AreaState state, Kcore::SourceSite caller = Kcore::SourceSite::here());
 
 /// Result and trace lines of getDhcpMsgTypeStringAndOpt.
 Kcore::String messageTypeOf(const OptionIndex& index, U8& msgType);

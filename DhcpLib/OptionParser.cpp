@@ -1,0 +1,15 @@
+#include "DhcpLib/OptionParser.h"
+
+#include "Kcore/TypeData.h"
+
+namespace DhcpLib {
+
+namespace {
+
+const Kcore::ModuleTypes<AreaState, DhcpSingleOption, DhcpSingleOptionWithCode, DhcpOptions,
+                         DhcpVendorSpecificEntOption, RelayRewriteVerdict>
+    registration{"DhcpLib/OptionParser"};
+
+}  // namespace
+
+}  // namespace DhcpLib
