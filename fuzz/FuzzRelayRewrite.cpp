@@ -6,6 +6,7 @@ namespace {
 
 // Built twice: with the vendor data in blocks, and as text with the feature toggle off.
 #ifdef DHCPLIB_VENDOR_TEXT
+constexpr bool vendorAsText = true;
 [[maybe_unused]] const int toggleIsOff = setenv("DHCPLIB_TOGGLE_DIR", DHCPLIB_TEST_DATA "/toggles-off", 1);
 
 Octets vendorData(const RelayRewrite& args) {
@@ -15,12 +16,16 @@ Octets vendorData(const RelayRewrite& args) {
     return hex("'32473'") + Octets{static_cast<U8>(name.size())} + Octets(text.begin(), text.end());
 }
 #else
+constexpr bool vendorAsText = false;
 Octets vendorData(const RelayRewrite& args) { return vendorBlock(args); }
 #endif
 
 void requireInsertion(const Outcome& outcome, const Octets& before, const Layout& was, const RelayRewrite& args) {
     const Octets& now = outcome.packet;
-    if (was.info == 0) {
+    const bool created = was.info == 0;
+    if (outcome.forecast.isRewritable())
+        requireWholeInfo(now, created ? was.end : was.info, args, false, created, vendorAsText);
+    if (created) {
         const bool reachBack = !args.linkselectionId.isAny();
         const Octets info = createdInfo(args, vendorData(args), reachBack, reachBack);
         requireThereAndBack(outcome, before, was, args, Generation::preparePacket, info);

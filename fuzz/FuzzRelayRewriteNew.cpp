@@ -42,6 +42,7 @@ U32 requireInsertion(const Outcome& outcome, const Octets& before, const Layout&
     const U32 infoAt = was.info != 0 ? was.info : was.end;
     require(now.at(infoAt) == infoCode, "option 82 stands in its place");
     requireSubOptions(now, infoAt, "\1\2\11\5\13\227\230");
+    if (outcome.forecast.isRewritable()) requireWholeInfo(now, infoAt, args, true, was.info == 0);
     return requireRest(now, before, was, 2u + now.at(infoAt + 1));
 }
 

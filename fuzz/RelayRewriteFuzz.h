@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <string>
 
 #include "Bytes.h"
@@ -146,7 +147,8 @@ inline Outcome rewritten(const PktPtr& pkt, const RelayRewrite& args, Generation
 
 inline void requireForecast(const Outcome& outcome, const Octets& before, U32 offset) {
     const RelayRewriteForecast& forecast = outcome.forecast;
-    require(forecast.isRewritable() == outcome.result, "the forecast tells the result");
+    require((forecast.isRewritable() || forecast.verdict == Verdict::infoOptionWouldBreak) == outcome.result,
+            "the forecast tells the result");
     require((forecast.verdict == Verdict::assertion) == !outcome.assertion.empty() &&
                 forecast.assertion == outcome.assertion,
             "the forecast tells the assertion");
@@ -190,6 +192,53 @@ inline std::span<const U8> bytesOf(const Tyk::String& text) {
 template <class Address>
 std::span<const U8> bytesOf(const Address& address) {
     return {address.bytes(), sizeof address};
+}
+
+/// Whether the data of sub-option 9 holds the system's block, whole, or as text its enterprise number.
+inline bool holdsVendorData(const Octets& data, bool asText) {
+    const Octets number = hex(asText ? "'32473'" : "00 00 7E D9");
+    if (asText) return !std::ranges::search(data, number).empty();
+    for (std::size_t at = 0; at + 5 <= data.size(); at += 5u + data[at + 4])
+        if (slice(data, at, at + 4) == number) return at + 5 + data[at + 4] <= data.size();
+    return false;
+}
+
+/// The sub-options that a rewrite has to leave in option 82. `created`: the message had none.
+inline std::map<U8, Octets> subOptionsAskedFor(const RelayRewrite& args, bool rebuilds, bool created) {
+    std::map<U8, Octets> asked;
+    const auto ask = [&](bool wanted, U8 code, std::span<const U8> data) {
+        if (wanted) asked.emplace(code, Octets(data.begin(), data.end()));
+    };
+    const bool ids = rebuilds || created, selects = !args.linkselectionId.isAny(), reaches = rebuilds || selects;
+    ask(ids && !args.circuitId.empty(), 1, bytesOf(args.circuitId));
+    ask(ids && !args.remoteId.empty(), 2, bytesOf(args.remoteId));
+    ask(!args.vendorSpecificSubOptIntfName.empty() || args.vendorSpecificSubOptSrcVtepIp.isUsable(), 9, {});
+    ask(selects, 5, bytesOf(args.linkselectionId));
+    ask(reaches && !args.serverId.isAny(), 11, bytesOf(args.serverId));
+    ask(reaches && !args.vpnId.empty(), 151, bytesOf(args.vpnId));
+    ask(reaches && !args.vpnId.empty() && !args.vssControlDisable, 152, {});
+    return asked;
+}
+
+/// Expects that option 82 at `at` consists of whole sub-options, with those that were asked for among them.
+inline void requireWholeInfo(const Octets& packet, U32 at, const RelayRewrite& args, bool rebuilds, bool created,
+                             bool asText = false) {
+    std::map<U8, Octets> missing = subOptionsAskedFor(args, rebuilds, created);
+    U32 subOption = at + 2;
+    const U32 end = subOption + packet.at(at + 1);
+    while (subOption < end) {
+        const U8 code = packet.at(subOption);
+        const U32 next = subOption + 2u + packet.at(subOption + 1);
+        require(next <= end, "option 82 ends with a sub-option");
+        const Octets data = slice(packet, subOption + 2, next);
+        subOption = next;
+        if (!missing.contains(code)) continue;
+        const bool keepsOwn = code == 152 || (!created && code <= 2);  // the packet's ids win
+        const bool staysAsSame = code == 151 && !rebuilds && data.size() == missing[code].size();
+        const bool found = code == 9 ? holdsVendorData(data, asText) : data == missing[code];
+        if (keepsOwn || staysAsSame || found) missing.erase(code);
+    }
+    require(missing.empty(), "option 82 holds what was asked for");
 }
 
 /// The data of an option 82 that is created from these arguments. `vendor` is the data of sub-option 9, which is left

@@ -11,8 +11,8 @@ namespace DhcpLib {
 /// the cookie is missing.
 DHCPLIB_EXPORT bool parseDhcpOptions(const PktPtr& pkt, U32 offset, DhcpMsgOptions::Ptr& options,
                                      DhcpMsgOption::Ptr& endOption);
-/// Looks up option 82 and its sub-options. Without option 82 both outputs stay unchanged. Returns false after a trace
-/// line for an option 82 of length 0.
+/// Looks up option 82 and its sub-options. Without option 82, or if `options` is null, both outputs stay unchanged.
+/// Returns false after a trace line for an option 82 of length 0.
 DHCPLIB_EXPORT bool parseInfoSubOptions(DhcpMsgOptions::Ptr& options, DhcpMsgOption::Ptr& infoOption,
                                         DhcpInformationSubOptions::Ptr& infoSubOptions);
 /// Whether the collection holds a sub-option of `subType`. A null collection holds none.

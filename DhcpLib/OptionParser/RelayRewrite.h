@@ -8,39 +8,60 @@
 
 namespace DhcpLib {
 
-/// Rewrites the DHCPv4 message at `offset` in place on behalf of a relay agent (RFC 3046) and brings it to its minimum
-/// size: 548 bytes for a request without option 57, 300 otherwise; pad bytes behind the end option are added or
-/// trimmed.
-///   op                      a request gains option 82, a reply loses it; any other value only normalises the size
-///   infoOpt                 whether the relay handles option 82 at all
-///   circuitId, remoteId     sub-options 1 and 2, where option 82 is created here
+/// How a DHCPv4 relay agent adds its information (option 82, RFC 3046) to requests and takes it out of replies.
+///
+/// There are two generations with the same arguments; docs/choosing.md tells which one to call.
+///   preparePacketNew  rebuilds option 82. It keeps the options that stand behind option 82 and drops the sub-options
+///                     that it does not know. For new agents.
+///   preparePacket     edits option 82 in place. It keeps the sub-options that other relays added and drops what
+///                     stands behind option 82 in a request.
+/// Call relayRewriteCheck first: packets come from strangers, and some reach a documented assertion or give an option
+/// 82 that is not whole. If isRewritable() is false, drop the packet or forward it unchanged. For a message that is
+/// passed on without a relay's information set `infoOpt` to false.
+
+/// Rewrites the message whose BOOTP header starts at `offset` and brings it to its smallest size: 548 bytes for a
+/// request without option 57, 300 otherwise. Pad bytes behind the end option are added or removed. Arguments:
+///   op                      a request gets option 82, a reply loses it; any other value changes the size only
+///   infoOpt                 false: leave option 82 alone
+///   circuitId, remoteId     sub-options 1 and 2; not used if the request has an option 82
 ///   linkselectionId         sub-option 5 (RFC 3527); 0.0.0.0 for none
-///   serverId                sub-option 11 (RFC 5107), together with link selection; 0.0.0.0 for none
-///   vpnId                   sub-option 151 (RFC 6607), together with link selection; 152 behind it unless
-///   vssControlDisable       is set
-///   vendorSpecificSubOpt... the system's block in sub-option 9, unless the packet holds one
-/// The sub-options stand in the order 1, 2, 9, 5, 11, 151, 152, and option 82 where the end option stood. Options
-/// behind an existing option 82 are cut off. True on success. False, after a trace line and with the packet as it was,
-/// where the options cannot be walked, for an empty option 82, and where option 82, a sub-option or an argument would
-/// pass 255 bytes or an existing sub-option overruns option 82 or has another length than its rewrite. What else an
-/// existing option 82 may meet are assertions: ask relayRewriteCheck first. The packet's storage may move.
+///   serverId                sub-option 11 (RFC 5107), only together with link selection; 0.0.0.0 for none
+///   vpnId                   sub-option 151 (RFC 6607), only together with link selection; empty for none
+///   vssControlDisable       false: sub-option 152 follows 151
+///   vendorSpecificSubOpt... the system's block in sub-option 9, unless the packet has one
+///
+/// A new option 82 takes the place of the end option, with the sub-options in the order 1, 2, 9, 5, 11, 151, 152.
+/// An existing option 82 keeps its sub-options where they are. With link selection
+///   - its 5 and 11 get the new address, and its 151 the new name (one of the same size stays as it is);
+///   - its 11, 151 and 152 are removed if there is no `serverId`, `vpnId` or request for 152;
+///   - the second and further ones of these codes are removed;
+///   - new sub-options follow at the end.
+/// Without link selection, an option 82 with a sub-option 5 loses as many bytes at its end as its sub-options 5, 11,
+/// 151 and 152 take.
+///
+/// Returns false, after a trace line and with the packet unchanged, for the verdicts `notDhcp` to `infoSubOptionBehind`
+/// of relayRewriteCheck. Fails an assertion for the verdict `assertion`. The packet is unchanged after any exception.
+/// The packet's storage may move.
 DHCPLIB_EXPORT bool preparePacket(const PktPtr& pkt, BootpOption op, bool infoOpt, Tyk::String circuitId,
                                   Tyk::String remoteId, Tyk::String vpnId, Kitnet::IpAddr serverId,
                                   Kitnet::IpAddr linkselectionId, U32 offset, bool vssControlDisable,
                                   Tyk::String vendorSpecificSubOptIntfName,
                                   Kitnet::IpGenAddr vendorSpecificSubOptSrcVtepIp);
 
-/// As preparePacket, but rebuilds option 82 in its place and keeps the options behind it. On a request the packet's own
-/// circuit-id and remote-id go before the arguments, 11, 151 and 152 do not depend on link selection, and other
-/// sub-options of the packet are dropped. On a reply the other enterprises' part of sub-option 9 stays, and with
-/// `infoOpt` false circuit-id and remote-id do.
+/// As preparePacket, except for what follows.
+///   - A request's option 82 is put together anew: its own 1 and 2, or else the arguments; 9, with the system's block
+///     added if it has none; then 5, 11, 151 and 152 from the arguments, each without regard to link selection. Its
+///     other sub-options are dropped.
+///   - A reply's option 82 keeps 9 without the system's block and what follows it (all of 9 if there is no vendor
+///     data among the arguments), and with `infoOpt` false also 1 and 2. Without any of them option 82 is removed.
+///   - The options behind option 82 follow the new one unchanged.
 DHCPLIB_EXPORT bool preparePacketNew(const PktPtr& pkt, BootpOption op, bool infoOpt, Tyk::String circuitId,
                                      Tyk::String remoteId, Tyk::String vpnId, Kitnet::IpAddr serverId,
                                      Kitnet::IpAddr linkselectionId, U32 offset, bool vssControlDisable,
                                      Tyk::String vendorSpecificSubOptIntfName,
                                      Kitnet::IpGenAddr vendorSpecificSubOptSrcVtepIp);
 
-/// The arguments of both functions, by name.
+/// The arguments of both generations.
 struct RelayRewrite {
     BootpOption op = BootpOption::bootpRequest;
     bool infoOpt = true;
@@ -57,31 +78,37 @@ struct RelayRewrite {
 
 enum class RelayGeneration : U8 { preparePacket, preparePacketNew };
 
-/// What a rewrite would meet, the worst of it first.
+/// What a rewrite would meet.
 enum class RelayRewriteVerdict : U8 {
+    // The rewrite returns true.
     fine,
-    infoOptionNotLast,    ///< options behind option 82: preparePacket cuts them off on a request
-    infoOptionBehindEnd,  ///< an option 82 behind the end option is padding to both
-    assertion,            ///< `RelayRewriteForecast::assertion` fails
-    notDhcp,              ///< no magic cookie or no end option
-    infoOptionEmpty,
-    infoOptionTooLong,  ///< option 82, a sub-option or an argument would pass 255 bytes
-    infoOptionOverrun,  ///< an existing sub-option overruns option 82 or has another length than its rewrite
+    infoOptionNotLast,    ///< other options than pads follow option 82; preparePacket drops them from a request
+    infoOptionBehindEnd,  ///< an option 82 behind the end option counts as padding and is lost
+    // The rewrite returns true, but do not call it.
+    infoOptionWouldBreak,  ///< option 82 would end inside a sub-option, or lack one that was asked for
+    // Do not call the rewrite.
+    assertion,  ///< RelayRewriteForecast::assertion would fail
+    // The rewrite returns false and leaves the packet unchanged.
+    notDhcp,              ///< no magic cookie or no end option: not a DHCP message
+    infoOptionEmpty,      ///< option 82 has no data
+    infoOptionTooLong,    ///< option 82, a sub-option or an argument would pass 255 bytes: check the configuration
+    infoOptionOverrun,    ///< an existing sub-option passes the end of option 82, or is no address of 4 bytes
+    infoSubOptionBehind,  ///< an option behind option 82 looks like a sub-option and would be counted as one
 };
 
 struct RelayRewriteForecast {
     RelayRewriteVerdict verdict = RelayRewriteVerdict::fine;
-    std::string_view assertion;  ///< the text of the assertion that fails
-    U32 messageBytes = 0;  ///< what the message will have from `offset` on; what it has where nothing is rewritten
+    std::string_view assertion;  ///< the text of the assertion that would fail
+    U32 messageBytes = 0;        ///< size of the message afterwards, counted from `offset`; to compare with the MTU
 
-    /// Whether the rewrite may be called and will succeed.
-    bool isRewritable() const { return verdict < RelayRewriteVerdict::assertion; }
+    /// Whether the rewrite will succeed and leave an option 82 that is whole.
+    bool isRewritable() const { return verdict < RelayRewriteVerdict::infoOptionWouldBreak; }
 };
 
-/// Tells, without touching the packet, what preparePacket or preparePacketNew would do with it.
+/// Tells what a rewrite would do with the packet. Does not change the packet.
 DHCPLIB_EXPORT RelayRewriteForecast relayRewriteCheck(const PktPtr& pkt, const RelayRewrite& rewrite,
                                                       RelayGeneration generation);
-/// Calls the one of the two.
+/// Calls preparePacket or preparePacketNew.
 DHCPLIB_EXPORT bool relayRewrite(const PktPtr& pkt, const RelayRewrite& rewrite, RelayGeneration generation);
 
 }  // namespace DhcpLib
@@ -94,10 +121,12 @@ struct Kcore::EnumTable<DhcpLib::RelayRewriteVerdict> {
         {fine, "fine"},
         {infoOptionNotLast, "infoOptionNotLast"},
         {infoOptionBehindEnd, "infoOptionBehindEnd"},
+        {infoOptionWouldBreak, "infoOptionWouldBreak"},
         {DhcpLib::RelayRewriteVerdict::assertion, "assertion"},
         {notDhcp, "notDhcp"},
         {infoOptionEmpty, "infoOptionEmpty"},
         {infoOptionTooLong, "infoOptionTooLong"},
         {infoOptionOverrun, "infoOptionOverrun"},
+        {infoSubOptionBehind, "infoSubOptionBehind"},
     };
 };

@@ -163,8 +163,10 @@ std::size_t addVendorSpecificSubOption(DhcpSingleOption* infoOpt, std::size_t da
                                        DhcpSingleOption* existingVsSubOpt, Kcore::String intfName,
                                        Kitnet::IpGenAddr srcVtep) {
     if (!isVendorDataPresent(intfName, srcVtep)) return 0;
-    const Kcore::Bytes block = quorvaBlock(intfName, srcVtep);
     const U32 added = vendorBlockHeaderBytes + quorvaVendorSpecificSubOptLen(intfName, srcVtep);
+    constexpr U32 longest = 255;
+    if (added + (existingVsSubOpt == nullptr ? 0u : existingVsSubOpt->len) > longest) return 0;
+    const Kcore::Bytes block = quorvaBlock(intfName, srcVtep);
     DhcpSingleOption* target = existingVsSubOpt;
     if (target == nullptr) {
         target = reinterpret_cast<DhcpSingleOption*>(infoOpt->data() + dataPos);
@@ -177,7 +179,10 @@ std::size_t addVendorSpecificSubOption(DhcpSingleOption* infoOpt, std::size_t da
 
 U32 calculateNonQuorvaVendorLen(Kcore::Ptr<DhcpInformationSubOption>& vsSubOpt,
                                 Kcore::Ptr<DhcpVendorSpecificSubOpt>& vsView) {
-    return U32{vsView->quorvaSpecificOpt()->offset()} - vsSubOpt->offset() - headerBytes;
+    if (!vsSubOpt) return 0;
+    const DhcpVendorSpecificData::Ptr block = vsView ? vsView->quorvaSpecificOpt() : nullptr;
+    if (!block) return vsSubOpt->len();
+    return U32{block->offset()} - vsSubOpt->offset() - headerBytes;
 }
 
 void parseVendorSpecificSubOpt(Wire::ByteView bytes, U32 at, Kcore::String& intfName, Kitnet::IpGenAddr& srcVtepIp) {

@@ -62,14 +62,15 @@ DHCPLIB_EXPORT void addQuorvaVendorSpecificSubOpt(Kcore::Bytes& buf, U32& pos, c
 DHCPLIB_EXPORT U32 getVendorSpecificSubOptionLenAdd(Kcore::String intfName, Kitnet::IpGenAddr srcVtep,
                                                     Kcore::String existingVendorData, U32 legacyLen);
 /// Writes the system's block behind the data of `existingVsSubOpt`, or as a new sub-option 9 at `dataPos` of option
-/// 82's data, and returns the bytes it took; option 82's own length is the caller's. Writes nothing, and returns 0,
-/// without contents. Requires: that many bytes are writable there.
+/// 82's data, and returns the bytes that it takes. The caller adds them to the length of option 82. Writes nothing and
+/// returns 0 if the block would be empty, or if the sub-option would pass 255 bytes. Requires: the bytes are writable.
 DHCPLIB_EXPORT std::size_t addVendorSpecificSubOption(DhcpSingleOption* infoOpt, std::size_t dataPos,
                                                       DhcpSingleOption* existingVsSubOpt, Kcore::String intfName,
                                                       Kitnet::IpGenAddr srcVtep);
 /// The whole own block as in sub-option 9.
 Kcore::Bytes quorvaBlock(const Kcore::String& intfName, const Kitnet::IpGenAddr& srcVtep);
-/// Number of bytes of other enterprises' blocks in front of the own one. Requires: `vsView` has found a block.
+/// Number of bytes of other enterprises' blocks in front of the own one: all of the sub-option's data if `vsView` is null
+/// or has found no such block. 0 if `vsSubOpt` is null.
 DHCPLIB_EXPORT U32 calculateNonQuorvaVendorLen(Kcore::Ptr<DhcpInformationSubOption>& vsSubOpt,
                                                Kcore::Ptr<DhcpVendorSpecificSubOpt>& vsView);
 /// Reads the own block of a sub-option 9. Outputs whose item is absent stay unchanged. With the toggle off, reads the

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <new>
 #include <string_view>
 
 #include "Kcore/Exception.h"
@@ -86,11 +87,14 @@ void Pkt::newSharedTailData(U32 n) {
 
 void Pkt::delSharedTailData(U32 n) {
     if (n > bytes_) Kcore::throwException("Kitnet::Pkt::delSharedTailData > bytes() not allowed");
-    if (mode_ == Storage::tight)
-        move(0, bytes_ - n, 0);
-    else
-        freeTail_ += n;
     bytes_ -= n;
+    freeTail_ += n;
+    if (mode_ == Storage::roomy) return;
+    try {
+        move(0, bytes_, 0);
+    } catch (const std::bad_alloc&) {
+        // The larger storage does as well: who takes bytes away has mostly changed the others already.
+    }
 }
 
 void Pkt::vlanTagIs(U16 tpid, U16 tci) {

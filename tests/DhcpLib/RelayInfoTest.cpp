@@ -102,6 +102,8 @@ TEST(RelayInfoViews, SayWhatIsMissing) {
     DhcpInformationSubOptions::Ptr subs;
     EXPECT_FALSE(parseInfoSubOptions(area, info, subs));
     EXPECT_TRUE(info == area->option(DhcpOptionType::infoOpt) && !subs);
+    DhcpMsgOptions::Ptr none;
+    EXPECT_TRUE(parseInfoSubOptions(none, info, subs));
     EXPECT_FALSE(infoSubOptPresent(nullptr, DhcpInformationSubOptionType::vpnId));
 }
 

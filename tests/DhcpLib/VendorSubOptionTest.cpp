@@ -29,6 +29,28 @@ TEST(VendorSubOption, SizesAndItemsAreWrittenWhereThePositionSays) {
     auto view = dhcpInformationSubOptionFactory(packet(hex("09 10 00 00 00 09 02 'AB' 00 00 7E D9 04 01 02 'Et'")), 0);
     auto vendor = dhcpVendorSpecificSubOptFactory(view);
     EXPECT_EQ(calculateNonQuorvaVendorLen(view, vendor), 7u);
+    auto foreign = dhcpInformationSubOptionFactory(packet(hex("09 07 00 00 00 09 02 'AB'")), 0);
+    auto blockless = dhcpVendorSpecificSubOptFactory(foreign);
+    EXPECT_EQ(calculateNonQuorvaVendorLen(foreign, blockless), 7u);
+    foreign = nullptr, vendor = nullptr;
+    EXPECT_EQ(calculateNonQuorvaVendorLen(view, vendor), 16u);
+    EXPECT_EQ(calculateNonQuorvaVendorLen(foreign, vendor), 0u);
+}
+
+TEST(VendorSubOption, IsNotExtendedPast255Bytes) {
+    for (const bool exists : {false, true}) {
+        const std::size_t longest = 255 - 5 - 2 - (exists ? 2 : 0);  // behind the headers of block and item
+        for (const std::size_t size : {longest, longest + 1}) {
+            Octets bytes = hex("52 02 09 02 'AB'") + Octets(300, scratch);
+            if (!exists) bytes[2] = bytes[3] = scratch;
+            const Octets before = bytes;
+            auto* info = reinterpret_cast<DhcpSingleOption*>(bytes.data());
+            auto* subOption = exists ? reinterpret_cast<DhcpSingleOption*>(&bytes[2]) : nullptr;
+            const std::size_t added = addVendorSpecificSubOption(info, 0, subOption, std::string(size, 'x'), {});
+            EXPECT_EQ(added, size > longest ? 0 : 7 + size + (exists ? 0 : 2));
+            EXPECT_EQ(bytes == before, size > longest);
+        }
+    }
 }
 
 TEST(VendorSubOption, IsReadThroughAPointerByItsLengthsAlone) {

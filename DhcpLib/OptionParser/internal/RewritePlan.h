@@ -1,72 +1,11 @@
 #pragma once
 
-#include "DhcpLib/OptionParser/RelayRewrite.h"
-#include "DhcpLib/OptionParser/VendorSubOption.h"
 #include "DhcpLib/OptionParser/internal/OptionIndex.h"
+#include "DhcpLib/OptionParser/internal/RewriteArgs.h"
 
 namespace DhcpLib {
 
-using S32 = std::int32_t;
-
-inline constexpr S32 longestOption = 255;
-
-/// The arguments of a rewrite, wherever they live.
-struct RewriteArgs {
-    BootpOption op;
-    bool infoOpt;
-    const Tyk::String& circuitId;
-    const Tyk::String& remoteId;
-    const Tyk::String& vpnId;
-    const Kitnet::IpAddr& serverId;
-    const Kitnet::IpAddr& linkSelection;
-    U32 offset;
-    bool vssControlDisable;
-    const Tyk::String& intfName;
-    const Kitnet::IpGenAddr& srcVtep;
-
-    static RewriteArgs of(const RelayRewrite& r) {
-        return {r.op,
-                r.infoOpt,
-                r.circuitId,
-                r.remoteId,
-                r.vpnId,
-                r.serverId,
-                r.linkselectionId,
-                r.offset,
-                r.vssControlDisable,
-                r.vendorSpecificSubOptIntfName,
-                r.vendorSpecificSubOptSrcVtepIp};
-    }
-
-    bool isInsertion() const { return op == BootpOption::bootpRequest && infoOpt; }
-    bool isReply() const { return op == BootpOption::bootpReply; }
-    bool hasVendorData() const { return isVendorDataPresent(intfName, srcVtep); }
-    bool hasVssControl() const { return !vpnId.empty() && !vssControlDisable; }
-
-    /// What the sub-options take in option 82, headers included; 0 for those that are left out.
-    S32 circuitPart() const { return partOf(circuitId); }
-    S32 remotePart() const { return partOf(remoteId); }
-    S32 vpnPart() const { return partOf(vpnId); }
-    S32 vssPart() const { return hasVssControl() ? headerBytes : 0; }
-    S32 serverPart() const { return serverId.isAny() ? 0 : addressPart; }
-    S32 linkPart() const { return linkSelection.isAny() ? 0 : addressPart; }
-
-    bool anyTooLong() const {
-        constexpr std::size_t longest = longestOption;
-        return circuitId.size() > longest || remoteId.size() > longest || vpnId.size() > longest ||
-               intfName.size() > longest;
-    }
-
-    static constexpr S32 headerBytes = SubOptionShape::headerBytes;
-    static constexpr S32 addressPart = headerBytes + S32{sizeof(Kitnet::IpAddr)};
-
-private:
-    static S32 partOf(const Tyk::String& data) {
-        return data.empty() ? 0 : static_cast<S32>(data.size()) + headerBytes;
-    }
-};
-
-/// Why a rewrite stops before it changes anything: a refusal, or else an assertion.
+/// Why a rewrite stops before it changes anything: a refusal or an assertion.
 struct RewriteStop {
     RelayRewriteVerdict refusal = RelayRewriteVerdict::fine;
     const char* assertion = nullptr;
@@ -74,27 +13,58 @@ struct RewriteStop {
     explicit operator bool() const { return refusal != RelayRewriteVerdict::fine || assertion != nullptr; }
 };
 
+/// A rewrite that was worked out and not yet done. The bytes from `infoAt` to `keptAt` are replaced by the new option
+/// 82, those from `keptAt` to `keptEnd` follow it unchanged, and the end option comes last.
+struct RewritePlan {
+    explicit RewritePlan(const RewriteArgs& args) : offset(args.offset) {}
+    /// Plans to change nothing but the size of the message. `end` is the end option. `info` is the option 82 in front
+    /// of it, if there is one.
+    void begin(const RewriteArgs& args, const RawOption& info, const RawOption& end, bool hasMaxMsgSize);
+    /// Plans to replace option 82, or to create one in front of the end option. The data goes to `infoData`.
+    void replaceInfo();
+    /// Plans to take option 82 out. Requires: there is one.
+    void removeInfo();
+    /// Plans to drop what stands behind option 82.
+    void cutBehindInfo() { keptAt = keptEnd; }
+
+    U32 infoBytes() const { return writesInfo ? SubOptionShape::headerBytes + static_cast<U32>(infoData.size()) : 0; }
+    /// Position of the end option afterwards.
+    U32 newEndAt() const { return infoAt + infoBytes() + (keptEnd - keptAt); }
+    /// Size of the packet afterwards.
+    U32 newBytes() const { return offset + std::max(smallestMessage, newEndAt() + 1 - offset); }
+
+    RewriteStop stop;         ///< if set, nothing is done, and the rest of the plan is not valid
+    bool breaksInfo = false;  ///< the new option 82 cuts a sub-option, or lacks one that was asked for
+    bool writesInfo = false;  ///< false: there is no new option 82
+    bool hadInfo = false;     ///< there was an option 82 in front of the end option ...
+    U32 infoEnd = 0;          ///< ... which ended here
+    U32 endAt = 0;            ///< position of the end option before the rewrite
+    U32 infoAt = 0, keptAt = 0, keptEnd = 0;
+    U32 offset;
+    U32 smallestMessage = 0;  ///< bytes that the message has at least
+    S32 neededPadding = 0;    ///< bytes that the insertion asks for behind the end option
+    Kcore::Bytes infoData;
+};
+
 /// Traces the entry of `function` with its arguments.
 void traceRewriteEntry(std::string_view function, const RewriteArgs& args);
-/// Traces why `function` refuses; always false.
-bool traceRefusal(std::string_view function, RelayRewriteVerdict refusal);
-/// The bytes behind the end option at `endAt`. Asserts for the function of that signature if there were none of it.
-S32 currentPadding(const Kitnet::Pkt& pkt, U32 endAt, const char* signature);
-/// Grows the packet's tail by `n` bytes after a trace line.
-void growTail(Kitnet::Pkt& pkt, U32 n);
+/// Stops with a refusal, after a trace line.
+RewriteStop refused(std::string_view function, RelayRewriteVerdict refusal);
+/// Traces the growth that makes room for the insertion.
+void traceGrowth(const Kitnet::Pkt& pkt, const RewritePlan& plan);
+/// Fails the assertion that stops `plan`, if there is one. `signature` is that of the public function.
+void assertNotStopped(const RewritePlan& plan, const char* signature);
 
-/// The size to which the message at `offset` is brought whose last option is the end option at `endAt`.
-U32 normalisedBytes(const RewriteArgs& args, U32 endAt, bool hasMaxMsgSize);
-/// Brings the message to that size: pads it, or trims pad bytes behind the end option, which is written anew.
-void normaliseSize(Kitnet::Pkt& pkt, const RewriteArgs& args, U32 endAt, bool hasMaxMsgSize);
+/// Does what `plan` says. Raises only before the first change.
+void apply(Kitnet::Pkt& pkt, const RewritePlan& plan);
+/// Tells what `plan` says.
+RelayRewriteForecast describe(Wire::ByteView bytes, const RewritePlan& plan);
 
-/// The two generations' forecasts.
-RelayRewriteForecast forecastRewrite(Wire::ByteView bytes, const RewriteArgs& args);
-RelayRewriteForecast forecastRewriteNew(Wire::ByteView bytes, const RewriteArgs& args);
-/// A forecast of what stops the rewrite.
-RelayRewriteForecast forecastOf(const RewriteStop& stop, const OptionIndex& index);
-/// A forecast from where the option 82 that is rewritten, if there is one, stands before the end option.
-RelayRewriteForecast forecastOf(const RawOption& info, const RawOption& end, const OptionIndex& index,
-                                U32 messageBytes);
+/// The two generations. "InPlace" (preparePacket) edits the sub-options where they stand; "Rebuild" (preparePacketNew)
+/// puts option 82 together anew.
+bool rewriteInPlace(Kitnet::Pkt& pkt, const RewriteArgs& args);
+bool rewriteByRebuild(Kitnet::Pkt& pkt, const RewriteArgs& args);
+RelayRewriteForecast checkInPlace(Wire::ByteView bytes, const RewriteArgs& args);
+RelayRewriteForecast checkRebuild(Wire::ByteView bytes, const RewriteArgs& args);
 
 }  // namespace DhcpLib

@@ -1,0 +1,242 @@
+#include "DhcpLib/OptionParser/internal/InPlaceInsertion.h"
+
+#include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
+#include "DhcpLib/OptionParser/internal/VendorBlocks.h"
+#include "DhcpLib/Toggle.h"
+#include "DhcpLib/internal/Trace.h"
+
+namespace DhcpLib {
+
+namespace {
+
+using SubCode = DhcpInformationSubOptionType;
+
+constexpr std::string_view caller = "preparePacket";
+
+/// Whether a sub-option 9 holds the system's data, in the layout that the feature toggle selects.
+bool holdsOwnVendorData(Wire::ByteView bytes, const RawOption& subOption) {
+    if (!dhcpRelayTunnelEncapReplies()) return subOption.data().find(quorvaEntNumText()) != std::string_view::npos;
+    U32 block = 0;
+    return findQuorvaBlock<U32>(bytes, subOption.dataAt(), subOption.len(), &block);
+}
+
+void traceOwnVendorDataFound() {
+    std::string_view text = "Vendor-specific subopt with Quorva's data already present ";
+    if (dhcpRelayTunnelEncapReplies()) text.remove_suffix(1);  // only the legacy layout traces the blank
+    Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "{}{}", caller, text);
+}
+
+/// What is appended to sub-option 9: the enterprise block, or the legacy text with the name behind its length byte.
+Kcore::Bytes vendorBytes(const RewriteArgs& args) {
+    if (dhcpRelayTunnelEncapReplies()) return quorvaBlock(args.intfName, args.srcVtep);
+    Kcore::Bytes text;
+    text.append(quorvaEntNumText().view());
+    text.push_back(static_cast<U8>(args.intfName.size()));
+    text.append(args.intfName.view());
+    return text;
+}
+
+void put(Kcore::Bytes& data, SubCode code, std::span<const U8> bytes) {
+    const U8 header[] = {static_cast<U8>(code), static_cast<U8>(bytes.size())};
+    data.append(header);
+    data.append(bytes);
+}
+
+void put(Kcore::Bytes& data, SubCode code, std::string_view bytes) {
+    put(data, code, std::span(reinterpret_cast<const U8*>(bytes.data()), bytes.size()));
+}
+
+}  // namespace
+
+void traceOwnVendorData(Wire::ByteView bytes, const RawOption& info, U32 endAt) {
+    if (!traceHandle().wanted(TraceLevel::verbose) && !Tyk::RingTrace::wanted(TraceLevel::verbose)) return;
+    walkSubOptionsUpTo(bytes, info.dataAt(), endAt, [&](const auto& head) {
+        if (head.code == static_cast<U8>(SubCode::vendorSpecificSubOption) &&
+            holdsOwnVendorData(bytes, RawOption(bytes, head.at)))
+            traceOwnVendorDataFound();
+    });
+}
+
+InPlaceInsertion::InPlaceInsertion(Wire::ByteView bytes, const RewriteArgs& args, const RawOption& info, U32 endAt)
+    : bytes_(bytes),
+      args_(args),
+      creates_(!info),
+      dataAt_(info.dataAt()),
+      firstLen_(info ? info.len() : args.circuitPart() + args.remotePart()) {
+    if (info) scan(endAt);
+    planLengths();
+}
+
+/// Reads the options behind option 82 as its sub-options, too: docs/compatibility.md#sub-options-up-to-the-end-option
+void InPlaceInsertion::scan(U32 endAt) {
+    walkSubOptionsUpTo(bytes_, dataAt_, endAt, [this](const Head& head) {
+        if (Existing* const existing = recordOf(*this, head.code))
+            noteRelaySubOption(*existing, head);
+        else if (head.code == static_cast<U8>(SubCode::vendorSpecificSubOption))
+            noteVendorSubOption(head);
+    });
+}
+
+void InPlaceInsertion::noteRelaySubOption(Existing& existing, const Head& head) {
+    if (!existing) existing.at = head.at, existing.len = head.len;
+    // A 152 counts as its header alone: docs/compatibility.md#repeated-sub-options-are-summed
+    const S32 size = &existing == &vss_ ? subOptionHeaderBytes : static_cast<S32>(head.wireBytes);
+    existing.size += size;
+    existing_ += size;
+    existingFrom_ = std::min(existingFrom_, head.at);
+    const U32 infoEnd = dataAt_ + static_cast<U32>(firstLen_);
+    if (head.at >= infoEnd)
+        existingBehind_ = true;
+    else if (head.at + head.wireBytes > infoEnd)
+        existingOverruns_ = true;
+}
+
+void InPlaceInsertion::noteVendorSubOption(const Head& head) {
+    const RawOption subOption(bytes_, head.at);
+    if (!holdsOwnVendorData(bytes_, subOption)) {
+        foreignVendor_ = {head.at, head.len, static_cast<S32>(head.wireBytes)};
+        return;
+    }
+    traceOwnVendorDataFound();
+    ownVendor_ = true;
+    if (!dhcpRelayTunnelEncapReplies() || vendorBlocksIn(bytes_, head.dataAt(), head.len).own)
+        readableVendorEnd_ = std::min(readableVendorEnd_, head.at + head.wireBytes);
+}
+
+S32 InPlaceInsertion::vendorBlockLen() const {
+    if (dhcpRelayTunnelEncapReplies())
+        return static_cast<S32>(quorvaVendorSpecificSubOptLen(args_.intfName, args_.srcVtep) + vendorBlockHeaderBytes);
+    return static_cast<S32>(quorvaEntNumText().size() + 1 + args_.intfName.size());
+}
+
+void InPlaceInsertion::planLengths() {
+    if (args_.hasVendorData() && !ownVendor_)
+        vendorAdded_ = vendorBlockLen() + (foreignVendor_ ? 0 : subOptionHeaderBytes);
+    if (args_.hasLinkSelection())
+        selectionAdded_ = args_.vssPart() + args_.vpnPart() + args_.linkPart() + args_.serverPart() - existing_;
+    else if (link_)
+        cut_ = existing_;
+    finalLen_ = firstLen_ - cut_ + vendorAdded_ + selectionAdded_;
+}
+
+S32 InPlaceInsertion::neededPadding() const {
+    S32 needed = subOptionHeaderBytes + (creates_ ? firstLen_ : 0) + selectionAdded_ + vendorAdded_;
+    // An existing sub-option 9 without data counts as none here. The size of the result does not depend on it.
+    if (addsVendorData() && foreignVendor_ && foreignVendor_.len == 0) needed += subOptionHeaderBytes;
+    return needed;
+}
+
+RewriteStop InPlaceInsertion::stop() const {
+    if (const RelayRewriteVerdict verdict = refusal(); verdict != RelayRewriteVerdict::fine)
+        return refused(caller, verdict);
+    return {RelayRewriteVerdict::fine, assertion()};
+}
+
+RelayRewriteVerdict InPlaceInsertion::refusal() const {
+    using enum RelayRewriteVerdict;
+    constexpr U8 addressLen = sizeof(Kitnet::IpAddr);
+    const bool counts = args_.hasLinkSelection() || cut_ != 0, extends = addsVendorData() && foreignVendor_;
+    const U32 infoEnd = dataAt_ + static_cast<U32>(firstLen_),
+              foreignEnd = foreignVendor_.at + static_cast<U32>(foreignVendor_.size);
+    if (counts && existingOverruns_) return infoOptionOverrun;
+    if (args_.hasLinkSelection() && link_ && link_.len != addressLen) return infoOptionOverrun;
+    if (args_.hasLinkSelection() && args_.hasServerId() && server_ && server_.len != addressLen)
+        return infoOptionOverrun;
+    if ((counts && existingBehind_) || (extends && foreignVendor_.at >= infoEnd)) return infoSubOptionBehind;
+    if (extends && foreignEnd > stayingEnd()) return infoOptionOverrun;
+    if (extends && foreignVendor_.len + vendorBlockLen() > longestOption) return infoOptionTooLong;
+    return finalLen_ > longestOption ? infoOptionTooLong : fine;
+}
+
+const char* InPlaceInsertion::assertion() const {
+    if (args_.hasLinkSelection()) return vss_ && !vpn_ ? "!vssControlOpt" : nullptr;
+    return link_ && firstLen_ <= existing_ ? "tempInfoOpt->length > oldSubOptLen" : nullptr;
+}
+
+bool InPlaceInsertion::build(Kcore::Bytes& data) const {
+    const bool whole = creates_ || copyExisting(data);
+    addMissing(data);
+    // The length counts only the header of a 152 with data that was taken out: zeros stand in for the data.
+    const std::size_t len = static_cast<std::size_t>(finalLen_);
+    const bool filled = data.size() == len;
+    data.resize(len);
+    return whole && filled && !cutsOthers() && isVendorDataReadable();
+}
+
+/// Copies what stays of the existing sub-options, in their order. False if the last one is cut.
+bool InPlaceInsertion::copyExisting(Kcore::Bytes& data) const {
+    bool whole = true;
+    walkSubOptionsUpTo(bytes_, dataAt_, stayingEnd(), [&](const Head& head) {
+        const Existing* const reused = args_.hasLinkSelection() ? recordOf(*this, head.code) : nullptr;
+        if (reused != nullptr) {
+            if (head.at == reused->at) reuse(data, head);  // repeats are not counted, and so taken out
+        } else if (addsVendorData() && foreignVendor_ && head.at == foreignVendor_.at) {
+            copyVendor(data, head);
+        } else {
+            const U32 there = std::min(head.wireBytes, stayingEnd() - head.at);
+            whole &= there == head.wireBytes;
+            data.append(bytes_.text(head.at, there));
+        }
+    });
+    return whole;
+}
+
+/// The sub-option 9 at `head` with the system's data behind its own.
+void InPlaceInsertion::copyVendor(Kcore::Bytes& data, const Head& head) const {
+    const Kcore::Bytes added = vendorBytes(args_);
+    data.push_back(head.code);
+    data.push_back(static_cast<U8>(head.len + added.size()));
+    data.append(bytes_.text(head.dataAt(), head.len));
+    data.append(added.span());
+}
+
+/// A 5, 11, 151 or 152 with its new value, or nothing if it is no longer wanted.
+void InPlaceInsertion::reuse(Kcore::Bytes& data, const Head& head) const {
+    const auto keep = [&] { data.append(bytes_.text(head.at, head.wireBytes)); };
+    switch (static_cast<SubCode>(head.code)) {
+        case SubCode::linkSelectionId:
+            return put(data, SubCode::linkSelectionId, Wire::imageOf(args_.linkSelection));
+        case SubCode::serverIdOverride:
+            if (args_.hasServerId()) put(data, SubCode::serverIdOverride, Wire::imageOf(args_.serverId));
+            return;
+        case SubCode::vpnId:
+            if (args_.vpnId.empty()) return;
+            // docs/compatibility.md#same-size-vrf-name-stays
+            return head.len == args_.vpnId.size() ? keep() : put(data, SubCode::vpnId, args_.vpnId.view());
+        default:
+            if (args_.hasVssControl()) keep();
+    }
+}
+
+void InPlaceInsertion::addMissing(Kcore::Bytes& data) const {
+    if (creates_ && !args_.circuitId.empty()) put(data, SubCode::circuitId, args_.circuitId.view());
+    if (creates_ && !args_.remoteId.empty()) put(data, SubCode::remoteIdOpt, args_.remoteId.view());
+    if (addsVendorData() && !foreignVendor_) put(data, SubCode::vendorSpecificSubOption, vendorBytes(args_).span());
+    if (!args_.hasLinkSelection()) return;
+    if (!link_) put(data, SubCode::linkSelectionId, Wire::imageOf(args_.linkSelection));
+    if (!server_ && args_.hasServerId()) put(data, SubCode::serverIdOverride, Wire::imageOf(args_.serverId));
+    if (!vpn_ && !args_.vpnId.empty()) put(data, SubCode::vpnId, args_.vpnId.view());
+    if (!vss_ && args_.hasVssControl()) put(data, SubCode::vssControl, std::string_view());
+}
+
+/// Whether readers find the system's data in the new option 82, if it was asked for.
+bool InPlaceInsertion::isVendorDataReadable() const {
+    if (!args_.hasVendorData()) return true;
+    if (ownVendor_) return readableVendorEnd_ <= stayingEnd();
+    if (!foreignVendor_ || !dhcpRelayTunnelEncapReplies()) return true;
+    return vendorBlocksIn(bytes_, foreignVendor_.at + SubOptionShape::headerBytes, foreignVendor_.len).all;
+}
+
+void InPlaceInsertion::traceAdditions() const {
+    constexpr int level = TraceLevel::verbose;
+    if (addsVendorData() && dhcpRelayTunnelEncapReplies())
+        Tyk::DualTrace(traceHandle(), level, {}, "{} Inserted Option 82 vendor-specific suboption information len: {}",
+                       caller, vendorAdded_);
+    else if (addsVendorData())
+        Tyk::DualTrace(traceHandle(), level, {}, "{} Inserted Option 82 vendor-specific suboption information", caller);
+    if (!args_.hasLinkSelection()) return;
+    Tyk::DualTrace(traceHandle(), level, {}, "{}Inserted Option 82 link selection information", caller);
+    if (!vpn_) Tyk::DualTrace(traceHandle(), level, {}, "{}Inserted Option 82 VRF information", caller);
+}
+
+}  // namespace DhcpLib

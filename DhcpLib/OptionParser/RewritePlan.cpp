@@ -1,0 +1,115 @@
+#include "DhcpLib/OptionParser/internal/RewritePlan.h"
+
+#include "DhcpLib/internal/Trace.h"
+#include "Kcore/Assert.h"
+
+namespace DhcpLib {
+
+namespace {
+
+// RFC 1542 lets a relay expect the size of a BOOTP message; a request without option 57 gets more room for the reply.
+constexpr U32 smallestRequest = 548, smallestOther = 300;
+
+/// Bytes that the packet has to grow by before the insertion.
+U32 growthFor(const Kitnet::Pkt& pkt, const RewritePlan& plan) {
+    const S32 padding = static_cast<S32>(pkt.bytes() - plan.endAt - 1);
+    return static_cast<U32>(std::max(plan.neededPadding - padding, 0));
+}
+
+/// Traces how the size is normalised, counted from the size that the insertion asked for.
+void traceNormalisation(const Kitnet::Pkt& pkt, const RewritePlan& plan) {
+    const U32 now = pkt.bytes() + growthFor(pkt, plan), later = plan.newBytes();
+    if (now - plan.offset > plan.smallestMessage)
+        Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "(final)deleting {} bytes from pkt({})", now - later,
+                       now);
+    else
+        Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "(final)adding {} bytes to pkt({})", later - now, now);
+}
+
+void writeInfo(Kitnet::Pkt& pkt, const RewritePlan& plan) {
+    Wire::store<U8>(pkt, plan.infoAt, static_cast<U8>(DhcpOptionType::infoOpt));
+    Wire::store<U8>(pkt, plan.infoAt + DhcpConst::optlen_offset, static_cast<U8>(plan.infoData.size()));
+    Wire::store(pkt, plan.infoAt + DhcpConst::optdata_offset, plan.infoData.span());
+}
+
+/// Whether anything but pads stands between option 82 and the end option.
+bool isInfoLast(Wire::ByteView bytes, const RewritePlan& plan) {
+    const U32 behind = plan.endAt - plan.infoEnd;
+    return bytes.zeroRun(plan.infoEnd, behind) == behind;
+}
+
+RelayRewriteVerdict verdictOf(Wire::ByteView bytes, const RewritePlan& plan) {
+    using enum RelayRewriteVerdict;
+    if (plan.breaksInfo) return infoOptionWouldBreak;
+    if (plan.hadInfo) return isInfoLast(bytes, plan) ? fine : infoOptionNotLast;
+    return OptionIndex(bytes, plan.offset).collected().info ? infoOptionBehindEnd : fine;
+}
+
+}  // namespace
+
+void RewritePlan::begin(const RewriteArgs& args, const RawOption& info, const RawOption& end, bool hasMaxMsgSize) {
+    smallestMessage = args.isRequest() && !hasMaxMsgSize ? smallestRequest : smallestOther;
+    endAt = infoAt = keptAt = keptEnd = end.at();
+    hadInfo = static_cast<bool>(info);
+    if (hadInfo) infoEnd = info.dataAt() + info.len();
+    if (hadInfo) infoAt = keptAt = info.at();
+}
+
+void RewritePlan::replaceInfo() {
+    writesInfo = true;
+    if (hadInfo) keptAt = infoEnd;
+}
+
+void RewritePlan::removeInfo() { keptAt = infoEnd; }
+
+void apply(Kitnet::Pkt& pkt, const RewritePlan& plan) {
+    traceNormalisation(pkt, plan);
+    const U32 was = pkt.bytes(), later = plan.newBytes(), endAt = plan.newEndAt();
+    // Tracing and growth may raise; from here on nothing does.
+    if (later > was) pkt.newSharedTailData(later - was);
+    Wire::move(pkt, plan.infoAt + plan.infoBytes(), plan.keptAt, plan.keptEnd - plan.keptAt);
+    if (plan.writesInfo) writeInfo(pkt, plan);
+    Wire::fill(pkt, endAt, later - endAt, 0);
+    Wire::store<U8>(pkt, endAt, static_cast<U8>(DhcpOptionType::endOpt));
+    if (later < was) pkt.delSharedTailData(was - later);
+}
+
+RelayRewriteForecast describe(Wire::ByteView bytes, const RewritePlan& plan) {
+    RelayRewriteForecast forecast;
+    forecast.verdict = plan.stop.refusal;
+    if (!plan.stop) {
+        forecast.verdict = verdictOf(bytes, plan);
+        forecast.messageBytes = plan.newBytes() - plan.offset;
+        return forecast;
+    }
+    forecast.messageBytes = bytes.from(plan.offset);
+    if (plan.stop.assertion == nullptr) return forecast;
+    forecast.verdict = RelayRewriteVerdict::assertion;
+    forecast.assertion = plan.stop.assertion;
+    return forecast;
+}
+
+void assertNotStopped(const RewritePlan& plan, const char* signature) {
+    if (plan.stop.assertion != nullptr) Kcore::assertionFailed(plan.stop.assertion, signature, "DhcpLib/OptionParser");
+}
+
+void traceGrowth(const Kitnet::Pkt& pkt, const RewritePlan& plan) {
+    if (const U32 growth = growthFor(pkt, plan); growth != 0)
+        Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "adding {} bytes to pkt({})", growth, pkt.bytes());
+}
+
+void traceRewriteEntry(std::string_view function, const RewriteArgs& args) {
+    Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {},
+                   "{}op: {}, infoOpt: {}, circuitId: {}, remoteId: {}, vpnId: {}, serverId: {}, linkselectionId: {}, "
+                   "offset: {}, vssControlDisable: {}, vendorSpecificSubOptIntfName: {}, "
+                   "vendorSpecificSubOptSrcVtepIp: {}",
+                   function, args.op, args.infoOpt, args.circuitId, args.remoteId, args.vpnId, args.serverId,
+                   args.linkSelection, args.offset, args.vssControlDisable, args.intfName, args.srcVtep);
+}
+
+RewriteStop refused(std::string_view function, RelayRewriteVerdict refusal) {
+    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {}, "{} refused: {}", function, refusal);
+    return {refusal};
+}
+
+}  // namespace DhcpLib

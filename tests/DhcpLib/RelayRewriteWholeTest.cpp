@@ -1,0 +1,149 @@
+#include <map>
+#include <new>
+
+#include "RelayRewriteRows.h"
+
+using namespace DhcpTest;
+using namespace DhcpTest::Relay;
+
+namespace {
+
+unsigned failingAllocation = 0;  // counts down to the one that fails; 0: none does
+
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+    if (failingAllocation != 0 && --failingAllocation == 0) throw std::bad_alloc();
+    if (void* const memory = std::malloc(bytes != 0 ? bytes : 1)) return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace {
+
+using SubOptions = std::map<U8, Octets>;
+
+/// What a first relay adds, without or with vendor data and a remote-id.
+RelayRewrite firstRelay(unsigned selection, bool vendor) {
+    RelayRewrite args{.circuitId = "Et1"};
+    if (vendor) args.remoteId = "sw1", args.vendorSpecificSubOptIntfName = "Et1";
+    if (selection >= 1) args.linkselectionId = Kitnet::IpAddr::fromText("10.1.5.1");
+    if (selection == 2 || selection >= 4) args.serverId = Kitnet::IpAddr::fromText("10.1.11.1");
+    if (selection >= 3) args.vpnId = "red";
+    args.vssControlDisable = selection == 5;
+    return args;
+}
+
+RelayRewrite secondRelay(unsigned i) {
+    RelayRewrite args{.circuitId = "Ethernet2", .remoteId = "switch2"};
+    const char* const names[] = {"", "blu", "purple"};
+    args.vpnId = names[i % 3];
+    args.vssControlDisable = i / 3 % 2 != 0;
+    if (i / 6 % 2 != 0) args.linkselectionId = linkAddress;
+    if (i / 12 % 2 != 0) args.serverId = serverAddress;
+    if (i / 24 % 2 != 0) args.vendorSpecificSubOptSrcVtepIp = tunnelAddress;
+    return args;
+}
+
+/// The sub-options of a message whose only option is 82. They end with it, and none is repeated.
+SubOptions subOptionsOf(const Octets& bytes) {
+    SubOptions found;
+    EXPECT_EQ(bytes.at(240), 82);
+    std::size_t at = 242;
+    const std::size_t end = at + bytes.at(241);
+    while (at < end) {
+        const std::size_t next = at + 2 + bytes.at(at + 1);
+        const U8* const data = &bytes.at(at + 2);
+        EXPECT_TRUE(found.emplace(bytes[at], Octets(data, data + bytes[at + 1])).second) << unsigned{bytes[at]};
+        at = next;
+    }
+    EXPECT_EQ(at, end);
+    EXPECT_EQ(bytes.at(end), 255);
+    return found;
+}
+
+Octets octets(std::string_view text) { return {text.begin(), text.end()}; }
+
+/// Option 82 as the second relay has to leave it, the vendor data apart.
+SubOptions expectedOf(SubOptions first, const RelayRewrite& args, Generation generation) {
+    const bool rebuilds = generation == newGeneration, selects = !args.linkselectionId.isAny();
+    SubOptions expected = first;
+    if (rebuilds) {
+        expected.emplace(1, octets(args.circuitId));
+        expected.emplace(2, octets(args.remoteId));
+    }
+    if (rebuilds || selects || first.contains(5))
+        for (const U8 code : hex("05 0B 97 98")) expected.erase(code);
+    if (selects) expected[5] = hex("0A 00 05 01");
+    if (!rebuilds && !selects) return expected;
+    if (!args.serverId.isAny()) expected[11] = hex("0A 00 0B 01");
+    const bool sameSize = first.contains(151) && first[151].size() == args.vpnId.size();
+    if (!args.vpnId.empty()) expected[151] = !rebuilds && sameSize ? first[151] : octets(args.vpnId);
+    if (!args.vpnId.empty() && !args.vssControlDisable) expected[152] = {};
+    return expected;
+}
+
+void expectWhole(const Octets& relayedOnce, const RelayRewrite& args, Generation generation) {
+    const SubOptions first = subOptionsOf(relayedOnce);
+    const PktPtr pkt = packet(relayedOnce);
+    const auto forecast = relayRewriteCheck(pkt, args, generation);
+    if (generation == newGeneration && first.contains(152) && !args.vpnId.empty()) {
+        EXPECT_EQ(forecast.verdict, Verdict::assertion);
+        return;
+    }
+    EXPECT_EQ(forecast.verdict, Verdict::fine);
+    EXPECT_TRUE(relayRewrite(pkt, args, generation));
+    EXPECT_EQ(forecast.messageBytes, pkt->bytes());
+    SubOptions second = subOptionsOf(bytesOf(*pkt)), expected = expectedOf(first, args, generation);
+    const bool asked = args.vendorSpecificSubOptSrcVtepIp.isUsable();
+    if (asked && !first.contains(9)) expected[9] = hex("00 00 7E D9 06 02 04 0A 00 09 01");
+    EXPECT_EQ(second, expected);
+}
+
+TEST(RelayRewrite, IsWholeBehindAnotherRelay) {
+    for (const Generation firstGeneration : {oldGeneration, newGeneration})
+        for (unsigned shape = 0; shape < 12; ++shape) {
+            const PktPtr pkt = packet(message("FF"));
+            ASSERT_TRUE(relayRewrite(pkt, firstRelay(shape / 2, shape % 2 != 0), firstGeneration));
+            for (unsigned second = 0; second < 48 && !testing::Test::HasFailure(); ++second)
+                for (const Generation generation : {oldGeneration, newGeneration}) {
+                    SCOPED_TRACE(testing::Message() << "shape " << shape << ", second arguments " << second);
+                    expectWhole(bytesOf(*pkt), secondRelay(second), generation);
+                }
+        }
+}
+
+/// Fails each allocation of a rewrite in turn. A smaller copy of the storage is the only one that is not needed.
+void expectUnchangedAfterFailures(const Octets& before, Kitnet::Pkt::Storage storage, const RelayRewrite& args,
+                                  Generation generation) {
+    const PktPtr unhindered = packet(before, storage);
+    ASSERT_TRUE(relayRewrite(unhindered, args, generation));
+    for (unsigned nth = 1;; ++nth) {
+        const PktPtr pkt = packet(before, storage);
+        failingAllocation = nth;
+        try {
+            relayRewrite(pkt, args, generation);
+            const bool allDone = failingAllocation != 0;
+            failingAllocation = 0;
+            expectBytes(*pkt, bytesOf(*unhindered));
+            if (allDone) return;
+        } catch (const std::bad_alloc&) {
+            expectBytes(*pkt, before);
+        }
+    }
+}
+
+TEST(RelayRewrite, LeavesThePacketAsItWasWithoutMemory) {
+    const RelayRewrite add{.circuitId = "ab", .linkselectionId = linkAddress, .vendorSpecificSubOptIntfName = "Et1"};
+    const RelayRewrite remove{.op = reply, .vendorSpecificSubOptIntfName = "Et1"};
+    const Octets ends[] = {hex("FF"), hex("FF EE*400"), hex("2B FE 11*254 2B FE 22*254 2B FE 33*254 2B FE 44*254 FF")};
+    for (const char* const info : {"", "52 0D 09 07 00 00 00 09 02 'AB' 01 02 'xy'"})
+        for (const Octets& end : ends)
+            for (const auto storage : {Kitnet::Pkt::Storage::tight, Kitnet::Pkt::Storage::roomy})
+                for (const RelayRewrite& args : {add, remove})
+                    for (const Generation generation : {oldGeneration, newGeneration})
+                        expectUnchangedAfterFailures(message(hex(info) + end), storage, args, generation);
+}
+
+}  // namespace
