@@ -40,8 +40,7 @@ std::string endsOf(const std::vector<std::string>& lines) {
 }
 
 TEST(RelayInfo, IsReadByBothGenerations) {
-    constexpr char noEnd[] = "DHCP packet missing end option", spacedNoEnd[] = " DHCP packet missing end option",
-                   noInfo[] = " DHCP packet has no Option 82 information";
+    constexpr char noEnd[] = "DHCP packet missing end option", spacedNoEnd[] = " DHCP packet missing end option";
     const struct {
         const char* rule;
         Octets bytes;
