@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "Bytes.h"
-#include "OptionModel.h"
 #include "Recorders.h"
+#include "RelayInfoReader.h"
 
 using namespace DhcpLib;
 using namespace DhcpTest;
@@ -12,8 +12,8 @@ using namespace DhcpTest;
 namespace {
 
 /// The outputs that were written.
-std::string textOf(const Model::RelayInfo& r) {
-    const Model::RelayInfo untouched;
+std::string textOf(const RelayInfo& r) {
+    const RelayInfo untouched;
     std::string out = r.ok ? "true" : "false";
     const auto add = [&](const char* name, const auto& value, const auto& before) {
         if (!(value == before)) Kcore::appendText(out.append(name), value);
@@ -72,9 +72,9 @@ TEST(RelayInfo, IsReadByBothGenerations) {
         SCOPED_TRACE(row.rule);
         for (const U32 offset : {0u, 7u}) {  // an option may overrun the packet by these
             const PktPtr pkt = packet(Octets(offset, scratch) + row.bytes);
-            EXPECT_EQ(textOf(Model::readInfo(parseInfoOpt, pkt, offset)), row.raw);
+            EXPECT_EQ(textOf(readInfo(parseInfoOpt, pkt, offset)), row.raw);
             EXPECT_EQ(endsOf(trace.lines()), row.rawLines);
-            EXPECT_EQ(textOf(Model::readInfo(parseInfoOptNew, pkt, offset)), row.views);
+            EXPECT_EQ(textOf(readInfo(parseInfoOptNew, pkt, offset)), row.views);
             EXPECT_EQ(endsOf(trace.lines()), row.viewsLines);
         }
     }

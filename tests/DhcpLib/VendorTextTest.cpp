@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "OptionModel.h"
 #include "Recorders.h"
+#include "RelayInfoReader.h"
 
 using namespace DhcpLib;
 using namespace DhcpTest;
@@ -25,7 +25,7 @@ TEST(VendorText, HoldsTheNameBehindTheNumberAndALength) {
         const Octets bytes = message(Octets{82, static_cast<U8>(subOption.size())} + subOption + hex("FF 00"));
         for (const PktPtr& pkt : packets(bytes)) {
             TraceRecorder trace(4);
-            EXPECT_EQ(Model::readInfo(parseInfoOpt, pkt, 0).intfName, row.name) << row.rule;
+            EXPECT_EQ(readInfo(parseInfoOpt, pkt, 0).intfName, row.name) << row.rule;
             std::vector<std::string> lines;
             if (row.name != std::string("-"))
                 lines.push_back(
@@ -36,7 +36,7 @@ TEST(VendorText, HoldsTheNameBehindTheNumberAndALength) {
         }
         // The views know one layout only.
         const bool otherLayout = row.rule == std::string("the other layout");
-        EXPECT_EQ(Model::readInfo(parseInfoOptNew, packet(bytes), 0).intfName, otherLayout ? "Et1" : "-") << row.rule;
+        EXPECT_EQ(readInfo(parseInfoOptNew, packet(bytes), 0).intfName, otherLayout ? "Et1" : "-") << row.rule;
     }
 }
 

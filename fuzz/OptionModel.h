@@ -8,6 +8,7 @@
 #include "Bytes.h"
 #include "DhcpLib/DhcpHdr.h"
 #include "DhcpLib/OptionParser.h"
+#include "RelayInfoReader.h"
 
 /// The readers of the options area a second time, each walking the bytes by itself and one step after the other: what
 /// the library, which walks once for all of them, is compared with. Bytes past the end read as 0.
@@ -16,6 +17,8 @@ namespace DhcpTest::Model {
 using Kcore::Duration;
 using Kcore::String;
 using Kitnet::IpAddr;
+using DhcpTest::readInfo;
+using DhcpTest::RelayInfo;
 
 inline U8 at(const Octets& bytes, std::size_t pos) { return pos < bytes.size() ? bytes[pos] : U8{0}; }
 inline U32 number(const Octets& bytes, std::size_t pos) {
@@ -152,24 +155,6 @@ inline Places optionsOf(const Octets& bytes, U16 offset) {
         cursor = next;
     }
     return places;
-}
-
-/// Outputs of parseInfoOpt and parseInfoOptNew; what they leave alone stays as it is here.
-struct RelayInfo {
-    bool ok = false;
-    String circuitId = "-", remoteId = "-", vpnId = "-";
-    bool vssControl = false;
-    IpAddr serverIdOverride, linkSelection;
-    String intfName = "-";
-    Kitnet::IpGenAddr srcVtepIp;
-    friend bool operator==(const RelayInfo&, const RelayInfo&) = default;
-};
-
-inline RelayInfo readInfo(decltype(&DhcpLib::parseInfoOpt) reader, const PktPtr& pkt, U32 offset) {
-    RelayInfo r;
-    r.ok = reader(pkt, r.circuitId, r.remoteId, r.vpnId, r.vssControl, r.serverIdOverride, r.linkSelection, r.intfName,
-                  r.srcVtepIp, offset);
-    return r;
 }
 
 /// Takes a sub-option of option 82.
