@@ -79,7 +79,6 @@ def measured(name, protocol, rate, seconds):
 def compare(arguments):
     """Pairs of runs, the order changing from pair to pair; the medians of each figure and of its ratio in the pairs."""
     require("dhcrelay")
-    os.nice(-10)  # other work on the machine disturbs less
     missed = False
     for protocol in arguments.protocols:
         rounds = {OWN: [], ISC: []}
@@ -141,6 +140,7 @@ def main():
             sub.add_argument("--rate", type=int, default=2000)
             sub.add_argument("--protocols", type=int, nargs="+", choices=(4, 6), default=(4, 6))
     arguments = parser.parse_args()
+    os.nice(-10)  # other work on the machine disturbs less
     sys.exit(arguments.command(arguments))
 
 

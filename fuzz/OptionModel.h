@@ -14,11 +14,11 @@
 /// the library, which walks once for all of them, is compared with. Bytes past the end read as 0.
 namespace DhcpTest::Model {
 
+using DhcpTest::readInfo;
+using DhcpTest::RelayInfo;
 using Kcore::Duration;
 using Kcore::String;
 using Kitnet::IpAddr;
-using DhcpTest::readInfo;
-using DhcpTest::RelayInfo;
 
 inline U8 at(const Octets& bytes, std::size_t pos) { return pos < bytes.size() ? bytes[pos] : U8{0}; }
 inline U32 number(const Octets& bytes, std::size_t pos) {

@@ -192,7 +192,7 @@ def flood(rate=20000, seconds=4, options=()):
         print(lab.counters(agent))
         told = outcome(floods[0])
         print("flood:", told)
-        assert told["started"] >= 0.9 * rate * seconds, told
+        assert told["started"] >= 0.5 * rate * seconds, told
         floods.append(lab.load("c1", "--flood", "--rate", rate, "--seconds", 2))
         time.sleep(0.5)
         started = time.monotonic()
