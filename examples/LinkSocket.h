@@ -6,10 +6,10 @@
 #include "Kitnet/IpAddr.h"
 #include "Kitnet/Pkt.h"
 
-/// A client-facing interface: whole frames in and out of a packet socket (packet(7)). Needs CAP_NET_RAW.
+/// A client-facing interface: sends and receives whole frames through a packet socket (packet(7)). Needs CAP_NET_RAW.
 class LinkSocket {
 public:
-    /// Frames of that EtherType only. Raises std::system_error, saying what failed for which interface.
+    /// Receives frames of this EtherType only. Throws std::system_error that names the interface and what failed.
     LinkSocket(const std::string& interfaceName, Kitnet::U16 etherType);
     LinkSocket(const LinkSocket&) = delete;
     LinkSocket& operator=(const LinkSocket&) = delete;
@@ -19,13 +19,13 @@ public:
     const std::string& name() const { return name_; }
     unsigned index() const { return index_; }
     const Kitnet::EthAddr& mac() const { return mac_; }
-    /// The interface's first IPv4 address; 0.0.0.0 where it has none.
+    /// The interface's first IPv4 address; 0.0.0.0 if it has none.
     const Kitnet::IpAddr& address() const { return address_; }
 
-    /// The next frame that came in from the link, with the tag that the kernel took out of it beside it; null where
-    /// none waits. Frames that the host itself sends are passed over.
+    /// The next received frame, with the tag that the kernel took out of it; null if none is waiting. Frames that the
+    /// host itself sends are skipped.
     Kcore::Ptr<Kitnet::Pkt> receive();
-    /// False where the kernel does not take the frame.
+    /// Returns false if the kernel refuses the frame.
     bool send(const Kitnet::Pkt& frame);
 
 private:
@@ -36,7 +36,7 @@ private:
     Kitnet::IpAddr address_;
 };
 
-/// Where a UDP datagram goes and comes from.
+/// Source and destination of a UDP datagram.
 struct UdpFlow {
     Kitnet::EthAddr srcMac, dstMac;
     Kitnet::IpAddr src, dst;
@@ -44,5 +44,5 @@ struct UdpFlow {
     int vlan = 0;  ///< 0: untagged
 };
 
-/// Puts UDP, IPv4, and Ethernet headers with right lengths and checksums in front of the payload that `pkt` holds.
+/// Adds Ethernet, IPv4 and UDP headers in front of the payload in `pkt`, with correct lengths and checksums.
 void frameUdp(Kitnet::Pkt& pkt, const UdpFlow& flow);

@@ -1,8 +1,9 @@
-// A DHCPv6 relay agent (RFC 8415, section 19) on top of the library's views.
+// A DHCPv6 relay agent (RFC 8415, section 19), built on the library's views.
 //
-// Clients' messages come in as frames, so that the client's link-layer address is known (RFC 6939); messages of relays
-// behind us come in on UDP port 547, as the servers' replies do. What goes up is wrapped in a relay-forward, what comes
-// down is unwrapped and goes where its peer address and interface-id say. One process, one loop.
+// It receives clients' messages as frames, so that it knows the client's link-layer address (RFC 6939). Messages of
+// relays between us and the client, and replies of servers, arrive on UDP port 547. Requests are wrapped in a
+// relay-forward. Replies are unwrapped and sent to their peer address on the interface that the interface-id names. One
+// process, one event loop.
 
 #include <arpa/inet.h>
 #include <ifaddrs.h>
@@ -57,7 +58,7 @@ Settings settingsOf(int argc, char** argv) {
 
 bool isLinkLocal(const Ip6Addr& a) { return a.byte(0) == 0xfe && (a.byte(1) & 0xc0) == 0x80; }
 
-/// The interface's first address that is not of its link alone; :: where it has none.
+/// The interface's first address that is not link-local; :: if it has none.
 Ip6Addr globalAddressOf(const std::string& interfaceName) {
     Ip6Addr found;
     ifaddrs* all = nullptr;
@@ -80,17 +81,17 @@ sockaddr_in6 socketAddress(const Ip6Addr& address, U16 port, unsigned scope = 0)
     return s;
 }
 
-/// What is known of a message that is to be relayed.
+/// What is known about a message to be relayed.
 struct Origin {
     LinkSocket& client;
     Ip6Addr peer;
     U8 hopCount = 0;
     Ip6Addr linkAddr;
-    EthAddr mac;  ///< of a client on the link; zero behind another relay
+    EthAddr mac;  ///< of a client on the link; zero if another relay is between us and the client
     unsigned vlan = 0;
 };
 
-/// Builds a relay-forward. Each function raises std::length_error where its option does not fit.
+/// Builds a relay-forward. Each function throws std::length_error if its option does not fit.
 class RelayForward {
 public:
     explicit RelayForward(const Origin& origin)
@@ -121,7 +122,7 @@ public:
     }
     void addVss(const std::string& vrf) {
         const auto view = dhcp6VirtualSubnetSelectionFactory(add(Dhcp6OptionType::vss, 1 + vrf.size()));
-        view->vssTypeIs(0);  // an NVT ASCII name
+        view->vssTypeIs(0);  // NVT ASCII
         view->vrfNameIs(L3::VrfName(vrf));
     }
     void addClientLinkLayerAddr(const EthAddr& mac) {
@@ -133,7 +134,7 @@ public:
     const Kitnet::Pkt& packet() const { return *message_.pkt(); }
 
 private:
-    /// An option with zero bytes as its data.
+    /// Adds an option with `len` zero bytes of data.
     Dhcp6Option::Ptr add(Dhcp6OptionType type, std::size_t len) {
         const Dhcp6Option::Ptr option = message_.add(type, len);
         if (!option) throw std::length_error("relay-forward");
@@ -205,7 +206,7 @@ void Relay6Agent::run(int signals) {
     }
 }
 
-/// Messages of clients on the link; the parser refuses relay messages, which the UDP socket gives us.
+/// Handles messages of clients on the link. The parser rejects relay messages; those arrive on the UDP socket.
 void Relay6Agent::handleFrames(LinkSocket& client) {
     while (const PktPtr pkt = client.receive()) {
         Dhcp6PacketParser parser(config_);
@@ -223,7 +224,7 @@ void Relay6Agent::handleFrames(LinkSocket& client) {
                                 parser.dhcp6MsgType() == Dhcp6MsgType::reconfigure;
         if (!toServer || fromServer) continue;
         if (parser.udpLen() < udpHeader + Dhcp6Const::reghdr_size || parser.udpLen() - udpHeader > pkt->bytes() - at) {
-            drop("cut or malformed frame");
+            drop("malformed frame");
             continue;
         }
         const Ip6Addr link = globalAddressOf(client.name());
@@ -264,7 +265,8 @@ void Relay6Agent::handleDatagrams() {
         if (n < 0) return;
         const PktPtr pkt = Kitnet::globalPktManager().newPkt({buffer.data(), static_cast<std::size_t>(n)});
         const auto type = static_cast<Dhcp6MsgType>(Wire::load<U8>(*pkt, 0));
-        if (type != Dhcp6MsgType::relayForward && type != Dhcp6MsgType::relayReply) continue;  // came in as a frame
+        if (type != Dhcp6MsgType::relayForward && type != Dhcp6MsgType::relayReply)
+            continue;  // a client's message, which also arrived as a frame
         if (!dhcp6OptionBasicCheck(pkt, 0)) {
             drop("malformed relay message");
             continue;
@@ -279,7 +281,7 @@ void Relay6Agent::handleDatagrams() {
     }
 }
 
-/// A relay behind us: one hop more, up to the limit (RFC 8415, section 19.1.2).
+/// Relays a message of another relay. The hop count is incremented up to the limit (RFC 8415, section 19.1.2).
 void Relay6Agent::handleRelayForward(const PktPtr& pkt, const sockaddr_in6& from, unsigned interfaceIndex) {
     const U8 hops = Dhcp6RelayHdr(pkt, 0).hopCount();
     if (hops >= Constants::dhcp6HopCountLimit) return drop("hop count limit");
@@ -290,17 +292,17 @@ void Relay6Agent::handleRelayForward(const PktPtr& pkt, const sockaddr_in6& from
         return forward({*client, peer, static_cast<U8>(hops + 1), link, EthAddr(), settings_.nativeVlan},
                        {pkt->data(), pkt->bytes()});
     }
-    drop("relay on an interface that is not ours");
+    drop("relay on an unknown interface");
 }
 
-/// The message inside goes to the peer, on the interface that our interface-id names.
+/// Sends the message inside to the peer, on the interface that our interface-id names.
 void Relay6Agent::handleRelayReply(const PktPtr& pkt) {
     const Dhcp6RelayHdr header(pkt, 0);
     const Dhcp6Options options(pkt, Dhcp6Const::relayhdr_size);
     const auto inner = options.option(Dhcp6OptionType::relayMsg);
     const auto interfaceId = options.option(Dhcp6OptionType::interfaceId);
-    if (!inner || inner->len() < Dhcp6Const::reghdr_size || !interfaceId) return drop("reply without its message");
-    // Not the view: what a stranger sends could make it raise.
+    if (!inner || inner->len() < Dhcp6Const::reghdr_size || !interfaceId) return drop("reply without a message");
+    // Decodes without a view, which would throw for some malformed data.
     const InterfaceIdFields name = decodeInterfaceId(interfaceId->dataText());
     for (const auto& client : clients_) {
         if (client->name() != name.intfName) continue;
@@ -314,7 +316,7 @@ void Relay6Agent::handleRelayReply(const PktPtr& pkt) {
             std::cout << "returned to " << header.peerAddr() << " on " << client->name() << std::endl;
         return;
     }
-    drop("reply to no interface of ours");
+    drop("reply for an unknown interface");
 }
 
 void Relay6Agent::printCounts() const {

@@ -1,7 +1,8 @@
-// A DHCPv4 relay agent (RFC 1542, RFC 3046) on top of the library: the worked example.
+// A DHCPv4 relay agent (RFC 1542, RFC 3046): the main example of the library.
 //
-// Requests come in as frames on the client-facing interfaces, get option 82 and go to every server; replies come in on
-// UDP port 67, lose it, and go out as frames on the interface that the circuit-id names. One process, one loop.
+// It receives requests as frames on the client-facing interfaces, adds option 82, and sends them to every server. It
+// receives replies on UDP port 67, removes option 82, and sends them as frames on the interface that the circuit-id
+// names. One process, one event loop.
 
 #include <arpa/inet.h>
 #include <net/ethernet.h>
@@ -27,7 +28,7 @@ using namespace DhcpLib;
 using Kitnet::EthAddr;
 using Kitnet::IpAddr;
 
-/// What becomes of a request that carries option 82 already (RFC 3046, section 2.1.1).
+/// What to do with a request that already has an option 82 (RFC 3046, section 2.1.1).
 enum class Existing { keep, replace, forward, discard };
 
 struct Settings {
@@ -58,18 +59,21 @@ Settings settingsOf(int argc, char** argv) {
     app.add_flag("--no-vss-control", s.noVssControl, "Leave out sub-option 152");
     app.add_flag("--vendor-interface", s.vendorInterface, "Add the interface's name in the vendor-specific sub-option");
     app.add_option("--vendor-vtep", s.vendorVtep, "Add this tunnel endpoint in the vendor-specific sub-option");
-    app.add_flag("--restore-server-id", s.restoreServerId, "Put the real server into replies as server identifier");
+    app.add_flag("--restore-server-id", s.restoreServerId,
+                 "Write the address of the real server into the server identifier of replies");
     app.add_option("--native-vlan", s.nativeVlan, "VLAN of untagged frames")->check(CLI::Range(1, 4094));
-    app.add_option("--hop-limit", s.hopLimit, "Drop requests that made this many hops")->check(CLI::Range(1, 254));
+    app.add_option("--hop-limit", s.hopLimit, "Drop requests with at least this many hops")->check(CLI::Range(1, 254));
     app.add_option("--mtu", s.mtu, "Drop messages that would not fit")->check(CLI::Range(576, 65535));
     const std::map<std::string, RelayGeneration> generations{{"old", RelayGeneration::preparePacket},
                                                              {"new", RelayGeneration::preparePacketNew}};
-    app.add_option("--generation", s.generation, "Which rewriting function")->transform(CLI::Transformer(generations));
+    app.add_option("--generation", s.generation, "Rewriting function: old (preparePacket) or new (preparePacketNew)")
+        ->transform(CLI::Transformer(generations));
     const std::map<std::string, Existing> policies{{"keep", Existing::keep},
                                                    {"replace", Existing::replace},
                                                    {"forward", Existing::forward},
                                                    {"discard", Existing::discard}};
-    app.add_option("--existing", s.existing, "A request with option 82: keep|replace|forward|discard")
+    app.add_option("--existing", s.existing,
+                   "What to do with a request that has option 82: keep|replace|forward|discard")
         ->transform(CLI::Transformer(policies));
     app.add_flag("-v,--verbose", s.verbose, "Print a line for each message");
     try {
@@ -127,7 +131,7 @@ RelayAgent::RelayAgent(const Settings& settings)
     : settings_(settings), serverSocket_(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
     for (const std::string& name : settings.clients) {
         clients_.push_back(std::make_unique<LinkSocket>(name, U16{ETH_P_IP}));
-        if (giaddrOf(*clients_.back()).isAny()) throw std::runtime_error(name + " has no address to relay with");
+        if (giaddrOf(*clients_.back()).isAny()) throw std::runtime_error(name + " has no IPv4 address");
         config_->switchIntfConfigIs(Kitnet::IntfId(name))->nativeVlanIs(Bridging::VlanId(settings.nativeVlan));
     }
     for (const std::string& server : settings.servers)
@@ -152,7 +156,8 @@ void RelayAgent::run(int signals) {
     }
 }
 
-/// A frame from the clients' link: what is no request, and what another relay has marked as ours, goes no further.
+/// Handles a frame from the clients' link. Drops what is not a request, and requests that another host has marked as
+/// ours.
 void RelayAgent::handleFrame(LinkSocket& client) {
     while (const PktPtr pkt = client.receive()) {
         PacketParser parser(config_);
@@ -167,7 +172,7 @@ void RelayAgent::handleFrame(LinkSocket& client) {
         }
         if (parser.udpDstPort().value() != Constants::dhcpServerPort) continue;
         if (parser.dhcpOpType() != BootpOpType::bootpReq)
-            drop("no request");
+            drop("not a request");
         else if (!parser.isDhcp())
             drop("BOOTP without options");
         else
@@ -199,7 +204,7 @@ RelayRewrite RelayAgent::rewriteFor(const LinkSocket& client, const PacketParser
     return r;
 }
 
-/// Never lets a stranger's packet reach an assertion: asks first.
+/// Calls relayRewriteCheck first, so that no packet from the network can fail an assertion.
 bool RelayAgent::rewrite(const PktPtr& pkt, const RelayRewrite& r) {
     const RelayRewriteForecast forecast = relayRewriteCheck(pkt, r, settings_.generation);
     if (!forecast.isRewritable()) {
@@ -214,7 +219,7 @@ bool RelayAgent::rewrite(const PktPtr& pkt, const RelayRewrite& r) {
     return relayRewrite(pkt, r, settings_.generation);
 }
 
-/// What is to be done about an option 82 that a client or another relay put in.
+/// Applies the policy for an option 82 that a client or another relay has added.
 bool RelayAgent::applyPolicy(const PktPtr& pkt, RelayRewrite& r) {
     DhcpMsgOptions options(pkt, static_cast<U16>(r.offset + Constants::bootpHdrSize + sizeof(U32)));
     if (!options.option().contains(DhcpOptionType::infoOpt)) return true;
@@ -238,14 +243,14 @@ bool RelayAgent::applyPolicy(const PktPtr& pkt, RelayRewrite& r) {
 void RelayAgent::forward(LinkSocket& client, const PktPtr& pkt, const PacketParser& parser) {
     const IpAddr giaddr = giaddrOf(client);
     const bool relayedBefore = !parser.giaddr().isAny();
-    if (parser.giaddr() == giaddr) return drop("giaddr is ours");
+    if (parser.giaddr() == giaddr) return drop("giaddr is our own");
     if (DhcpHdrWrapper(pkt, parser.offset()).hops() >= settings_.hopLimit) return drop("hop limit");
 
     RelayRewrite r = rewriteFor(client, parser);
-    if (relayedBefore) r.infoOpt = false;  // the first relay's word on where the client is stands
+    if (relayedBefore) r.infoOpt = false;  // the first relay knows where the client is
     if (!relayedBefore && !applyPolicy(pkt, r)) return;
     if (!rewrite(pkt, r)) return;
-    DhcpHdrWrapper view(pkt, parser.offset());  // made anew: the rewrite may have moved the bytes
+    DhcpHdrWrapper view(pkt, parser.offset());  // created here, since the rewrite may have moved the bytes
     DhcpHdr& header = *view.header();
     header.hopsInc(1);
     if (!relayedBefore) header.giaddrIs(giaddr);
@@ -295,21 +300,22 @@ void RelayAgent::handleReply() {
             drop("malformed reply");
             continue;
         }
-        if (parser.dhcpOpType() != BootpOpType::bootpRep) continue;  // a client's: it came in as a frame, too
+        if (parser.dhcpOpType() != BootpOpType::bootpRep)
+            continue;  // a client's message, which also arrived as a frame
         unsigned vlan = 0;
         LinkSocket* client = clientOf(pkt, parser, vlan);
         RelayRewrite removal;
         removal.op = BootpOption::bootpReply;
         removal.vendorSpecificSubOptIntfName = client != nullptr ? client->name() : "";
         if (client == nullptr)
-            drop("reply to no interface of ours");
+            drop("reply for an unknown interface");
         else if (rewrite(pkt, removal) &&
                  (!settings_.restoreServerId || setServerId(pkt, IpAddr(ntohl(from.sin_addr.s_addr)))))
             deliver(*client, vlan, pkt);
     }
 }
 
-/// To the client's hardware address unless it asked for a broadcast (RFC 2131, section 4.1).
+/// Sends to the client's hardware address, or as a broadcast if the client asked for it (RFC 2131, section 4.1).
 void RelayAgent::deliver(LinkSocket& client, unsigned vlan, const PktPtr& pkt) {
     const DhcpHdr header = Wire::load<DhcpHdr>(*pkt, 0);
     UdpFlow flow{client.mac(),    header.chaddr(),           giaddrOf(client),

@@ -10,8 +10,8 @@
 #include "DhcpLib/OptionParser.h"
 #include "RelayInfoReader.h"
 
-/// The readers of the options area a second time, each walking the bytes by itself and one step after the other: what
-/// the library, which walks once for all of them, is compared with. Bytes past the end read as 0.
+/// Independent models of the readers of the options area. Each walks the bytes on its own, step by step, while the
+/// library walks once for all readers. Bytes past the end read as 0.
 namespace DhcpTest::Model {
 
 using DhcpTest::readInfo;
@@ -35,7 +35,7 @@ inline String text(const Octets& bytes, std::size_t pos, std::size_t n) {
     return out;
 }
 
-/// What a checked walk comes to: nothing or a reason, and the last place of each code.
+/// Result of a checked walk: empty or the reason of its failure, and the last position of each code.
 struct Area {
     std::string failure;
     std::map<U8, U32> last;
@@ -68,8 +68,8 @@ inline std::pair<String, int> messageType(const Octets& bytes, U32 offset) {
     return {std::string("DHCP") + names[type], type};
 }
 
-/// Success, lease time, last transaction time, addresses, server identifier, and the three flags. What stays as it was
-/// is what `LeaseReply()` holds.
+/// Return value, lease time, last transaction time, addresses, server identifier, and the three flags. Outputs that are
+/// not written keep the values of `LeaseReply()`.
 struct LeaseReply {
     bool ok = false;
     Duration leaseTime{-1}, lastTransactionTime{-1};
@@ -110,7 +110,7 @@ inline LeaseReply leaseQuery(const Octets& bytes, U32 offset) {
     return r;
 }
 
-/// Success, host name, parameter request list and vendor class; each was "-" before.
+/// Return value, host name, parameter request list and vendor class; the texts were "-" before the call.
 using Profile = std::tuple<bool, String, String, String>;
 
 inline Profile readProfile(const PktPtr& pkt, U32 offset) {
@@ -132,7 +132,7 @@ inline Profile profile(const Octets& bytes, U32 offset) {
     return {true, data(12), list, data(60)};
 }
 
-/// The codes that a keyed collection holds, and where.
+/// Codes and positions of the options in a keyed collection.
 using Places = std::map<U8, U16>;
 
 template <class Collection>
@@ -157,7 +157,7 @@ inline Places optionsOf(const Octets& bytes, U16 offset) {
     return places;
 }
 
-/// Takes a sub-option of option 82.
+/// Handles a sub-option of option 82.
 inline void takeSubOption(const Octets& bytes, U8 code, U8 len, U32 data, RelayInfo& r) {
     if (code == 1) r.circuitId = text(bytes, data, len);
     if (code == 2) r.remoteId = text(bytes, data, len);
@@ -166,7 +166,7 @@ inline void takeSubOption(const Octets& bytes, U8 code, U8 len, U32 data, RelayI
     if (code == 11) r.serverIdOverride = address(bytes, data);
     if (code == 5) r.linkSelection = address(bytes, data);
 }
-/// Takes a data item of the system's enterprise block.
+/// Handles a data item of the own vendor block.
 inline void takeVendorItem(const Octets& bytes, U8 code, U8 len, U32 data, RelayInfo& r) {
     if (code == 1) r.intfName = text(bytes, data, len);
     if (code == 2 && len == 4) r.srcVtepIp = address(bytes, data);
@@ -176,7 +176,7 @@ inline void takeVendorItem(const Octets& bytes, U8 code, U8 len, U32 data, Relay
     r.srcVtepIp = Kitnet::Ip6Addr::fromBytes(sixteen);
 }
 
-/// parseInfoOptNew, by the public views.
+/// Model of parseInfoOptNew that uses the public views.
 inline RelayInfo infoNew(const PktPtr& pkt, U32 offset) {
     RelayInfo r;
     const Octets bytes = bytesOf(*pkt);
@@ -198,7 +198,7 @@ inline RelayInfo infoNew(const PktPtr& pkt, U32 offset) {
     return r;
 }
 
-/// The system's block among those of the sub-option 9 at `pos`, the last item of each code.
+/// Finds the own block in the sub-option 9 at `pos`, and the last item of each code in it.
 inline void takeVendorBlock(const Octets& bytes, U32 pos, RelayInfo& r) {
     const U32 total = at(bytes, pos + 1);
     U32 block = pos + 2, passed = 0;
@@ -220,7 +220,7 @@ inline void takeVendorBlock(const Octets& bytes, U32 pos, RelayInfo& r) {
     for (const auto& [code, place] : items) takeVendorItem(bytes, code, at(bytes, place + 1), place + 2, r);
 }
 
-/// parseInfoOpt: every item from the last option 82's data up to the end option.
+/// Model of parseInfoOpt: reads all items from the last option 82's data up to the end option.
 inline RelayInfo info(const Octets& bytes, U32 offset) {
     RelayInfo r;
     const Area area = walk(bytes, offset);

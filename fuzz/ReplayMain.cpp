@@ -41,7 +41,7 @@ void keepRunningInput() {
     if (std::FILE* file = std::fopen(failedInput.c_str(), "wb")) {
         std::fwrite(running->data(), 1, running->size(), file);
         std::fclose(file);
-        std::fprintf(stderr, "the input of %zu bytes that failed is in ./%s\n", running->size(), failedInput.c_str());
+        std::fprintf(stderr, "failed input of %zu bytes saved to ./%s\n", running->size(), failedInput.c_str());
     }
     running = nullptr;
 }

@@ -16,7 +16,7 @@ using Kcore::U8;
 using Octets = std::vector<U8>;
 using PktPtr = Kcore::Ptr<Kitnet::Pkt>;
 
-/// Bytes as a test row spells them: "35 01 05", "00*12" for twelve times 00, "'abc'" for the text itself.
+/// Bytes in the notation of test rows: "35 01 05" in hex, "00*12" for twelve bytes 00, "'abc'" for text.
 inline Octets hex(std::string_view text) {
     Octets bytes;
     for (std::size_t i = 0; i < text.size();) {
@@ -49,7 +49,7 @@ inline Octets first(const Octets& bytes, std::size_t n) {
 
 inline constexpr U8 scratch = 0xa5;
 
-/// A DHCP message: a BOOTP header of scratch bytes, the magic cookie, then `options`.
+/// A DHCP message: a BOOTP header filled with `scratch`, the magic cookie, then `options`.
 inline Octets message(const Octets& options) { return Octets(236, scratch) + hex("63 82 53 63") + options; }
 inline Octets message(std::string_view options) { return message(hex(options)); }
 
@@ -57,7 +57,8 @@ inline PktPtr packet(const Octets& bytes, Kitnet::Pkt::Storage storage = Kitnet:
     return Kitnet::Pkt::Manager(storage).newPkt(bytes);
 }
 
-/// The packet in every kind of storage: with nothing behind its bytes, and with junk that must not matter.
+/// The packet in every kind of storage: ending where the buffer ends, and followed by two kinds of junk, which must not
+/// change any result.
 inline std::vector<PktPtr> packets(const Octets& bytes) {
     std::vector<PktPtr> all{packet(bytes)};
     for (const U8 junk : {U8{0xff}, U8{0x01}}) {

@@ -25,8 +25,8 @@ inline bool becomesReadable(int fd) {
     return ::poll(&wanted, 1, 10000) == 1;
 }
 
-/// Lets `kni` take in what the kernel tells until `seen`: some of it, such as an operational state, comes a while after
-/// the command.
+/// Handles kernel messages until `seen` returns true. Some changes, such as the operational state, are reported some
+/// time after the command.
 template <class Seen>
 void followUntil(KernelNetInfo::Status& kni, Seen seen) {
     do kni.handleReadable();
@@ -34,8 +34,8 @@ void followUntil(KernelNetInfo::Status& kni, Seen seen) {
     EXPECT_TRUE(seen());
 }
 
-/// Runs each test in a network namespace of its own, where "va" and "vb" are the two ends of one link. That takes root;
-/// the tests of other users are skipped.
+/// Runs each test in a network namespace of its own with a veth pair "va" and "vb". Needs root; skips the test
+/// otherwise.
 class NetNamespace : public testing::Test {
 protected:
     void SetUp() override {
@@ -54,18 +54,18 @@ protected:
         ip("link add va type veth peer name vb");
         linkUp();
     }
-    /// Both ends up and running: the kernel drops what is sent before, and settles it a while after the command.
+    /// Waits until both ends are up: before that, the kernel drops frames.
     static void linkUp() {
         const auto kni = Kcore::makeNode<KernelNetInfo::Status>();
         for (const char* end : {"va", "vb"}) quietLinkUp(end);
         followUntil(*kni,
                     [&] { return kni->intfStatus().find("va")->operUp() && kni->intfStatus().find("vb")->operUp(); });
     }
-    /// Up, without the frames that IPv6 sends by itself.
+    /// Sets the device up without the frames that IPv6 sends on its own.
     static void quietLinkUp(const std::string& device) { ip("link set " + device + " addrgenmode none up"); }
 };
 
-/// Sends raw frames on a device and receives none.
+/// Sends raw frames on a device. Receives none.
 class RawSender {
 public:
     explicit RawSender(const char* device) : socket_(::socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, 0)) {
@@ -84,10 +84,10 @@ private:
     sockaddr_ll address_{};
 };
 
-/// A frame that no test sends for another purpose: whoever reads it has read all that was sent before it.
+/// Marks the end of the test's frames: no test sends it for another purpose.
 inline const Octets lastFrame = hex("FF*12 88 B5 00*46");
 
-/// The frames that wait in front of the `lastFrame`, which was sent already.
+/// The frames that are waiting in front of `lastFrame`, which has been sent.
 inline std::vector<Interface::PamFrame> framesBeforeLast(Interface::EthDevPam& pam) {
     std::vector<Interface::PamFrame> frames;
     while (becomesReadable(pam.fd()))

@@ -11,7 +11,7 @@
 
 namespace DhcpTest {
 
-/// Records the trace lines of some handles as "level text" while it lives.
+/// Records the trace lines of some handles as "level text" while it exists.
 class TraceRecorder {
 public:
     explicit TraceRecorder(int level, std::vector<const char*> handles = {"DhcpLib"}) : handles_(std::move(handles)) {
@@ -28,7 +28,7 @@ public:
     TraceRecorder(const TraceRecorder&) = delete;
     TraceRecorder& operator=(const TraceRecorder&) = delete;
 
-    /// The lines since the last call.
+    /// The lines since the previous call.
     std::vector<std::string> lines() { return std::exchange(lines_, {}); }
 
 private:
@@ -40,7 +40,7 @@ private:
     std::vector<std::string> lines_;
 };
 
-/// "module|function|expression" of the assertion that `act` fails; empty where it fails none.
+/// "module|function|expression" of the assertion that fails in `act`; empty if none fails.
 template <class Act>
 std::string assertionOf(Act act) {
     static thread_local std::string failed;
@@ -57,7 +57,7 @@ std::string assertionOf(Act act) {
     return failed;
 }
 
-/// The message of the internal exception that `act` raises; empty where it raises none.
+/// The message of the Tyk::InternalException that `act` throws; empty if it throws none.
 template <class Act>
 std::string internalErrorOf(Act act) {
     try {

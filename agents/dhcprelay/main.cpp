@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
         Agent(*settings).run();
         return done;
     } catch (const UsageError& error) {
-        std::cerr << "dhcprelay: " << error.what() << "; --help tells the usage\n";
+        std::cerr << "dhcprelay: " << error.what() << "; see --help\n";
         return badUsage;
     } catch (const std::exception& error) {
         std::cerr << "dhcprelay: " << error.what() << '\n';

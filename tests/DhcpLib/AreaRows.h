@@ -19,7 +19,7 @@ struct Area {
     std::string found;
 };
 
-/// `read(pkt, offset)` finds what the row says, whatever stands behind the packet, and does not write.
+/// Expects that `read(pkt, offset)` returns the text of the row, whatever bytes follow the packet, and writes nothing.
 template <std::size_t n, class Read>
 void expectFound(const Area (&rows)[n], Read read) {
     for (const Area& row : rows)

@@ -8,7 +8,7 @@ namespace {
 const std::string relayBytes = "0C 07 20 01 0D B8 00*11 01 FE 80 00*13 02";
 
 TEST(Dhcp6Headers, ReadEachFieldOnce) {
-    // What a cut takes away reads as 0.
+    // Bytes that are cut off read as 0.
     for (const PktPtr& pkt : packets(hex("EE 03 12"))) EXPECT_EQ(Dhcp6RegHdr(pkt, 1).xid(), Dhcp6Xid(0x12, 0, 0));
     for (const PktPtr& pkt : packets(hex("EE"))) EXPECT_EQ(Dhcp6HdrBase(pkt, 1).msg(), 0);
     const PktPtr pkt = packet(hex("EE" + relayBytes));
@@ -27,7 +27,7 @@ TEST(Dhcp6Headers, SettersChangeTheirBytesOrNothing) {
                peerAddress = Kitnet::Ip6Addr::fromText("fe80::2");
     struct Row {
         std::function<void(Dhcp6RegHdr&, Dhcp6RelayHdr&)> set;
-        std::string after;  // of 36 bytes A5
+        std::string after;  // expected bytes, from 36 bytes A5
     };
     const Row rows[] = {{[](auto&, auto& v) { v.msgTypeIs(Dhcp6MsgType::relayReply); }, "A5 0D A5*34"},
                         {[](auto& v, auto&) { v.xidIs(Dhcp6Xid(0x12, 0x34, 0x56)); }, "A5*2 12 34 56 A5*31"},

@@ -27,7 +27,7 @@ TEST(Dhcp6InterfaceId, ReadsElements) {
         {"cut at the packet's end", "00 12 FF FF 01 03 'Et1'", read("Et1")},
         {"empty", "00 12 00 00 01 03 'Et1'", read("")},
         {"ends at 255", "00 12 00 FF 01 FB 'n'*251 02 00", read(std::string(251, 'n'))},
-        // The 8-bit position would come back to 0, or to 1.
+        // The 8-bit offset would return to 0, or to 1.
         {"wraps at 256", "00 12 01 00 01 FE 'n'*254", read("")},
         {"wraps behind 256", "00 12 01 08 01 FF 'n'*255 02 05 'bluee'", read("")},
         {"a long VRF name that is replaced", "00 12 00 6A 02 65 'v'*101 02 01 'v'", read("", "v")},
@@ -53,14 +53,14 @@ TEST(Dhcp6InterfaceId, WritesAllOrNothing) {
     const struct {
         std::size_t intfName, vrfName;
         const char *ip, *mac;
-        std::string data;  // empty where it is refused
+        std::string data;  // empty if the write is refused
     } rows[] = {
         {3, 4, "10.0.0.1", "02:c1:00:00:0c:01", "01 03 'iii' 02 04 'vvvv' 03 04 0A 00 00 01 04 06 02 C1 00 00 0C 01"},
         {1, 1, "2001:db8::1", "00:00:00:00:00:00", "01 01 'i' 02 01 'v' 03 10 20 01 0D B8 00*11 01"},
         {1, 1, "0.0.0.0", "00:00:00:00:00:01", "01 01 'i' 02 01 'v' 04 06 00*5 01"},
         {255, 1, "", "00:00:00:00:00:00", "01 02 01 'v' 'i'*253"},
         {256, 1, "", "00:00:00:00:00:00", ""},
-        // The third element starts at 200 + 2 + 60 + 2 - 256 = 8, over the first one's value.
+        // The third element starts at 200 + 2 + 60 + 2 - 256 = 8, inside the first one.
         {200, 60, "10.0.0.1", "00:00:00:00:00:00", "01 C8 'i'*6 03 04 0A 00 00 01 'i'*188 02 3C 'v'*60"},
     };
     for (const auto& row : rows) {
@@ -72,7 +72,7 @@ TEST(Dhcp6InterfaceId, WritesAllOrNothing) {
             const bool fits = !row.data.empty() && size >= written.size();
             EXPECT_EQ(internalErrorOf([&] { set(*view, row.intfName, row.vrfName, row.ip, row.mac); }),
                       fits ? "" : noRoom);
-            // No length is told for the rows in which the elements overwrite each other.
+            // No length is computed for the rows in which elements overwrite each other.
             EXPECT_EQ(interfaceIdBytes({view->intfName(), view->vrfName(), view->srcVtepIp(), view->srcVtepMac()}),
                       row.intfName < 200 ? std::optional<U16>(hex(row.data).size()) : std::nullopt);
             EXPECT_EQ(bytesOf(*pkt), fits ? written + Octets(size - written.size(), scratch) : first(before, size));

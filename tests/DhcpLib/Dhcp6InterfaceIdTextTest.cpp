@@ -5,7 +5,7 @@ using namespace DhcpTest;
 
 namespace {
 
-/// Before the toggle is read for the first time.
+/// Set before the toggle is read for the first time.
 [[maybe_unused]] const int toggleIsOff = setenv("DHCPLIB_TOGGLE_DIR", DHCPLIB_TEST_DATA "/toggles-off", 1);
 
 TEST(Dhcp6InterfaceIdText, IsTwoNamesAroundAColon) {

@@ -63,7 +63,7 @@ TEST(Dhcp6Parser, ReadsFramesAsFarAsTheyGo) {
          "relayMessage:" + udpRead +
              " isDhcp6=true dhcp6MsgType=relayForward dhcp6Xid=0x123456 | 2 Received Invalid MSG typerelayForward"},
         {"no client identifier", solicit + remoteId("00 1E", "01 06 'Et1:10'"), solicitRead},
-        // 65535 + 4 turns the cursor back to 3: the option is taken, and is the last one.
+        // 65535 + 4 moves the cursor back to 3: the option is accepted and ends the walk.
         {"lengths are not looked at", solicit + "00 01 FF FF 00 03", solicitRead + cId + "65535"},
         {"a DUID-EN of any size", solicit + "00 01 00 09 00 02 00 00 11 8B 'abc'",
          solicitRead + cId + "9 cIdDuidType=2 cIdDuidEntno=4491 cIdDuidEntId=abc"},
@@ -106,7 +106,7 @@ TEST(Dhcp6Parser, DecodesInterfaceAndVlan) {
                    badVlan[] = "1 intrfaceVlan has invalid Vlan Id, VlanId in remoteId: ";
     struct Text {
         std::string intf, vlan;  // on either side of the first colon
-        unsigned decoded;        // 0 where it is refused
+        unsigned decoded;        // 0 if the text is refused
         std::string why;
     };
     const Text rows[] = {
@@ -146,7 +146,7 @@ TEST(Dhcp6Parser, IdentifiersAreReadWithoutAFrame) {
     struct Message {
         const char* rule;
         std::string bytes;
-        U32 end;  // of the message; what stands behind it is not read
+        U32 end;  // of the message; bytes behind it are not read
         std::string read;
     };
     const Message rows[] = {

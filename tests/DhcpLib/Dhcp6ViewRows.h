@@ -28,7 +28,7 @@ struct ReadRow {
     std::string attributes;
 };
 
-/// A view reads what the row says, whatever stands behind the packet, and only once.
+/// Expects that a view reads the values of the row, whatever bytes follow the packet, and reads them only once.
 template <class View, std::size_t n>
 void expectRead(std::function<Kcore::Ptr<View>(const DhcpLib::Dhcp6OptionPtr&)> make, const ReadRow (&rows)[n]) {
     for (const ReadRow& row : rows)

@@ -19,7 +19,7 @@ TEST(Dhcp6Views, ReadIdentityAssociations) {
     expectRead<Dhcp6IaPfx>(dhcp6IaPfxFactory, prefix);
 }
 
-/// The DUID's attributes, all others being unset.
+/// The text of a DUID whose other attributes are unset.
 std::string duidRead(int offset, int type, int hardwareType, const std::string& mac, const std::string& en) {
     return "offset=" + std::to_string(offset) + " duidType=" + std::to_string(type) +
            " hardwareType=" + std::to_string(hardwareType) + " duidTime=0 llAddr=" + mac + " uuid= " + en;
@@ -37,7 +37,7 @@ TEST(Dhcp6Views, ReadDuids) {
         {"UUID", "00 01 00 12 00 04 '0123456789abcdef' EE",
          "offset=4 duidType=4 hardwareType=0 duidTime=0 llAddr=00:00:00:00:00:00 uuid=0123456789abcdef entno=0 entId="},
         {"of an unknown type", "00 01 00 0A 00 05 00 01 02 C1 00 00 0C 01", duidRead(4, 5, 0, noMac, noEn)},
-        // 2 - 6 wraps: the identifier goes on to the packet's end.
+        // 2 - 6 wraps: the identifier extends to the packet's end.
         {"EN of length 2", "00 01 00 02 00 02 00 00 11 8B 'abcdef'",
          duidRead(4, 2, 0, noMac, "entno=4491 entId=abcdef")},
     };
@@ -54,7 +54,7 @@ TEST(Dhcp6Views, ReadDuids) {
     expectRead<Dhcp6Duid>(at(260), at260);
 }
 
-/// A remote-id that opens with the enterprise number and a DUID-LL.
+/// A remote-id that starts with the enterprise number and a DUID-LL.
 std::string remoteIdOf(const std::string& len, const std::string& rest) {
     return "00 25 " + len + " 00 00 7E D9 00 03 00 01 02 C1 00 00 0C 01 " + rest;
 }
@@ -75,7 +75,7 @@ TEST(Dhcp6Views, ReadRemoteIds) {
                                remoteIdRead("interfaceId=0 subOptType=0 subOptLen=0 subOptValue=")},
                               {"shorter than its layout", "00 25 00 04 00 00 7E D9 00 03 00 01",
                                remoteIdRead("interfaceId=0 subOptType=0 subOptLen=0 subOptValue=", noMac)}};
-    // Lengths are worked out in 8 bits: 270 is 14 there, and 13 - 14 is 255.
+    // Lengths are computed in 8 bits: 270 becomes 14, and 13 - 14 becomes 255.
     const ReadRow name[] = {
         {"to the option's end", remoteIdOf("00 11", "'Et1' EE"), remoteIdRead("interfaceName=Et1")},
         {"of length 270", remoteIdOf("01 0E", "'Et1'"), remoteIdRead("interfaceName=")},
@@ -110,7 +110,7 @@ TEST(Dhcp6Vss, IsReadAndWritten) {
 TEST(Dhcp6Duid, JudgesAnIdentifierByTheLengthInThePacket) {
     const PktPtr pkt = packet(hex("00 01 00 0C 00 02 A5*18"));
     const auto view = dhcp6DuidFactory(dhcp6OptionFactory(pkt, 0), 4);
-    pkt->data()[3] = 10;  // and not by the one that the option's view has kept
+    pkt->data()[3] = 10;  // not the length that the option's view has cached
     EXPECT_EQ(internalErrorOf([&] { view->entIdIs("sixsix"); }),
               "entId's length is mismatch with the client-ID's optionLength");
     EXPECT_EQ(internalErrorOf([&] { view->entIdIs("four"); }), "");

@@ -47,7 +47,7 @@ struct Frame {
     long u16(std::size_t at) const { return u8(at + 1) < 0 ? -1 : u8(at) << 8 | u8(at + 1); }
 };
 
-/// 0 where there is none.
+/// 0 if there is none.
 std::size_t networkHeader(Frame f, long etherType) {
     const bool tagged = std::set<long>{0x8100, 0x88a8, 0x9100}.contains(f.u16(12));
     const std::size_t typeAt = tagged ? 16 : 12;
@@ -78,7 +78,7 @@ std::vector<Octets> ethernetHeaders(unsigned etherType) {
     return headers;
 }
 
-/// The UDP ports stand where the header's length says, even inside the header.
+/// The position of the UDP ports follows from the header's length, even if that is inside the header.
 Octets ip4(unsigned words, unsigned protocol, unsigned fragment, unsigned port) {
     Octets header(std::max(4 * words + 4, 20u), 0);
     header[0] = static_cast<U8>(0x40 | words);
@@ -95,7 +95,7 @@ Octets ip6(const char* chain, unsigned port) {
            Octets(next.begin() + 1, next.end()) + big(1067) + big(port) + hex("00 08 00 00");
 }
 
-/// Compares the program with the description for the frame and, where it is taken, for the frame cut at every byte.
+/// Compares the program with the expected result for the frame and, if it is accepted, for the frame cut at every byte.
 void expectAsDescribed(const DhcpFilter& filter, bool (*isDhcp)(Frame), const Octets& frame, unsigned& taken) {
     const bool wanted = isDhcp({frame.data(), frame.size()});
     taken += wanted ? 1 : 0;

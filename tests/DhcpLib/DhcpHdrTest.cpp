@@ -12,7 +12,7 @@ std::string optionsIn(const PktPtr& pkt, U16 offset) { return kept(*dhcpMsgOptio
 std::string subOptionsIn(const PktPtr& pkt, U16 offset) {
     return kept(*dhcpInformationSubOptionsFactory(dhcpMsgOptionFactory(pkt, offset)));
 }
-/// The system's block of the sub-option: "offset+len: items"; "none" without one.
+/// The own vendor block of the sub-option: "offset+len: items"; "none" if there is none.
 std::string blockIn(const PktPtr& pkt, U16 offset) {
     const auto view = dhcpVendorSpecificSubOptFactory(dhcpInformationSubOptionFactory(pkt, offset));
     const auto& block = view->quorvaSpecificOpt();
@@ -72,7 +72,7 @@ TEST(DhcpHdrPositions, WrapAt65536) {
     const auto view = dhcpMsgOptionFactory(atTheWrap(65535, "0C"), 65535);
     EXPECT_EQ(view->data(), view->pkt()->data() + 1);
     EXPECT_EQ(view->dataText(), std::string_view("\2ab", 3));
-    // A cursor that comes back to 0 ends the walk: what stands behind is never reached.
+    // A cursor that returns to 0 ends the walk, so options behind it are not found.
     std::ranges::copy(hex("0D 01 00"), bytes.begin() + 65534);
     EXPECT_EQ(optionsIn(packet(bytes + hex("0C 00")), 0), "3@0+2 13@65534+1 ");
 }
@@ -172,7 +172,7 @@ TEST(DhcpHdrCollection, ChangesItsMapAndCountsItsViews) {
     EXPECT_TRUE(options->option().empty());
     EXPECT_EQ(bytesOf(*pkt), hex("0C 01 61 35 01 01"));
     options = nullptr;
-    EXPECT_EQ(DhcpMsgOption::memAllocationTracker_.live(), 2u);  // those that are held here
+    EXPECT_EQ(DhcpMsgOption::memAllocationTracker_.live(), 2u);  // the two that are held here
     EXPECT_EQ(pkt->useCount(), 3u);
 }
 

@@ -14,7 +14,7 @@ Octets ip(std::string_view first = "45", std::string_view protocol = "11", std::
     return hex(first) + hex("00*8") + hex(protocol) + hex("00 00 0A 00 00 01 0A 00 00 02") + hex(options);
 }
 const Octets frame = untagged + ip() + udp, bootp = hex("02 00*299"), rest = ip() + udp + bootp;
-/// A message from 00:11:22:33:44:55 to which only the options are to be added.
+/// A message from client 00:11:22:33:44:55 with these options.
 Octets offer(std::string_view options) {
     return hex("02 01 06 00 01 02 03 04 00*4 0A 00 00 05 0A 00 00 06 00*4 0A 00 00 07 00 11 22 33 44 55 00*202 "
                "63 82 53 63") +
@@ -30,7 +30,7 @@ TEST(DhcpParser, ReadsOrRefusesHeaders) {
     struct Row {
         const char* rule;
         Kitnet::IntfId intf;
-        int tpid, tci;  // out of band; -1: none
+        int tpid, tci;  // out-of-band tag; -1: none
         Octets bytes;
         std::string outcome;
     };
@@ -82,7 +82,7 @@ TEST(DhcpParser, TurnsOptionsIntoAttributes) {
                       noIds = " | 1 Option-82 information does not have CircuitId and/or RemoteId, CircuitId len: ";
     struct Row {
         const char *rule, *options;
-        std::string outcome;  // behind the headers
+        std::string outcome;  // without the header fields
     };
     const std::string fields = " xid=16909060 chaddr=00:11:22:33:44:55 ciaddr=10.0.0.5 yiaddr=10.0.0.6 giaddr=10.0.0.7",
                       offerRead = " dhcpMsgType=DHCPOFFER dhcpMsgTypeOpt=2" + fields;
@@ -130,7 +130,8 @@ TEST(DhcpParser, KeepsWhatAParseDoesNotReach) {
     EXPECT_TRUE(parse(frame + bootp, false));
     EXPECT_TRUE(!parser.isDhcp() && parser.hostname().empty() && parser.offset() == 42);
 
-    // The options of a bare message are looked for behind the headers of the parse before, the fields at its start.
+    // The options of a bare message are searched behind the header lengths of the previous parse; its fields are at the
+    // start.
     EXPECT_TRUE(parse(offer("") + Octets(38) + hex("63 82 53 63 35 01 05 FF"), true));
     EXPECT_TRUE(parser.dhcpMsgType() == "DHCPACK" && parser.offset() == 0 && !parser.isDhcp());
     EXPECT_EQ(Kcore::textOf(parser.xid()), "16909060");

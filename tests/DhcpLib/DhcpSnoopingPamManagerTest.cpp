@@ -43,7 +43,7 @@ TEST(PamManager, WiresThePlatformInOrderAndDropsItInReverse) {
 TEST(PamManager, AttributesAreMadeAndDroppedOneByOne) {
     const PlatformInputs inputs;
     const auto pam = inputs.pam("agent");
-    // A status manager in place of the one before: the directory is kept by the new one.
+    // A second status manager replaces the first and uses the same directory.
     pam->intfStatusManagerIs(pam->allIntfStatusDir(), pam->allIntfStatusLocalDir(), pam->deviceIntfStatusDir(),
                              pam->kniStatus());
     EXPECT_NE(pam->deviceIntfStatusDir()->deviceIntfStatus(IntfId("lo")), nullptr);

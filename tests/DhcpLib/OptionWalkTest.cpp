@@ -15,7 +15,7 @@ TEST(OptionWalk, EveryReaderTracesWhyItFails) {
                       noCookie = "DHCP packet missing magic cookie", noEnd = " DHCP packet missing end option";
     const struct {
         Octets bytes;
-        std::string failure;  // what is traced; empty for none
+        std::string failure;  // trace text of the failure; empty if there is none
         const char* type;     // "name/number"
     } rows[] = {
         {Octets(236, scratch), noSpace, "INVALID DHCP/99"},
@@ -72,7 +72,7 @@ TEST(OptionWalk, AddressesComeFromOptionsOfLengthFour) {
         EXPECT_EQ(Kcore::textOf(getServerId(pkt)), row.server) << row.options;
         TraceRecorder trace(1);
         EXPECT_TRUE(getRequestedIpOption(pkt, BootpOption::bootpReply).isAny());
-        EXPECT_EQ(trace.lines().size(), hex(row.options).back() == 255 ? 0u : 1u);  // it walks all the same
+        EXPECT_EQ(trace.lines().size(), hex(row.options).back() == 255 ? 0u : 1u);  // it walks in any case
     }
 }
 
@@ -83,7 +83,7 @@ TEST(OptionWalk, PlacesAreFoundOrTheAssertionFails) {
     const struct {
         const char* rule;
         Octets bytes;
-        std::ptrdiff_t info, end;  // from the cookie; -1: none
+        std::ptrdiff_t info, end;  // relative to the cookie; -1: none
         bool traced;
     } rows[] = {{"the last option 82", message("52 01 61 00 52 00 FF 52 00"), 8, 10, false},
                 {"none", message("35 01 01 FF 52 00 FF"), -1, 7, false},

@@ -53,7 +53,7 @@ std::string outcomeOf(Parser& parser, Parse parse) {
     return outcome;
 }
 
-/// A new parser comes to `outcome`, whatever stands behind the frame, and does not write.
+/// Expects `outcome` from a fresh parser, whatever bytes follow the frame, and that it writes nothing.
 template <class Parser, class Parse>
 void expectOutcome(const Octets& frame, Parse parse, const std::string& outcome) {
     for (const PktPtr& pkt : packets(frame)) {

@@ -11,7 +11,7 @@ using namespace DhcpTest;
 
 namespace {
 
-/// The outputs that were written.
+/// The outputs that have changed.
 std::string textOf(const RelayInfo& r) {
     const RelayInfo untouched;
     std::string out = r.ok ? "true" : "false";
@@ -29,7 +29,7 @@ std::string textOf(const RelayInfo& r) {
     return out;
 }
 
-/// The end of each line, behind the signature, one a word group.
+/// The part of each line behind the signature, separated by semicolons.
 std::string endsOf(const std::vector<std::string>& lines) {
     std::string out;
     for (const std::string& line : lines) {
@@ -70,7 +70,7 @@ TEST(RelayInfo, IsReadByBothGenerations) {
     TraceRecorder trace(1);
     for (const auto& row : rows) {
         SCOPED_TRACE(row.rule);
-        for (const U32 offset : {0u, 7u}) {  // an option may overrun the packet by these
+        for (const U32 offset : {0u, 7u}) {  // an option may overrun the packet by `offset` bytes
             const PktPtr pkt = packet(Octets(offset, scratch) + row.bytes);
             EXPECT_EQ(textOf(readInfo(parseInfoOpt, pkt, offset)), row.raw);
             EXPECT_EQ(endsOf(trace.lines()), row.rawLines);
@@ -93,7 +93,7 @@ TEST(RelayInfoViews, SayWhatIsMissing) {
         DhcpMsgOption::Ptr stays = before;
         EXPECT_FALSE(parseDhcpOptions(packet(bytes), 0, found, stays));
         EXPECT_EQ(stays, before);
-        EXPECT_EQ(static_cast<bool>(found), bytes.size() < 300);  // set whatever comes behind the cookie
+        EXPECT_EQ(static_cast<bool>(found), bytes.size() < 300);  // set unless the cookie is missing
         EXPECT_EQ(trace.lines(), std::vector{byViews + missing});
     }
     DhcpMsgOptions::Ptr area = dhcpMsgOptionsFactory(packet(message("52 00 FF 00")), 240);

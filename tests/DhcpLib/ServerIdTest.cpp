@@ -14,8 +14,8 @@ constexpr char signature[] = "bool DhcpLib::setServerId(const Ptr&, Kitnet::IpAd
 struct Row {
     const char* rule;
     const char* before;
-    const char* after;  ///< null: false, and untouched
-    const char* why;    ///< of the trace line at the level of failures; null where there is none
+    const char* after;  ///< null: the call returns false and changes nothing
+    const char* why;    ///< level-1 trace text; null if there is none
 };
 
 TEST(SetServerId, WritesTheAddressOrSaysWhyNot) {

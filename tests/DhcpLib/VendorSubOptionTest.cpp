@@ -24,7 +24,7 @@ TEST(VendorSubOption, SizesAndItemsAreWrittenWhereThePositionSays) {
     EXPECT_EQ(Octets(buf.begin(), buf.end()), hex("A5 0F A5 04 07 03 'abc' 08 00"));
     EXPECT_EQ(trace.lines(),
               (std::vector<std::string>{"4 setInfoData subType 7 len 3", "4 setInfoData subType 8 len 0"}));
-    // Every argument that says nothing costs as much as it is said to.
+    // Without contents only the headers count.
     EXPECT_EQ(getVendorSpecificSubOptionLenAdd("", {}, "", 99), 7u);
     auto view = dhcpInformationSubOptionFactory(packet(hex("09 10 00 00 00 09 02 'AB' 00 00 7E D9 04 01 02 'Et'")), 0);
     auto vendor = dhcpVendorSpecificSubOptFactory(view);

@@ -8,7 +8,7 @@ using namespace DhcpTest;
 
 namespace {
 
-// The toggle is read once per process, and so before anything else.
+// Set before the toggle is read for the first time.
 [[maybe_unused]] const int toggleIsOff = setenv("DHCPLIB_TOGGLE_DIR", DHCPLIB_TEST_DATA "/toggles-off", 1);
 
 TEST(VendorText, HoldsTheNameBehindTheNumberAndALength) {
@@ -34,7 +34,7 @@ TEST(VendorText, HoldsTheNameBehindTheNumberAndALength) {
                     std::string(row.name));
             EXPECT_EQ(trace.lines(), lines) << row.rule;
         }
-        // The views know one layout only.
+        // The views know the block layout only.
         const bool otherLayout = row.rule == std::string("the other layout");
         EXPECT_EQ(readInfo(parseInfoOptNew, packet(bytes), 0).intfName, otherLayout ? "Et1" : "-") << row.rule;
     }

@@ -1,4 +1,4 @@
-"""DHCPv4 messages as the scenarios make and read them; written for the tests alone."""
+"""Builds and parses DHCPv4 messages for the scenarios, independently of the library."""
 
 import socket
 import struct
@@ -38,7 +38,7 @@ def item(code, data):
 
 
 class Message:
-    """What a frame says, if it is DHCPv4; `read` gives None otherwise."""
+    """The fields of a DHCPv4 frame. `read` returns None for any other frame."""
 
     @staticmethod
     def read(frame):

@@ -1,4 +1,4 @@
-"""Network namespaces, links, processes and waiting: what every end-to-end scenario stands on."""
+"""Network namespaces, links, processes and waiting, for all end-to-end scenarios."""
 
 import ctypes
 import os
@@ -18,7 +18,7 @@ libc = ctypes.CDLL(None, use_errno=True)
 
 
 def require(*programs):
-    """Ends the test as skipped, saying why, where it cannot run."""
+    """Ends the test as skipped, with the reason, if it cannot run."""
     reason = None
     if os.geteuid() != 0:
         reason = "needs root for network namespaces"
@@ -36,7 +36,7 @@ def require(*programs):
 
 
 def wait_for(what, seconds, condition):
-    """The condition's first true value; fails with `what` when the time is over."""
+    """Waits for the first true value of the condition and returns it. Fails with `what` after the timeout."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
         value = condition()
@@ -47,7 +47,7 @@ def wait_for(what, seconds, condition):
 
 
 class Process:
-    """A program in a namespace, its output in a file."""
+    """A program that runs in a namespace and writes its output to a file."""
 
     def __init__(self, lab, namespace, name, command):
         self.name, self.log_path = name, os.path.join(lab.folder, f"{name}.{len(lab.processes)}.log")
@@ -78,7 +78,7 @@ class Process:
 
 
 class Lab:
-    """Namespaces of one test, gone with everything in them when the `with` block ends."""
+    """The namespaces of one test. All are removed, with the processes in them, at the end of the `with` block."""
 
     def __init__(self):
         self.prefix = f"dl{os.getpid()}"
@@ -114,7 +114,7 @@ class Lab:
             self.run(namespace, "ip", "link", "set", "lo", "up")
 
     def link(self, end, other):
-        """A veth pair between two (namespace, interface, addresses...) ends, without checksum offload."""
+        """Creates a veth pair between two (namespace, interface, addresses...) ends, without checksum offload."""
         (space, name, *addresses), (other_space, other_name, *other_addresses) = end, other
         self.run(space, "ip", "link", "add", name, "type", "veth", "peer", "name", other_name, "netns",
                  self.full(other_space))
@@ -136,7 +136,7 @@ class Lab:
 
     @contextmanager
     def inside(self, namespace):
-        """Sockets that are opened in the block belong to the namespace."""
+        """Sockets opened in the block belong to the namespace."""
         home = os.open("/proc/self/ns/net", os.O_RDONLY)
         there = os.open(f"/run/netns/{self.full(namespace)}", os.O_RDONLY)
         try:
@@ -149,7 +149,7 @@ class Lab:
             os.close(there)
 
     def frames(self, namespace, interface):
-        """A packet socket that sees and sends whole frames."""
+        """A packet socket that receives and sends whole frames."""
         with self.inside(namespace):
             sock = socket.socket(socket.AF_PACKET, socket.SOCK_RAW, socket.htons(ETH_P_ALL))
         sock.bind((interface, 0))
@@ -159,7 +159,7 @@ class Lab:
 
 
 def received(sock):
-    """Every frame that waits."""
+    """All frames that are waiting."""
     frames = []
     while True:
         try:
@@ -169,7 +169,7 @@ def received(sock):
 
 
 def main(scenarios):
-    """Runs the scenarios that the command line names, all of them without a name."""
+    """Runs the scenarios that the command line names; all if it names none."""
     for name in sys.argv[1:] or scenarios:
         started = time.monotonic()
         scenarios[name]()

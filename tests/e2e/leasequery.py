@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""dhcptool leasequery, asking ISC dhcpd and a server that lies. The tool's path: the environment's DHCPTOOL."""
+"""dhcptool leasequery with ISC dhcpd and with a server that sends wrong replies. DHCPTOOL is the tool's path."""
 
 import json
 import os
@@ -30,7 +30,7 @@ exit 0
 
 
 class Asked(Lab):
-    """The agent that asks, the server, and a client on another link of the server's."""
+    """The querying agent, the server, and a client on another link of the server."""
 
     def __enter__(self):
         super().__enter__()
@@ -46,7 +46,7 @@ class Asked(Lab):
         return done.returncode, done.stdout, done.stderr
 
     def answer(self, *subject):
-        """The exit status and what the server told."""
+        """The exit status and the fields of the reply."""
         status, out, err = self.tool("--server", SERVER, "--json", *subject)
         assert out and not err, (status, err)
         return status, {name: value for name, value in json.loads(out).items() if value not in (None, [])}
@@ -57,7 +57,7 @@ class Asked(Lab):
                    "lan").saw("Server starting service")
 
     def udhcpc(self):
-        """A client with a lease, and its address."""
+        """Starts a client, waits for its lease and returns its address."""
         script = self.file("client.sh", CLIENT_SCRIPT, 0o755)
         client = self.start("c1", "udhcpc", "udhcpc", "-i", "eth0", "-f", "-R", "-T", "1", "-s", script)
         client.saw(".\n", 20)
@@ -65,7 +65,7 @@ class Asked(Lab):
 
 
 def dhcpd():
-    """An address with a lease, without one, with one no more, and what the server does not know."""
+    """Queries of active, free and expired leases, and of addresses that the server does not know."""
     require("dhcpd", "udhcpc")
     with Asked() as lab:
         lab.dhcpd()
@@ -79,7 +79,7 @@ def dhcpd():
         assert status == KNOWN and [line.split()[0] for line in out.splitlines()] == \
             ["state", "ip", "mac", "lease-time", "last-transaction", "server-id"], out
 
-        # dhcpd answers for the addresses of its pools alone: others of its subnets are unknown to it.
+        # dhcpd knows the addresses of its pools only, not the others of its subnets.
         unassigned, unknown = (KNOWN, "unassigned"), (UNKNOWN, "unknown")
         for kind, value, (wanted, state) in (("ip", "10.20.0.109", unassigned), ("ip", "10.20.0.50", unknown),
                                              ("ip", "192.0.2.9", unknown), ("mac", STRANGER, unknown)):
@@ -87,20 +87,20 @@ def dhcpd():
             assert told == (wanted, {"state": state, kind: value, "serverId": SERVER}), told
 
         client.stop()
-        # Released: dhcpd still tells who had it last, by MAC alone.
+        # Released: dhcpd still returns the last client for a query by MAC.
         no_more = {"state": "unassigned", "ip": address, "serverId": SERVER}
         wait_for("the lease's end", 8, lambda: lab.answer("--ip", address) == (KNOWN, no_more))
         assert lab.answer("--mac", CLIENT) == (KNOWN, {**no_more, "mac": CLIENT})
 
 
 def reply(query, kind, ip, op=2, options=b""):
-    """What answers the query with the address `ip`."""
+    """A reply to the query with the address `ip`."""
     header = bytes([op, 1, 6, 0]) + query[4:12] + socket.inet_aton(ip) + query[16:28] + b"\x02\xc1\0\0\x01\x1e"
     return header.ljust(236, b"\0") + dhcp4.COOKIE + (item(53, kind) if kind else b"") + options + b"\xff"
 
 
 def lies(query):
-    """Datagrams of the server's that do not answer the query, though each but the last few nearly does."""
+    """Datagrams that are no valid reply. All but the last few differ from one in a single field."""
     good = reply(query, UNASSIGNED, "10.66.6.6")
     return [good[:4] + bytes([good[4] ^ 1]) + good[5:], good[:7] + bytes([good[7] ^ 0x80]) + good[8:],
             reply(query, UNASSIGNED, "10.66.6.6", op=1),
@@ -109,7 +109,7 @@ def lies(query):
 
 
 class Liar(threading.Thread):
-    """Answers each query with lies, from the server's address and, truly, from another one; then with `truth`."""
+    """Sends, for each query, wrong replies, a right one from another address, then `truth`."""
 
     def __init__(self, lab, truth=None):
         super().__init__()
@@ -146,7 +146,7 @@ class Liar(threading.Thread):
 
 
 def impostors():
-    """Replies that are none are ignored and gain no time; without an answer the query is repeated."""
+    """Invalid replies are ignored and do not extend the timeout. Without a reply the query is repeated."""
     require("setpriv")
     patience = ("--server", SERVER, "--ip", "10.20.0.7", "--timeout", "1", "--retries", "1")
     with Asked() as lab:
@@ -172,7 +172,7 @@ def impostors():
                 ("UDP port 67 of 10.9.9.9", (*patience, "--giaddr", "10.9.9.9"), ()),
                 ("route to 192.0.2.1", ("--server", "192.0.2.1", "--ip", "10.20.0.7"), ()),
                 ("no address: 10.20.0", ("--server", SERVER, "--ip", "10.20.0"), ()),
-                ("--help tells the usage", (*patience, "--mac", CLIENT), ())):
+                ("see --help", (*patience, "--mac", CLIENT), ())):
             status, out, err = lab.tool(*arguments, through=through)
             assert (status, out) == (FAILED, "") and why in err, (status, out, err)
 

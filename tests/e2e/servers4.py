@@ -1,4 +1,4 @@
-"""ISC dhcpd, Kea and dnsmasq behind the relay: the same subnets, a short renewal time, circuit-ids in the log."""
+"""ISC dhcpd, Kea and dnsmasq with the same subnets, a short renewal time, and circuit-ids in the log."""
 
 import json
 import os

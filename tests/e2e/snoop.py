@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""dhcptool snoop on live interfaces between real clients and servers. The tool's path: the environment's DHCPTOOL."""
+"""dhcptool snoop on live interfaces between real clients and servers. DHCPTOOL is the tool's path."""
 
 import json
 import os
@@ -61,7 +61,7 @@ def near_misses():
 
 
 class Snooped(Lab):
-    """A client c1 and the server behind one link, on whose server's end, "lan", the agent listens."""
+    """A client c1 and the server on one link. The tool listens on the server's end, "lan"."""
 
     def __enter__(self):
         super().__enter__()
@@ -109,13 +109,13 @@ def number(xid):
 
 
 def shown(message):
-    """What `on_wire` tells of a frame, as the tool has shown it."""
+    """The result of `on_wire` for a frame, taken from the tool's output."""
     kind = message["messageType"] if "messageType" in message else message["dhcpMsgTypeOpt"]
     return message["tagged"], message["vlanId"], kind, number(message["xid"])
 
 
 def read_alike(message):
-    """What is told of a frame whose tag was taken off by the kernel, and of the same frame in a file."""
+    """The expected output for a frame whose tag the kernel took out, and for the same frame in a file."""
     unlike = {"interface", "outgoing", "etherHdrLen", "offset", "dhcp6OptionsOffset"}
     return {name: value for name, value in message.items() if name not in unlike}
 
@@ -145,7 +145,7 @@ def send_near_misses(wire):
 
 
 def flood():
-    """Of all that passes the tool shows the DHCP frames, each once, and the same again from what it wrote."""
+    """The tool prints each DHCP frame once, and the same lines for the capture that it wrote."""
     require("dhcpd", "udhcpc", "dhclient")
     with Snooped() as lab:
         lab.servers()
@@ -180,14 +180,14 @@ def flood():
         for message in seen:
             from_server = shown(message)[2] in (dhcp4.OFFER, dhcp4.ACK, "advertise", "reply")
             assert message["outgoing"] == from_server and message["interface"] == "lan", message
-        # In the file the service tag stands in front of the IP packet, and what is behind it is not seen.
+        # In the file the service tag is in the frame, so the parser does not see the IP packet behind it.
         service = [m for m in seen if m["srcMac"] == MAC_TEXT and number(m["xid"]) % len(TAGS) == SERVICE_TAG]
         assert len(service) == 80
         assert list(map(read_alike, lab.reread(written))) == [read_alike(m) for m in seen if m not in service]
 
 
 def links():
-    """The link goes down and up, the interface away and comes back; frames are seen whenever they pass, once each."""
+    """The link goes down and up, the interface is removed and comes back. Each frame is printed once."""
     require()
     with Snooped() as lab:
         tool, xids = lab.snoop(), []
@@ -225,7 +225,7 @@ def links():
 
 
 def ended(tool, number=None):
-    """The counts of a tool that has ended well, by the signal or by itself."""
+    """The counters that the tool prints when it ends without an error."""
     if number is not None:
         tool.signal(number)
     assert tool.popen.wait(5) == 0

@@ -13,7 +13,7 @@ using Kitnet::IntfId;
 
 namespace {
 
-/// Everything that packet access consists of, in a namespace of its own.
+/// All objects of packet access, in a network namespace.
 class PacketAccess : public NetNamespace {
 protected:
     void SetUp() override {
@@ -169,12 +169,12 @@ TEST_F(PacketAccess, TagsAreDeliveredBesideTheFrame) {
         expectAsRead(*incoming[0].pkt);
         EXPECT_EQ(incoming[0].intf, IntfId("va"));
         EXPECT_FALSE(incoming[0].outgoing);
-        // On its way out the frame is whole, and a tag in it stays there.
+        // An outgoing frame is not split: a tag stays in it.
         EXPECT_EQ(bytesOf(*outgoing[0].pkt), row.sent);
         EXPECT_EQ(outgoing[0].intf, IntfId("vb"));
         EXPECT_TRUE(outgoing[0].outgoing && !outgoing[0].pkt->vlanTagPresent());
 
-        // Sent on as it was read, it arrives as it was read; the sender's own socket does not see it.
+        // A frame that is sent on as it was read arrives as it was read. The sender's own socket does not receive it.
         EXPECT_TRUE(va->sendPkt(incoming[0].pkt));
         EXPECT_TRUE(va->sendPkt(packet(lastFrame)));
         const auto returned = framesBeforeLast(*vb);
@@ -255,7 +255,7 @@ TEST_F(PacketAccess, SettingsReachTheSocket) {
     EXPECT_EQ(protocol(), 0x0800);
     manager->protocolIs(3);
 
-    // A buffer for a few frames only: the others are counted.
+    // The buffer holds a few frames; the others are counted as dropped.
     manager->receiveBufferIs(4096);
     const RawSender sender("vb");
     for (int i = 0; i < 50; ++i) sender.send(untagged);
@@ -284,7 +284,7 @@ TEST_F(PacketAccess, AMissingPrivilegeIsNamed) {
     EXPECT_EQ(va->error(), "packet socket, CAP_NET_RAW is missing: Operation not permitted");
     EXPECT_FALSE(va->readPkt());
     ip("link set va address 02:00:00:00:00:0a");
-    until([&] { return va->fd() >= 0; });  // tried again when its interface changes
+    until([&] { return va->fd() >= 0; });  // opening is tried again when the interface changes
     EXPECT_EQ(va->error(), "");
 }
 

@@ -61,7 +61,7 @@ TEST(KitSlab, MemoryIsReusedAcrossThreadsAndNeverHandedOutTwice) {
     EXPECT_EQ(live(), 0u);
 }
 
-/// Keys that collide in pairs, as chosen ones would.
+/// Keys that collide in pairs, as an attacker would choose them.
 struct Key {
     int value;
     std::size_t hash() const { return static_cast<std::size_t>(value / 2) * 64; }

@@ -12,7 +12,7 @@ using namespace Kcore;
 
 namespace {
 
-constexpr std::size_t boundary = String::inlineCapacity;  // behind it the bytes are shared
+constexpr std::size_t boundary = String::inlineCapacity;  // longer strings share their bytes
 
 std::string letters(std::size_t size) {
     std::string bytes(size, '\0');
@@ -75,7 +75,7 @@ TEST(KcoreBytes, GrowPastTheirInlineRoomLikeAVector) {
     }
 }
 
-/// Run with the thread sanitizer it also shows that the counts are atomic.
+/// Under the thread sanitizer this also checks that the counts are atomic.
 TEST(KcoreThreads, ShareStringsAndNodesOnceTheProcessIsMultiThreaded) {
     struct Shared final : Node {
         const TypeData& typeData() const override { std::abort(); }

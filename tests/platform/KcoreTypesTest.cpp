@@ -33,7 +33,7 @@ TEST(KcoreEnum, OneTableNamesParsesAndRefuses) {
     EXPECT_EQ(refusalOf([] { enumInstance<Gear>(String("lo")); }), "Gear has no member lo");
     const struct {
         const char* text;
-        const char* rest;  // null: refused
+        const char* rest;  // null: the text is refused
         Gear value;
     } rows[] = {{"lower", "", Gear::lower}, {"low,x", ",x", Gear::low}, {"lowest", nullptr, {}},
                 {"lo", nullptr, {}},        {"", nullptr, {}},          {"1", nullptr, {}}};

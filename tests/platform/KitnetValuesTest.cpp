@@ -17,7 +17,7 @@ namespace {
 struct Good {
     const char* text;
     std::string wire;
-    const char* printed = nullptr;  // null: as it was read
+    const char* printed = nullptr;  // null: printed as it was parsed
 };
 
 template <class T>
@@ -55,7 +55,7 @@ TEST(KitnetText, IsReadAndRefused) {
     expectTextForm<NetU32>({{"4294967295", "\xff\xff\xff\xff"}, {"16909060", "\1\2\3\4"}}, bad);
     expectTextForm<UdpPort>({{"258", "\1\2"}}, {"65536"});
     expectTextForm<IpProtocolNumber>({{"255", "\xff"}}, {"256"});
-    // Bytes that are no text never reach a terminal through the message.
+    // Unprintable bytes are escaped in the message.
     EXPECT_EQ(refusalOf([] { Ip6Addr::fromText("\x1b[2J"); }), "Kitnet::Ip6Addr: \"\\x1b[2J\" is not valid");
 }
 

@@ -4,7 +4,7 @@
 
 #include "Kcore/Exception.h"
 
-/// The message with which `act` is refused; empty where it is not.
+/// The message of the exception that `act` throws; empty if it throws none.
 template <class Act>
 std::string refusalOf(Act act) {
     try {

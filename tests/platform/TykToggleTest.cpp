@@ -32,7 +32,7 @@ protected:
         for (const bool dflt : {false, true}) EXPECT_EQ(Tyk::getToggleState("a", "T.json", dflt), state);
         EXPECT_TRUE(lines.empty());
     }
-    /// The default, and each time one line that ends with `why`.
+    /// Expects the default, and each time one line that ends with `why`.
     void expectDefault(std::string_view why, const char* file = "T.json") {
         for (const bool dflt : {false, true}) {
             lines.clear();
@@ -92,7 +92,7 @@ TEST_F(TykToggle, IsTheDefaultWhereThereIsNoFileToRead) {
     expectDefault("/pipe.json: not a regular file", "pipe.json");
 
     const auto before = std::filesystem::current_path();
-    std::filesystem::current_path(folder);  // which is not looked into where no folder is named
+    std::filesystem::current_path(folder);  // not searched if no folder is given
     fileIs(R"({"a":true})");
     setenv("DHCPLIB_TOGGLE_DIR", "", 1);
     expectDefault("No such file or directory");

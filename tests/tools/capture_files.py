@@ -1,4 +1,4 @@
-"""Capture files as the tests of dhcptool need them: whole, cut, hostile."""
+"""Builds capture files for the tests of dhcptool: complete, truncated and hostile ones."""
 
 import os
 import struct
@@ -16,7 +16,7 @@ def content(name):
 
 
 def frames(data):
-    """Of a little-endian pcap file."""
+    """Header of a little-endian pcap file."""
     found, at = [], 24
     while at < len(data):
         size = struct.unpack_from("<I", data, at + 8)[0]

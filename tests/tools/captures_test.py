@@ -1,4 +1,4 @@
-"""What dhcptool snoop shows of each bundled capture equals what an independent dissector read in it.
+"""Compares the output of dhcptool snoop for each bundled capture with that of an independent dissector.
 
 The rules below are the differences between a snooping agent and the dissector; tests/data/captures/README.md explains
 the records. DHCPLIB_SHARED_CAPTURES may name one more folder of captures.
@@ -29,7 +29,7 @@ def vlan(record):
 
 
 def is_message(record, frame):
-    """Whether the agent takes the frame; None where the dissector stopped before the end of the options."""
+    """Whether the agent accepts the frame; None if the dissector stopped before the end of the options."""
     if vlan(record) == 4095 or record["l3_off"] != (18 if tagged(record) else 14):
         return False
     size = len(frame) - record["off"]
@@ -54,7 +54,7 @@ def has_no_dhcp_header(frame, shown):
 
 
 def sub_options(record, frame):
-    """{code: (data in hex, its place)} of the first option 82; a sub-option that passes its end hides what follows."""
+    """{code: (data in hex, position)} of the first option 82. Ends at a sub-option that passes its end."""
     found, (at, end) = {}, next(((at + 2, at + 2 + size) for code, size, at in record["opts"] if code == 82), (0, 0))
     while at + 2 <= end and at + 2 + frame[at + 1] <= end:
         found.setdefault(frame[at], (frame[at + 2:at + 2 + frame[at + 1]].hex(), at + 2))
@@ -106,24 +106,24 @@ def expected6(record):
 
 
 def data_of(record, **keys):
-    """Options by our names, null where they are absent. The dissector goes on behind an option of code 0."""
+    """Options by our names, null if absent. The dissector continues behind an option of code 0."""
     goes_on = record["opts"] and record["opts"][0][0] == 0
     return {name: None if goes_on else record.get(key) for name, key in keys.items()}
 
 
 def ids(record):
-    """A remote-id without a whole enterprise number is none."""
+    """A remote-id without a whole enterprise number is ignored."""
     found = data_of(record, interfaceId="interface_id", remoteId="remote_id")
     return {**found, "remoteId": found["remoteId"] if len(found["remoteId"] or "") >= 8 else None}
 
 
 def comparable(shown):
-    """The shown message with options as their data and associations as tuples."""
+    """The printed message, with options as their data and associations as tuples."""
     if "relay" not in shown:
         return shown
     data = lambda message: {name: value["data"] if isinstance(value, dict) and "data" in value else value
                             for name, value in message.items()}
-    # The dissector does not tell the IAID of an IA_TA.
+    # The dissector does not print the IAID of an IA_TA.
     associations = [(ia["type"], f'{ia["iaid"]:08x}' if ia["type"] != "IA_TA" else None, ia["t1"], ia["t2"],
                      *([lease["address"] for lease in ia[kind]] for kind in ("addresses", "prefixes")))
                     for ia in shown["ia"]]

@@ -16,7 +16,7 @@ EVERYTHING = ("--circuit-id ab --remote-id c --vendor-interface Et1 --vendor-vte
 
 
 def relay(data, *arguments):
-    """Status, the frames written, the lines and the messages; through pipes."""
+    """Runs the tool with pipes. Returns status, written frames, output lines and messages."""
     done = subprocess.run([TOOL, "relay", "-r", "-", "-w", "-", *arguments], input=data, capture_output=True, timeout=60)
     err = done.stderr.decode("ascii").splitlines()
     lines = [line for line in err if line.startswith("frame ")]
@@ -24,7 +24,7 @@ def relay(data, *arguments):
 
 
 def places(frame):
-    """Of the IPv4 header and of the message."""
+    """Positions of the IPv4 header and of the message."""
     at = 12
     while frame[at:at + 2] in (b"\x81\x00", b"\x88\xa8", b"\x91\x00"):
         at += 4
@@ -43,7 +43,7 @@ def answered(frame):
 
 
 def datagram(udp_payload, **fields):
-    """An untagged frame to port 67, with a field of its headers changed, `behind` the datagram more bytes."""
+    """An untagged frame to port 67 with one header field changed, and the bytes `behind` after the datagram."""
     frame = bytearray(discover(b""))[:34]
     udp = struct.pack(">HHHH", 68, fields.get("port", 67), fields.get("udp_length", 8 + len(udp_payload)), 0)
     options_ = fields.get("ip_options", b"")
@@ -54,7 +54,7 @@ def datagram(udp_payload, **fields):
 
 
 def wide(data):
-    """The capture, of frames that may be longer than it said."""
+    """A capture whose frames may be longer than it says."""
     return data[:16] + struct.pack("<I", 262144) + data[20:]
 
 
@@ -85,7 +85,7 @@ ROWS = (
     (discover(b"")[:33], "copied, IPv4 header cut short"),
     (discover(b"")[:41], "copied, UDP header cut short"),
     (datagram(REQUEST + bytes(65507 - len(REQUEST) - 9) + b"end"), GROWN.replace("244", "65501")),
-    (datagram(REQUEST[:-1] + option(43, bytes(253)) * 255 + option(43, bytes(236)) + b"\xff"), "copied, no room in an IPv4 datagram"),
+    (datagram(REQUEST[:-1] + option(43, bytes(253)) * 255 + option(43, bytes(236)) + b"\xff"), "copied, too large for an IPv4 datagram"),
     (datagram(REQUEST, port=53), None),
     (discover(b"")[:23] + b"\x06" + discover(b"")[24:], None),
     (discover(b"")[:12] + b"\x86\xdd" + discover(b"")[14:], None),
@@ -113,7 +113,7 @@ class Frames(unittest.TestCase):
             "  1  IPv4 header cut short", "  1  UDP header cut short",
             "  1  assertion: tempInfoOpt->length > oldSubOptLen", "  1  datagram cut short", "  1  fragment",
             "  1  infoOptionEmpty", "  1  malformed IPv4 header", "  2  malformed lengths",
-            "  1  neither request nor reply", "  1  no room in an IPv4 datagram", "  1  notDhcp"])
+            "  1  neither request nor reply", "  1  too large for an IPv4 datagram", "  1  notDhcp"])
 
     def test_are_copied_where_option_82_would_be_broken(self):
         link, circuit = option(5, bytes(4)), option(1, b"circuit")
@@ -132,7 +132,7 @@ class Frames(unittest.TestCase):
         self.assertEqual(lines, [
             "frame 1: DHCPDISCOVER, option 82 4 bytes -> none, message 256 -> 300 bytes, server identifier 192.0.2.1",
             "frame 2: DHCPDISCOVER, option 82 none -> none, message 244 -> 300 bytes",
-            "frame 3: copied, server identifier is no address"])
+            "frame 3: copied, server identifier is not 4 bytes long"])
         restored = option(53, b"\1") + option(54, bytes([192, 0, 2, 1])) + b"\xff"
         self.assertEqual(message(out[0])[240:].rstrip(b"\0"), restored)
 
@@ -161,7 +161,7 @@ class Files(unittest.TestCase):
         source = self.path("both")
         shutil.copyfile(bundled("v4-dhclient-dhcpd"), source)
         os.symlink(source, self.path("link"))
-        for target, why in ((self.path("link"), "is the capture that is read"), (self.folder, "Is a directory"),
+        for target, why in ((self.path("link"), "is the capture that is being read"), (self.folder, "Is a directory"),
                             ("/dev/full", "No space left on device")):
             status, _, err = self.run_tool("-r", source, "-w", target)
             self.assertEqual(status, 1, target)

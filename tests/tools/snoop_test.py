@@ -1,4 +1,4 @@
-"""dhcptool snoop -r: what it prints, what it counts, and what it makes of files and terminals that turn bad."""
+"""dhcptool snoop -r: output, counters, and errors of files and terminals."""
 
 import json
 import os
@@ -12,7 +12,7 @@ from capture_files import bundled, content, dhcp6_frame, discover, option, optio
 TOOL = os.environ["DHCPTOOL"]
 
 def snoop(*arguments, data=None, **more):
-    """Status, output and messages; `data` goes in through the standard input."""
+    """Runs the tool with `data` on its standard input. Returns status, output and messages."""
     if data is not None:
         arguments = ("-r", "-") + arguments
     done = subprocess.run([TOOL, "snoop", *arguments], input=data, capture_output=True, timeout=60, **more)
@@ -132,7 +132,7 @@ class Dhcp6(unittest.TestCase):
             status, out, err = snoop(*more, data=pcap(frames))
             self.assertEqual(status, 0)
             self.assertTrue((out + err).replace("\n", "").isprintable())
-            # Of the frames that are cut those with a whole relay header; then three of the last five.
+            # Of the truncated frames those with a whole relay header, then three of the last five.
             self.assertIn(f"DHCPv6 {len(relayed) + 1 - 62 - 34 + 3}, ", err)
         last = len(relayed) + 2
         lines = snoop(data=pcap(frames))[1].splitlines()
@@ -244,7 +244,7 @@ class Usage(unittest.TestCase):
                           ("-r", "x", "--native-vlan", "y=1"), ("-r", "x", "--count", "1")):
             status, out, err = snoop(*arguments)
             self.assertEqual((status, out), (1, ""), arguments)
-            self.assertRegex(err, "^dhcptool: .+; --help tells the usage\n$")
+            self.assertRegex(err, "^dhcptool: .+; see --help\n$")
 
     def test_of_no_interface_at_all_gives_status_2(self):
         self.assertEqual(snoop("-i", "nosuch0", "nosuch1"), (2, "", "dhcptool: nosuch0: there is no such interface\n"))

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The exit status, unless the command sets one of its own.
+/// Exit status, unless the command sets another one.
 enum Status { done = 0, failed = 1, badCapture = 2 };
 
 }  // namespace
@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
     using namespace DhcpTool;
     int status = done;
     try {
-        CLI::App app("Looks at DHCP traffic.", "dhcptool");
+        CLI::App app("Inspects DHCP traffic, rewrites it as a relay, and queries leases.", "dhcptool");
         app.set_version_flag("--version", DHCPTOOL_VERSION);
         app.require_subcommand(1);
         addLeaseQueryCommand(app, status);
@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
         } catch (const CLI::Success& help) {
             return app.exit(help);
         } catch (const CLI::ParseError& error) {
-            complain(harmless(error.what()) + "; --help tells the usage");
+            complain(harmless(error.what()) + "; see --help");
             return failed;
         }
     } catch (const CaptureError& error) {

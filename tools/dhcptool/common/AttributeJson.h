@@ -12,15 +12,15 @@ namespace DhcpTool {
 
 using Json = nlohmann::ordered_json;
 
-/// A number in a type of its own, such as a port. An address has a number too, but is shown as text.
+/// A number with a type of its own, such as a port. Addresses are numbers as well, but are printed as text.
 template <class T>
 concept NumberValue = !std::same_as<T, Kitnet::IpAddr> && requires(const T& v) {
     { v.value() } -> std::integral;
 };
 
-/// The attributes of an object by their declared names, in declared order: flags, numbers and seconds as such, text as
-/// text, byte strings in hex, enumerations by name, addresses in their text form, other declared objects nested, null
-/// pointers as null, maps as objects, sets as lists in ascending order.
+/// The attributes of an object by name, in declared order. Flags, numbers and seconds become JSON values, texts become
+/// strings, byte strings become hex, enumerations their names, addresses their text form, declared objects JSON
+/// objects, null pointers null, maps JSON objects, sets lists in ascending order.
 template <class T>
 Json jsonOf(const T& value) {
     if constexpr (std::integral<T> || std::same_as<T, std::string_view>)

@@ -13,7 +13,7 @@ namespace DhcpTool {
 
 namespace {
 
-/// libpcap's messages name the file or do not, as it happens; ours always do, and once.
+/// Throws with the file's name in the message once. Messages of libpcap contain it sometimes.
 [[noreturn]] void fail(const std::string& path, std::string_view why) {
     if (why.starts_with(path + ": ")) why.remove_prefix(path.size() + 2);
     throw CaptureError(quoted(path) + ": " + harmless(why));
@@ -25,7 +25,7 @@ U64 regularFileSize(std::FILE* file) {
     return static_cast<U64>(status.st_size);
 }
 
-/// A file may claim any number of seconds and of microseconds; they stay where the sum can be told.
+/// Limits seconds and microseconds, which may be any number in a file, so that their sum does not overflow.
 CaptureTime timeOf(const timeval& time) {
     using Second = std::chrono::seconds;
     constexpr auto most = std::chrono::duration_cast<Second>(CaptureTime::max()) - std::chrono::days(1);

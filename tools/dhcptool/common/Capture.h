@@ -18,18 +18,19 @@ using Kcore::U32;
 using Kcore::U64;
 using Kcore::U8;
 
-/// Since the epoch.
+/// Time since the epoch.
 using CaptureTime = std::chrono::duration<std::int64_t, std::micro>;
 
-/// A frame of a capture. Its bytes live until the next one is read.
+/// A frame of a capture. Its bytes are valid until the next one is read.
 struct Frame {
     U64 number;  ///< counted from 1
     CaptureTime time;
-    std::span<const U8> bytes;  ///< what the capture holds, which may be less than what was sent
+    std::span<const U8> bytes;  ///< the captured bytes, which may be fewer than were sent
     U32 sentBytes;
 };
 
-/// A capture that cannot be read, or not any further. The message names the file and is fit for a terminal.
+/// Thrown if a capture cannot be read, or not to its end. The message names the file and is safe to print on a
+/// terminal.
 class CaptureError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -38,19 +39,19 @@ public:
 /// Reads the Ethernet frames of a pcap or pcapng file one by one.
 class CaptureReader {
 public:
-    /// "-" is the standard input; pipes will do. Raises CaptureError where there is no such file, where it is no
-    /// capture, or one of another link type.
+    /// "-" is the standard input. Pipes are supported. Throws CaptureError if there is no such file, if it is not a
+    /// capture, or if its link type is not Ethernet.
     explicit CaptureReader(const std::string& path);
 
-    /// The next frame, or none at the end. Raises CaptureError where the file ends or makes no sense amid a frame:
-    /// those before it are good.
+    /// The next frame, or none at the end. Throws CaptureError if the file ends within a frame or is malformed; frames
+    /// read before are valid.
     std::optional<Frame> next();
 
-    /// The size of the file; 0 where it has none, such as a pipe.
+    /// Size of the file; 0 if it has none, such as a pipe.
     U64 size() const { return size_; }
-    /// How much of it was read so far.
+    /// Number of bytes read so far.
     U64 position() const;
-    /// Whether `path` names the very file, by whatever name.
+    /// Whether `path` refers to the same file.
     bool reads(const std::string& path) const;
 
 private:

@@ -8,18 +8,18 @@ struct pcap_dumper;
 
 namespace DhcpTool {
 
-/// Writes Ethernet frames to a pcap file. A reader that goes away is no error: `open` turns false.
+/// Writes Ethernet frames to a pcap file. If the reader closes the pipe, `open` becomes false; that is not an error.
 class CaptureWriter {
 public:
-    /// "-" is the standard output; pipes will do. `live`: each frame is handed on at once. Raises OutputError where
-    /// there is no such place.
+    /// "-" is the standard output. Pipes are supported. `live`: flushes after each frame. Throws OutputError if the
+    /// file cannot be opened.
     CaptureWriter(const std::string& path, bool live);
 
-    /// A frame of these bytes, of which `sentBytes` were sent. Raises OutputError.
+    /// Writes a frame of which `sentBytes` were sent and `bytes` were captured. Throws OutputError.
     void write(CaptureTime time, std::span<const U8> bytes, U32 sentBytes);
-    /// A frame as it was sent: with the tag that it was delivered beside.
+    /// Writes a frame as it was sent: with its out-of-band tag put back.
     void write(CaptureTime time, const Kitnet::Pkt& frame);
-    /// Hands on what is held back. Raises OutputError.
+    /// Flushes buffered frames. Throws OutputError.
     void flush();
     bool open() const { return output_.open(); }
 

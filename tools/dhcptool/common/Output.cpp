@@ -9,7 +9,7 @@
 namespace DhcpTool {
 
 Output::Output(bool live, std::FILE* file) : file_(file), live_(live) {
-    std::signal(SIGPIPE, SIG_IGN);  // the write tells as well
+    std::signal(SIGPIPE, SIG_IGN);  // write() reports the error as well
 }
 
 void Output::line(std::string_view text) {

@@ -6,24 +6,25 @@
 
 namespace DhcpTool {
 
-/// What was printed could not be written, for a reason other than that nobody reads it.
+/// Thrown if output cannot be written, unless the reader has closed the pipe.
 class OutputError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Where results go. A reader that goes away (`| head`) is no error: `open` turns false.
+/// The standard output or another file. If the reader closes the pipe (`| head`), `open` becomes false; that is not an
+/// error.
 class Output {
 public:
-    /// `live`: each line is handed on at once, since the next one may be long in coming.
+    /// `live`: flushes after each line, since the next one may come much later.
     explicit Output(bool live, std::FILE* file = stdout);
 
-    /// Writes `text` and a line feed. Raises OutputError.
+    /// Writes `text` and a newline. Throws OutputError.
     void line(std::string_view text);
-    /// Hands on what is held back. Raises OutputError.
+    /// Flushes buffered lines. Throws OutputError.
     void flush();
     bool open() const { return open_; }
-    /// Judges, by errno, what was written to the file directly. Raises OutputError.
+    /// Checks errno after a direct write to the file. Throws OutputError.
     void check(bool written);
 
 private:
@@ -32,7 +33,7 @@ private:
     bool open_ = true;
 };
 
-/// A line on stderr that starts with the program's name.
+/// Prints a line on stderr that starts with the program's name.
 void complain(std::string_view message);
 
 }  // namespace DhcpTool

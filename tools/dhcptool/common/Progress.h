@@ -6,7 +6,7 @@ namespace DhcpTool {
 
 using Kcore::U64;
 
-/// A bar on stderr that shows how much of a large file is done; nothing where stderr is no terminal.
+/// A progress bar on stderr for large files. Prints nothing if stderr is not a terminal.
 class Progress {
 public:
     explicit Progress(U64 total);
@@ -15,13 +15,13 @@ public:
     Progress& operator=(const Progress&) = delete;
 
     void at(U64 done);
-    /// Clears the bar's line for other output.
+    /// Clears the bar's line before other output.
     void hide();
 
 private:
     static constexpr U64 largeFile = U64{8} << 20;
 
-    U64 total_;  // 0: nothing is shown
+    U64 total_;  // 0: prints nothing
     U64 percent_ = 0;
     bool shown_ = false;
 };

@@ -10,7 +10,7 @@ namespace {
 
 constexpr Kcore::U32 messageAt = 0;
 
-/// Of a message whose options can be walked.
+/// Requires: the message's options area is well-formed.
 std::optional<LeaseState> stateOf(const DhcpLib::PktPtr& message) {
     Kcore::U8 type = 0;
     DhcpLib::getDhcpMsgTypeStringAndOpt(message, messageAt, type);

@@ -12,25 +12,26 @@
 
 namespace DhcpTool {
 
-/// What a server says of a lease: the type of its reply (RFC 4388, section 6.1).
+/// State of a lease, by the type of the server's reply (RFC 4388, section 6.1).
 enum class LeaseState : Kcore::U8 { unassigned = 11, unknown = 12, active = 13 };
 
-/// A server's reply to a lease query; what it does not tell is not there.
+/// A server's reply to a lease query. Fields that the reply does not contain are unset.
 struct LeaseAnswer {
     LeaseState state{};
-    std::optional<Kitnet::IpAddr> ip;    ///< not 0.0.0.0
-    std::optional<Kitnet::EthAddr> mac;  ///< of a client on Ethernet
+    std::optional<Kitnet::IpAddr> ip;    ///< never 0.0.0.0
+    std::optional<Kitnet::EthAddr> mac;  ///< set for Ethernet clients only
     std::optional<Kcore::Duration> leaseTime, lastTransactionTime;
     std::set<Kitnet::IpAddr> associatedIps;
     std::optional<Kitnet::IpAddr> serverId;
 
-    /// A line for each thing that the server told.
+    /// One line per field that is set.
     std::string text() const;
-    /// One JSON object, null for what the server did not tell.
+    /// One JSON object, with null for fields that are unset.
     std::string json() const;
 };
 
-/// What `message`, any bytes, answers to the lease query with that transaction id; nothing where it is no answer to it.
+/// Parses `message`, which may contain any bytes, as a reply to the lease query with transaction id `xid`. Empty if it
+/// is not one.
 std::optional<LeaseAnswer> leaseAnswerOf(const DhcpLib::PktPtr& message, Kcore::U32 xid);
 
 }  // namespace DhcpTool

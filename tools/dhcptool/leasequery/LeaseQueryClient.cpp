@@ -21,7 +21,7 @@ using Kitnet::IpAddr;
 
 [[noreturn]] void raise(const std::string& what) { throw std::system_error(errno, std::system_category(), what); }
 
-/// An IPv4 address and the DHCP server port.
+/// An IPv4 address with the DHCP server port.
 class Endpoint {
 public:
     explicit Endpoint(IpAddr ip = {}) {
@@ -99,12 +99,12 @@ std::optional<LeaseAnswer> LeaseQueryClient::awaitAnswer(Kcore::U32 xid, Clock::
 }
 
 std::optional<LeaseAnswer> LeaseQueryClient::takeDatagram(Kcore::U32 xid) {
-    std::array<Kcore::U8, 65536> bytes;  // no datagram is longer
+    std::array<Kcore::U8, 65536> bytes;  // the largest datagram
     Endpoint from;
     socklen_t fromSize = from.size();
     const ssize_t size = ::recvfrom(socket_.get(), bytes.data(), bytes.size(), 0, from.address(), &fromSize);
     if (size < 0) {
-        // Poll may have told of a datagram that then turned out to be damaged.
+        // poll() may have reported a datagram that turned out to be damaged.
         if (errno == EAGAIN || errno == EINTR) return std::nullopt;
         raise("reading the reply");
     }

@@ -8,23 +8,23 @@
 
 namespace DhcpTool {
 
-/// Whose lease is asked for.
+/// The client or the address whose lease is queried.
 using LeaseSubject = std::variant<Kitnet::EthAddr, Kitnet::IpAddr>;
 
-/// The address of ours from which datagrams go to `peer`. Raises std::system_error where no route leads there.
+/// The local address from which datagrams to `peer` are sent. Throws std::system_error if there is no route.
 Kitnet::IpAddr localAddressTowards(Kitnet::IpAddr peer);
 
-/// Asks one DHCP server for leases as a relay agent does: over UDP, from the server port of an address of ours to that
-/// of the server, which sends its replies back there (RFC 4388, section 6.3).
+/// Queries a DHCP server for leases over UDP as a relay agent does (RFC 4388, section 6.3): from the server port of a
+/// local address, to which the server replies.
 class LeaseQueryClient {
 public:
-    /// Raises std::system_error where the port of `giaddr` cannot be had.
+    /// Throws std::system_error if the port of `giaddr` cannot be bound.
     LeaseQueryClient(Kitnet::IpAddr server, Kitnet::IpAddr giaddr);
 
-    /// Sends the query up to 1 + `retries` times and waits `timeout` after each, however many datagrams come that are
-    /// no answer to it. Raises std::system_error.
+    /// Sends the query up to 1 + `retries` times and waits `timeout` after each, even if other datagrams arrive
+    /// meanwhile. Throws std::system_error.
     std::optional<LeaseAnswer> ask(const LeaseSubject& subject, std::chrono::seconds timeout, unsigned retries);
-    /// Datagrams that were no answer, or came from elsewhere than the server's address.
+    /// Number of datagrams that were not a reply to the query or came from another address.
     unsigned long ignored() const { return ignored_; }
 
 private:

@@ -12,16 +12,20 @@ namespace DhcpTool {
 namespace {
 
 constexpr char about[] =
-    "Asks a DHCP server which lease a client or an address has (DHCPLEASEQUERY, RFC 4388) and prints what it says.";
+    "Asks a DHCP server for the lease of a client or an address (DHCPLEASEQUERY, RFC 4388) and prints the reply.";
 constexpr char footer[] =
-    "The query goes from UDP port 67 of the relay address, to which the server replies, so that the address must be\n"
-    "one of this machine and the port free; port 67 takes CAP_NET_BIND_SERVICE. Replies from another address than the\n"
-    "server's, with another transaction id, or that are malformed are ignored. What the server does not tell is left\n"
-    "out of the lines, and null with --json.\n"
-    "Exit status: 0 the server knows the client or address, its state is active or unassigned; 1 wrong usage, no\n"
-    "route, or no socket; 3 the state is unknown; 4 no answer.";
+    "The query is sent from UDP port 67 of the relay address, to which the server replies. So this must be an address "
+    "of\n"
+    "this machine, the port must be free, and CAP_NET_BIND_SERVICE is required. Malformed replies, replies from "
+    "another\n"
+    "address and replies with another transaction id are ignored. Fields that the reply does not contain are left "
+    "out;\n"
+    "with --json they are null.\n"
+    "Exit status: 0 the server knows the client or address (state active or unassigned); 1 wrong usage, no route, or "
+    "no\n"
+    "socket; 3 the state is unknown; 4 no answer.";
 
-/// The exit status, beside those of all commands.
+/// Exit status, in addition to those of all commands.
 enum Status { leaseKnown = 0, leaseUnknown = 3, noAnswer = 4 };
 
 struct LeaseQueryArguments {
@@ -52,18 +56,18 @@ Status ask(const LeaseQueryArguments& arguments) {
 void addLeaseQueryCommand(CLI::App& app, int& status) {
     const auto arguments = std::make_shared<LeaseQueryArguments>();
     CLI::App* const command = app.add_subcommand("leasequery", about)->footer(footer);
-    CLI::App* const subject = command->add_option_group("Subject", "Whose lease");
-    addAddress<Kitnet::EthAddr>(*subject, "--mac", arguments->subject, "The client whose lease is asked for");
-    addAddress<Kitnet::IpAddr>(*subject, "--ip", arguments->subject, "The address whose lease is asked for");
+    CLI::App* const subject = command->add_option_group("Subject", "Client or address to ask for");
+    addAddress<Kitnet::EthAddr>(*subject, "--mac", arguments->subject, "MAC address of the client");
+    addAddress<Kitnet::IpAddr>(*subject, "--ip", arguments->subject, "Leased address");
     subject->require_option(1);
-    addAddress<Kitnet::IpAddr>(*command, "--server", arguments->server, "The DHCP server")->required();
+    addAddress<Kitnet::IpAddr>(*command, "--server", arguments->server, "Address of the DHCP server")->required();
     addAddress<Kitnet::IpAddr>(*command, "--giaddr", arguments->giaddr,
-                               "Relay address; by default the one from which datagrams go to the server");
-    command->add_option("--timeout", arguments->timeout, "How long to wait after each query")
+                               "Relay address; default: the local address of the route to the server");
+    command->add_option("--timeout", arguments->timeout, "Time to wait after each query")
         ->type_name("SECONDS")
         ->check(CLI::Range(1, 3600))
         ->capture_default_str();
-    command->add_option("--retries", arguments->retries, "How often to ask again")
+    command->add_option("--retries", arguments->retries, "Number of repeated queries")
         ->type_name("N")
         ->check(CLI::Range(0, 1000))
         ->capture_default_str();

@@ -6,8 +6,8 @@ class App;
 
 namespace DhcpTool {
 
-/// Adds `dhcptool leasequery`, which runs while `app` parses the command line and then puts its exit status in
-/// `status`. It raises OutputError and std::system_error.
+/// Adds `dhcptool leasequery`. The command runs while `app` parses the command line and stores its exit status in
+/// `status`. Throws OutputError and std::system_error.
 void addLeaseQueryCommand(CLI::App& app, int& status);
 
 }  // namespace DhcpTool

@@ -19,10 +19,10 @@ constexpr U32 longestDatagram = 65535;
 
 PktPtr packetOf(std::span<const U8> bytes) { return Kitnet::globalPktManager().newPkt(bytes); }
 
-/// What option 82 holds.
+/// Contents of option 82.
 struct InfoContents {
     std::optional<U32> bytes;
-    bool whole = true;  ///< it ends with a sub-option's end
+    bool whole = true;  ///< the sub-options fill it exactly
     std::set<U8> codes;
 
     explicit InfoContents(const PktPtr& message) {
@@ -38,8 +38,7 @@ struct InfoContents {
     std::string text() const { return bytes ? std::to_string(*bytes) + " bytes" : "none"; }
 };
 
-/// Whether option 82 came out whole, and without sub-options that nobody had put there. The rewrite in place writes
-/// over what stands behind an earlier relay's link selection, and cuts that off from the end wherever it stands.
+/// Whether the rewrite left option 82 intact, without sub-options that nobody added.
 bool isSound(const InfoContents& before, const InfoContents& after, const DhcpLib::RelayRewrite& rewrite) {
     if (DhcpLib::isVendorDataPresent(rewrite.vendorSpecificSubOptIntfName, rewrite.vendorSpecificSubOptSrcVtepIp) &&
         !after.has(SubOption::vendorSpecificSubOption))
@@ -49,7 +48,7 @@ bool isSound(const InfoContents& before, const InfoContents& after, const DhcpLi
            });
 }
 
-/// The message's type, or its direction where it tells none.
+/// The message type, or the direction if the message has no type.
 std::string messageText(const PktPtr& message, BootpOption op) {
     const Kcore::String type = DhcpLib::getDhcpMsgType(message, 0);
     return type.empty() ? Kcore::textOf(op) : type.str();
@@ -57,7 +56,7 @@ std::string messageText(const PktPtr& message, BootpOption op) {
 
 std::string lineStart(const Frame& frame) { return "frame " + std::to_string(frame.number) + ": "; }
 
-/// The frame's headers with `message` behind them, and nothing of what stood behind the datagram.
+/// The frame's headers followed by `message`. Bytes behind the old datagram are dropped.
 PktPtr frameOf(std::span<const U8> headers, const Pkt& message, U32 ipAt) {
     const PktPtr frame = packetOf(headers);
     const U32 at = frame->bytes();
@@ -96,7 +95,7 @@ Relayer::Result Relayer::relay(const Frame& frame, const UdpFrame& place) {
         return copy(frame, "assertion: " + std::string(forecast.assertion));
     if (!forecast.isRewritable()) return copy(frame, Kcore::textOf(forecast.verdict));
     if (place.payloadAt - place.ipAt + forecast.messageBytes > longestDatagram)
-        return copy(frame, "no room in an IPv4 datagram");
+        return copy(frame, "too large for an IPv4 datagram");
 
     const InfoContents before(message);
     if (!relayRewrite(message, rewrite, settings_.generation)) return copy(frame, "not rewritten");
@@ -107,8 +106,8 @@ Relayer::Result Relayer::relay(const Frame& frame, const UdpFrame& place) {
                        std::to_string(message->bytes()) + " bytes";
     const DhcpLib::FoundOption serverId = findOption(message, 0, DhcpLib::DhcpOptionType::serverIdOpt);
     if (!request && settings_.serverId && serverId) {
-        // The address would overwrite what stands behind a shorter one.
-        if (serverId.len() != sizeof(Kitnet::IpAddr)) return copy(frame, "server identifier is no address");
+        // The address would overwrite bytes behind a shorter option.
+        if (serverId.len() != sizeof(Kitnet::IpAddr)) return copy(frame, "server identifier is not 4 bytes long");
         DhcpLib::setServerId(message, *settings_.serverId);
         line += ", server identifier " + Kcore::textOf(*settings_.serverId);
     }

@@ -10,32 +10,32 @@
 
 namespace DhcpTool {
 
-/// How messages are to be relayed.
+/// Settings of the relay.
 struct RelaySettings {
     DhcpLib::RelayGeneration generation = DhcpLib::RelayGeneration::preparePacket;
-    DhcpLib::RelayRewrite rewrite;           ///< `op` and `offset` come from each message
-    std::optional<Kitnet::IpAddr> serverId;  ///< to be put in the place of option 54 of replies
+    DhcpLib::RelayRewrite rewrite;           ///< `op` and `offset` are set for each message
+    std::optional<Kitnet::IpAddr> serverId;  ///< written to option 54 of replies
 };
 
-/// What became of the frames.
+/// Numbers of frames by what was done with them.
 struct RelayCounts {
     U64 frames = 0;
     U64 requests = 0;  ///< rewritten
     U64 replies = 0;   ///< rewritten
-    U64 copied = 0;    ///< messages, and frames that may hold one
+    U64 copied = 0;    ///< messages, and frames that may contain one
     std::map<std::string, U64> copiedFor;
 
     std::string text() const;
 };
 
-/// Rewrites the DHCPv4 messages of frames as a relay agent does.
+/// Rewrites the DHCPv4 messages in frames as a relay agent does.
 class Relayer {
 public:
     explicit Relayer(const RelaySettings& settings) : settings_(settings) {}
 
     struct Result {
-        Kcore::Ptr<Kitnet::Pkt> frame;  ///< to be sent in place of the one that came; null where that is to be copied
-        std::string line;               ///< about the message; empty where there is none
+        Kcore::Ptr<Kitnet::Pkt> frame;  ///< the rewritten frame; null if the original is to be copied
+        std::string line;               ///< report about the message; empty if there is none
     };
     Result take(const Frame& frame);
     const RelayCounts& counts() const { return counts_; }

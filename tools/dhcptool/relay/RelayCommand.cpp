@@ -16,16 +16,16 @@ namespace DhcpTool {
 namespace {
 
 constexpr char about[] =
-    "Rewrites the DHCPv4 messages of a capture as a relay agent does: requests gain the relay agent information "
-    "option\n"
-    "(82), replies lose it. Lengths and checksums are set right, all other frames are copied. A line for each message\n"
-    "says what was done; counts follow on stderr.";
+    "Rewrites the DHCPv4 messages of a capture as a relay agent does: adds option 82 (relay agent information) to\n"
+    "requests, removes it from replies, and corrects lengths and checksums. Copies all other frames. Prints a line "
+    "for\n"
+    "each message, then, on stderr, counters.";
 constexpr char footer[] =
-    "Messages that a relay could not rewrite or whose option 82 would come out broken, fragments, and datagrams of\n"
-    "which bytes are missing are copied as they are, and reported. Where the capture goes to the standard output, the "
-    "lines go to stderr. Timestamps are kept to\n"
-    "the microsecond.\n"
-    "Exit status: 0 done, 1 wrong usage or no place for the output, 2 the capture cannot be read to its end.";
+    "Messages that cannot be rewritten, or whose option 82 would be broken afterwards, fragments and incomplete "
+    "datagrams\n"
+    "are copied unchanged and reported. If the capture is written to the standard output, the lines go to stderr.\n"
+    "Timestamps have a resolution of one microsecond.\n"
+    "Exit status: 0 success; 1 wrong usage, or the output cannot be written; 2 the capture cannot be read to its end.";
 
 const std::map<std::string, DhcpLib::RelayGeneration>& generations() {
     using enum DhcpLib::RelayGeneration;
@@ -59,7 +59,7 @@ void rewriteFrames(CaptureReader& source, CaptureWriter& target, Relayer& relaye
 void relay(const RelayArguments& arguments) {
     CaptureReader source(arguments.source);
     if (source.reads(arguments.target))
-        throw OutputError(DhcpTool::quoted(arguments.target) + " is the capture that is read");
+        throw OutputError(DhcpTool::quoted(arguments.target) + " is the capture that is being read");
     const bool live = source.size() == 0;
     Output report(live, arguments.target == "-" ? stderr : stdout);
     CaptureWriter target(arguments.target, live);
@@ -76,7 +76,7 @@ void relay(const RelayArguments& arguments) {
     if (cutShort) std::rethrow_exception(cutShort);
 }
 
-/// Adds an option whose value is a text of at most 255 bytes, as much as a sub-option holds.
+/// Adds an option whose value is a text of at most 255 bytes, the limit of a sub-option.
 void addText(CLI::App& command, const std::string& name, Tyk::String& value, const std::string& what) {
     command
         .add_option_function<std::string>(
@@ -96,29 +96,29 @@ void addRelayCommand(CLI::App& app) {
     command->add_option("-r,--read", arguments->source, "Capture file, pcap or pcapng; - is the standard input")
         ->type_name("FILE")
         ->required();
-    command->add_option("-w,--write", arguments->target, "Capture file to be written; - is the standard output")
+    command->add_option("-w,--write", arguments->target, "Capture file to write; - is the standard output")
         ->type_name("FILE")
         ->required();
     command
         ->add_option_function<std::string>(
             "--generation", [&settings](const std::string& name) { settings.generation = generations().at(name); },
-            "How the library rewrites: in place, or building option 82 anew")
+            "Rewriting function: preparePacket (old) or preparePacketNew (new)")
         ->type_name("NAME")
         ->check(CLI::IsMember(generations()))
         ->default_str("old");
-    addText(*command, "--circuit-id", rewrite.circuitId, "Sub-option 1");
-    addText(*command, "--remote-id", rewrite.remoteId, "Sub-option 2");
+    addText(*command, "--circuit-id", rewrite.circuitId, "Text for sub-option 1");
+    addText(*command, "--remote-id", rewrite.remoteId, "Text for sub-option 2");
     addText(*command, "--vrf", rewrite.vpnId,
-            "VRF name in sub-option 151; of the old generation with a link selection");
-    addAddress<Kitnet::IpAddr>(*command, "--link-selection", rewrite.linkselectionId, "Sub-option 5");
+            "VRF name for sub-option 151; with --generation old only together with --link-selection");
+    addAddress<Kitnet::IpAddr>(*command, "--link-selection", rewrite.linkselectionId, "Address for sub-option 5");
     addAddress<Kitnet::IpAddr>(*command, "--server-id-override", rewrite.serverId,
-                               "Sub-option 11; of the old generation with a link selection");
-    command->add_flag("--no-vss-control", rewrite.vssControlDisable, "No sub-option 152 with the VRF name");
-    addText(*command, "--vendor-interface", rewrite.vendorSpecificSubOptIntfName, "Interface name in sub-option 9");
+                               "Address for sub-option 11; with --generation old only together with --link-selection");
+    command->add_flag("--no-vss-control", rewrite.vssControlDisable, "Leave out sub-option 152");
+    addText(*command, "--vendor-interface", rewrite.vendorSpecificSubOptIntfName, "Interface name for sub-option 9");
     addAddress<Kitnet::IpGenAddr>(*command, "--vendor-vtep", rewrite.vendorSpecificSubOptSrcVtepIp,
-                                  "Tunnel endpoint, IPv4 or IPv6, in sub-option 9");
+                                  "Tunnel address for sub-option 9, IPv4 or IPv6");
     addAddress<Kitnet::IpAddr>(*command, "--restore-server-id", settings.serverId,
-                               "Server identifier that replies get in place of the one they have");
+                               "Address to write over the server identifier of replies");
     command->callback([arguments] { relay(*arguments); });
 }
 

@@ -6,7 +6,7 @@ class App;
 
 namespace DhcpTool {
 
-/// Adds `dhcptool relay`, which runs while `app` parses the command line. It raises CaptureError and OutputError.
+/// Adds `dhcptool relay`. The command runs while `app` parses the command line. Throws CaptureError and OutputError.
 void addRelayCommand(CLI::App& app);
 
 }  // namespace DhcpTool

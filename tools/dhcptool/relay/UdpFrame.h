@@ -8,12 +8,12 @@ using Kcore::U16;
 using Kcore::U32;
 using Kcore::U8;
 
-/// What an Ethernet frame holds, and where.
+/// The contents of an Ethernet frame and their positions.
 struct UdpFrame {
     enum class Kind : U8 {
-        other,     ///< no IPv4, no UDP, or ports that are not DHCP's
-        unfit,     ///< may hold a message of which not all is there: `why`
-        datagram,  ///< a whole datagram for a DHCPv4 port
+        other,     ///< not IPv4, not UDP, or not a DHCP port
+        unfit,     ///< may contain a message that is incomplete: see `why`
+        datagram,  ///< a complete datagram for a DHCPv4 port
     };
     Kind kind = Kind::other;
     const char* why = "";
@@ -22,7 +22,7 @@ struct UdpFrame {
     U32 payloadBytes = 0;
 };
 
-/// Looks for a DHCPv4 datagram behind any number of VLAN tags and behind IP options.
+/// Finds a DHCPv4 datagram behind any number of VLAN tags and any IP options.
 UdpFrame udpFrameOf(DhcpLib::Wire::ByteView frame);
 
 }  // namespace DhcpTool

@@ -6,7 +6,7 @@
 
 namespace DhcpTool {
 
-/// A frame as a snooping agent gets it.
+/// A frame as a snooping agent receives it.
 struct Arrival {
     U64 number = 0;  ///< counted from 1
     CaptureTime time{};

@@ -12,7 +12,7 @@ namespace DhcpTool {
 /// "2024-05-01T10:11:12", UTC.
 std::string timeText(std::chrono::seconds sinceEpoch);
 
-/// One line for people, word by word.
+/// A line of readable output, assembled word by word.
 class Line {
 public:
     template <class T>
@@ -33,7 +33,7 @@ public:
     Line& seconds(std::string_view name, bool there, Kcore::Duration time) {
         return there ? field(name, Kcore::textOf(time) + 's') : *this;
     }
-    /// What every line starts with: frame number, time, for a live frame its interface and whether it went out, VLAN.
+    /// Appends the start of every line: frame number, time, VLAN, and for a live frame interface and direction.
     Line& start(const Arrival& frame, Bridging::VlanId vlan, bool tagged);
     std::string take() { return std::move(text_); }
 

@@ -14,7 +14,7 @@ namespace DhcpTool {
 namespace {
 
 constexpr int framesAtOnce = 64;
-constexpr int framesAtEnd = 1024;  // more than the buffer of a socket holds
+constexpr int framesAtEnd = 1024;  // more than fits into the buffer of a socket
 constexpr char usualState[] = "link is up";
 
 DhcpLib::PamManager::Ptr managerOf(const char* name, const KernelNetInfo::Status::Ptr& kni,
@@ -32,7 +32,7 @@ CaptureTime now() {
 
 }  // namespace
 
-/// The observation is of the manager that was made last: when it is told of a change, both have dealt with it.
+/// The observation is of the manager that was created last, so both managers have handled a change when it is called.
 LiveCapture::LiveCapture(const std::vector<Kitnet::IntfId>& interfaces, int stopFd, Clock::time_point end)
     : interfaces_(interfaces),
       stopFd_(stopFd),
@@ -70,8 +70,8 @@ std::optional<Arrival> LiveCapture::next() {
     }
 }
 
-/// Waits for something to read, and takes in what the kernel tells of its devices. False after the end: what is waiting
-/// when it comes is read still.
+/// Waits for something to read, and handles changes of network devices. Returns false after the end; frames that are
+/// waiting then are still read.
 bool LiveCapture::poll() {
     if (ended_) return false;
     std::vector<pollfd> fds{{stopFd_, POLLIN, 0}, {kni_->fd(), POLLIN, 0}};
@@ -116,7 +116,7 @@ void LiveCapture::handleIntf(const Kitnet::IntfId& intf) {
     announce();
 }
 
-/// Once every interface has its sockets.
+/// Called once every interface has its sockets.
 void LiveCapture::announce() {
     if (announced_) return;
     std::string names;

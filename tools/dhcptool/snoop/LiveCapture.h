@@ -10,22 +10,22 @@
 
 namespace DhcpTool {
 
-/// Reads the DHCPv4 and DHCPv6 frames of interfaces of this host as a snooping agent does, which it says on stderr once
-/// it does so on all of them. Interfaces that come, go, or go down and up are followed, and reported there.
+/// Receives the DHCPv4 and DHCPv6 frames of interfaces of this host as a snooping agent does. Prints a line on stderr
+/// when it listens on all of them, and when an interface appears, disappears, or goes down or up.
 class LiveCapture {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// Ends when `stopFd` is readable and at `end`. Raises CaptureError where there is none of the interfaces, and
-    /// where one of them cannot be opened; an interface that is missing beside others is waited for.
+    /// Stops when `stopFd` is readable, and at `end`. Throws CaptureError if none of the interfaces exists, or if one
+    /// of them cannot be opened. If only some are missing, it waits for them.
     LiveCapture(const std::vector<Kitnet::IntfId>& interfaces, int stopFd, Clock::time_point end);
     LiveCapture(const LiveCapture&) = delete;
     LiveCapture& operator=(const LiveCapture&) = delete;
 
-    /// The next frame, when it comes; none at the end.
+    /// Waits for the next frame; none at the end.
     std::optional<Arrival> next();
 
-    /// Tells what became of the frames of each interface so far, line by line.
+    /// Calls `tell` with a line of counters for each interface.
     void forEachCount(const std::function<void(const std::string&)>& tell) const;
 
 private:
@@ -34,7 +34,7 @@ private:
 
     struct Readable {
         Pam::Ptr pam;
-        int framesLeft;  ///< before others have their turn
+        int framesLeft;  ///< until another socket is read
     };
 
     void requireAccess() const;

@@ -88,7 +88,7 @@ void takeOption(Message6& message, const Dhcp6Option::Ptr& option) {
         case Dhcp6OptionType::iata:
             return addIaTa(message, option);
         case Dhcp6OptionType::interfaceId:
-            // Not the view: what a stranger sends could make it raise.
+            // Decodes without a view, which would throw for some malformed data.
             if (!message.interfaceId) message.interfaceId = {option->dataText(), decodeInterfaceId(option->dataText())};
             break;
         case Dhcp6OptionType::remoteId:
@@ -113,7 +113,7 @@ Message6 messageAt(const PktPtr& pkt, const Dhcp6MessagePlace& place) {
     return message;
 }
 
-/// What stands behind the UDP datagram is no part of the message; a length that makes no sense does not count.
+/// Bytes behind the UDP datagram are not part of the message. An implausible UDP length is ignored.
 Dhcp6MessagePlace placeOf(const Kitnet::Pkt& pkt, const Dhcp6PacketParser& parser) {
     const U32 udpAt = parser.etherHdrLen() + parser.ip6HdrLen(), at = udpAt + udpHeaderBytes;
     const bool sound = parser.udpLen() >= udpHeaderBytes + Dhcp6Const::reghdr_size;

@@ -12,7 +12,7 @@ std::string endpoint(const Kitnet::Ip6Addr& ip, const Kitnet::UdpPort& port) {
     return '[' + Kcore::textOf(ip) + "]:" + Kcore::textOf(port);
 }
 
-/// "2024-05-01T10:11:12Z" for a time in a DUID, which counts from 2000.
+/// "2024-05-01T10:11:12Z" for a time in a DUID, in seconds since 2000.
 std::string duidTimeText(U32 seconds) {
     constexpr std::chrono::sys_days start = std::chrono::year{2000} / 1 / 1;
     return timeText(std::chrono::seconds(start.time_since_epoch()) + std::chrono::seconds(seconds)) + 'Z';

@@ -20,7 +20,7 @@ Json startOf(const Arrival& frame, const Parser& parser) {
     return object;
 }
 
-/// What `jsonOfValue` makes of a value, null where there is none.
+/// The result of `jsonOfValue`, or null if there is no value.
 template <class T, class JsonOfValue>
 Json orNull(const std::optional<T>& value, JsonOfValue jsonOfValue) {
     return value ? jsonOfValue(*value) : Json();
@@ -88,7 +88,7 @@ Json hopJson(const Message6& message) {
     return object;
 }
 
-/// A message without a type is none.
+/// Adds nothing if the message has no type.
 void addMessage(Json& object, const Message6& message) {
     const bool there = message.type != DhcpLib::Dhcp6MsgType{};
     object["messageType"] = there ? jsonOf(message.type) : Json();

@@ -8,12 +8,12 @@
 
 namespace DhcpTool {
 
-/// A JSON object about the frame in which `parser` found a message: "frame", for a live frame "interface" and
-/// "outgoing", then every attribute of the parser.
+/// A JSON object for the frame that `parser` has parsed: "frame", for a live frame "interface" and "outgoing", then
+/// every attribute of the parser.
 std::string messageJson(const Arrival& frame, const DhcpLib::PacketParser& parser);
 
-/// Likewise; then what `chain` says, its messages outermost first: the relay messages as a list of hops, and the
-/// message inside, each under the same keys whatever it holds.
+/// The same, then the messages of `chain`, outermost first: relay messages as a list of hops, and the message inside.
+/// The keys are the same for all messages.
 std::string messageJson(const Arrival& frame, const DhcpLib::Dhcp6PacketParser& parser,
                         const std::vector<Message6>& chain);
 

@@ -11,7 +11,7 @@ std::string endpoint(const Kitnet::IpAddr& ip, const Kitnet::UdpPort& port) {
     return Kcore::textOf(ip) + ':' + Kcore::textOf(port);
 }
 
-/// Without a type the message's direction is all that is known.
+/// The message type, or the direction if the message has no type.
 std::string typeText(const DhcpLib::PacketParser& parser) {
     if (parser.dhcpMsgTypeOpt() != 0) return Kcore::textOf(parser.dhcpMsgType());
     return (parser.isDhcp() ? "DHCP " : "BOOTP ") + Kcore::textOf(parser.dhcpOpType());

@@ -17,7 +17,7 @@ const std::map<std::string, Bridging::SwitchportMode>& modes() {
 }
 
 struct PortText {
-    std::string port;  ///< empty for all
+    std::string port;  ///< empty means: all ports
     std::string value;
 
     explicit PortText(const std::string& text) {
@@ -27,14 +27,14 @@ struct PortText {
     }
 };
 
-/// 0 where it is none.
+/// 0 if `text` is not a VLAN number.
 unsigned vlanOf(const std::string& text) {
     constexpr unsigned last = 4094;
     Bridging::VlanId vlan;
     return Bridging::VlanId::parse(text, &vlan) && vlan.value() <= last ? vlan.value() : 0;
 }
 
-/// Calls `set(port settings, value)` for those that each text is about, the texts for all first.
+/// Calls `set(port settings, value)` for each port that a text applies to. Texts for all ports come first.
 template <class Set>
 void apply(const std::string& option, const std::vector<std::string>& texts,
            std::map<Kitnet::IntfId, PortSettings>& ports, Set set) {
@@ -42,7 +42,7 @@ void apply(const std::string& option, const std::vector<std::string>& texts,
     std::ranges::stable_sort(ordered, {}, [](const PortText& text) { return !text.port.empty(); });
     for (const PortText& text : ordered) {
         if (!text.port.empty() && !ports.contains(Kitnet::IntfId(text.port)))
-            throw CLI::ValidationError(option, "frames of " + text.port + " are not asked for");
+            throw CLI::ValidationError(option, text.port + " is not one of the interfaces");
         for (auto& [port, settings] : ports)
             if (text.port.empty() || text.port == port.name()) set(settings, text.value);
     }
@@ -68,15 +68,15 @@ std::map<Kitnet::IntfId, PortSettings> PortOptions::of(const std::vector<std::st
 }
 
 std::string nativeVlanFault(const std::string& text) {
-    return fault(text, vlanOf(PortText(text).value) != 0, "no VLAN from 1 to 4094: ");
+    return fault(text, vlanOf(PortText(text).value) != 0, "not a VLAN from 1 to 4094: ");
 }
 
 std::string switchportModeFault(const std::string& text) {
-    return fault(text, modes().contains(PortText(text).value), "neither access nor trunk nor dot1q-tunnel: ");
+    return fault(text, modes().contains(PortText(text).value), "not one of access, trunk, dot1q-tunnel: ");
 }
 
 std::string portNameFault(const std::string& name) {
-    return Kitnet::IntfId::isValidName(name) ? "" : "no interface name: " + name;
+    return Kitnet::IntfId::isValidName(name) ? "" : "not an interface name: " + name;
 }
 
 }  // namespace DhcpTool

@@ -7,16 +7,16 @@
 
 namespace DhcpTool {
 
-/// What the command line says of ports: texts "VALUE" for all of them and "NAME=VALUE" for one. One of its own goes
-/// before one for all, and of several the last one counts.
+/// Settings of ports from the command line: "VALUE" for all ports and "NAME=VALUE" for one. A setting for one port wins
+/// over one for all; otherwise the last one wins.
 struct PortOptions {
     std::vector<std::string> nativeVlans, switchportModes;
 
-    /// The settings of each of the ports. Raises CLI::ValidationError for a port that is none of them.
+    /// The settings of each port. Throws CLI::ValidationError for a name that is not one of them.
     std::map<Kitnet::IntfId, PortSettings> of(const std::vector<std::string>& ports) const;
 };
 
-/// What is wrong with such a text; empty where nothing is.
+/// An error message for an invalid text; empty if it is valid.
 std::string nativeVlanFault(const std::string& text);
 std::string switchportModeFault(const std::string& text);
 std::string portNameFault(const std::string& name);

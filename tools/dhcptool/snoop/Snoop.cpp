@@ -11,7 +11,7 @@ namespace {
 
 struct Reason {
     DhcpLib::FrameRejection rejection;
-    std::string_view text, text6;  ///< for people: of the DHCPv4 parser, and of the DHCPv6 parser
+    std::string_view text, text6;  ///< readable reasons, for the DHCPv4 and the DHCPv6 parser
 };
 
 std::string_view reasonText(DhcpLib::FrameRejection rejection, bool dhcp6) {
@@ -77,7 +77,7 @@ std::optional<std::string> Snooper::take4(const Arrival& frame) {
     return settings_.json ? messageJson(frame, parser_) : messageLine(frame, parser_);
 }
 
-/// A relay message, which the parser refuses, is shown where its header is whole.
+/// The parser refuses relay messages; they are printed if their header is whole.
 std::optional<std::string> Snooper::take6(const Arrival& frame) {
     if (!settings_.keepState) parser6_ = DhcpLib::Dhcp6PacketParser(config_);
     parser6_.doParseDhcp6(frame.pkt, frame.intf);

@@ -12,21 +12,21 @@
 
 namespace DhcpTool {
 
-/// What a switch port does to frames.
+/// Settings of a switch port.
 struct PortSettings {
     unsigned nativeVlan = 1;
     Bridging::SwitchportMode switchportMode = Bridging::SwitchportMode::access;
 };
 
-/// How frames are to be snooped.
+/// Settings of the snooping.
 struct SnoopSettings {
-    std::map<Kitnet::IntfId, PortSettings> ports;  ///< each on which frames arrive
+    std::map<Kitnet::IntfId, PortSettings> ports;  ///< all ports on which frames arrive
     std::optional<int> traceLevel;
     bool json = false;
-    bool keepState = false;  ///< one parser for all frames, as an agent may have it
+    bool keepState = false;  ///< one parser for all frames, as in some agents
 };
 
-/// What became of the frames.
+/// Numbers of frames by what became of them.
 struct SnoopCounts {
     U64 frames = 0;
     U64 dhcp = 0;
@@ -38,13 +38,13 @@ struct SnoopCounts {
     std::string text() const;
 };
 
-/// Takes frames as a snooping agent of both protocols does. A frame that is IPv6 behind all its tags goes to the DHCPv6
-/// parser, every other one to the DHCPv4 parser.
+/// Parses frames as a snooping agent for both protocols does. Frames with IPv6 behind their tags go to the DHCPv6
+/// parser, all others to the DHCPv4 parser.
 class Snooper {
 public:
     explicit Snooper(const SnoopSettings& settings);
 
-    /// The line about the frame's message; none where it was rejected.
+    /// The line for the frame's message; none if the frame was rejected.
     std::optional<std::string> take(const Arrival& frame);
     const SnoopCounts& counts() const { return counts_; }
 

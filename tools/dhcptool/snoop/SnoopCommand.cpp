@@ -18,32 +18,26 @@ namespace DhcpTool {
 namespace {
 
 constexpr char about[] =
-    "Parses each frame of a capture file, or of live interfaces, as a DHCP snooping agent does and prints a line for\n"
-    "each DHCP, BOOTP or DHCPv6 message. Counts, and why frames were rejected, follow on stderr.";
+    "Parses each frame of a capture file or of live interfaces as a DHCP snooping agent does. Prints a line for each\n"
+    "DHCP, BOOTP or DHCPv6 message, then, on stderr, counters and the reasons for rejected frames.";
 constexpr char footer[] =
-    "With --json each message is an object: \"frame\"; if live \"interface\" and whether it is \"outgoing\"; then "
-    "every\n"
-    "attribute of the parser under its own name. Byte strings from the wire are lower-case hex; dhcpMsgType and\n"
-    "paramReqList, which the parser makes, are text. Addresses are text, times numbers of seconds.\n"
-    "A DHCPv6 object goes on with \"messageType\", \"xid\", \"clientId\", \"serverId\" (\"data\"; \"type\" LLT, EN, LL "
-    "or UUID\n"
-    "and its fields, \"time\" counting from 2000), \"ia\" (\"type\", \"iaid\", \"t1\", \"t2\", \"addresses\", "
-    "\"prefixes\"),\n"
-    "\"interfaceId\" and \"remoteId\" (\"data\", and what it says where it decodes) of the message itself, and "
-    "\"relay\": the\n"
-    "relay messages around it, outermost first (\"messageType\", \"hopCount\", \"linkAddr\", \"peerAddr\", "
-    "\"interfaceId\",\n"
-    "\"remoteId\"). What is absent is null or an empty list; what is too short for its layout is absent.\n"
-    "Live frames carry the time at which they were read. Those that this host sends are shown too, marked \"out\". An\n"
-    "interface that is missing beside others, or vanishes, is waited for. The first SIGINT or SIGTERM ends with the\n"
-    "counts.\n"
-    "Exit status: 0 done, 1 wrong usage or no place for the output, 2 the capture cannot be read to its end, none of\n"
-    "the interfaces exists, or one cannot be opened (which takes the capability CAP_NET_RAW).";
+    R"(JSON: one object per message, with "frame" (its number), for a live frame "interface" and "outgoing", and every
+attribute of the parser. Byte strings are lower-case hex, addresses and the parser's own texts (dhcpMsgType,
+paramReqList) are strings, times are numbers of seconds. For DHCPv6 these fields follow:
+"messageType", "xid"; "clientId", "serverId" with "data", "type" (LLT, EN, LL or UUID) and the fields of that type
+("time" counts from 2000); "ia", a list with "type", "iaid", "t1", "t2", "addresses", "prefixes"; "interfaceId",
+"remoteId" with "data" and, if it is well-formed, its fields; "relay", the relay messages around the message,
+outermost first, with "messageType", "hopCount", "linkAddr", "peerAddr", "interfaceId", "remoteId".
+Fields that are absent or too short are null, or an empty list.
+Live capture: the time is that of reading. Frames that this host sends are marked "out". If only some of the
+interfaces exist, or one disappears, the program waits for it. The first SIGINT or SIGTERM stops the capture.
+Exit status: 0 success; 1 wrong usage, or the output cannot be written; 2 the capture cannot be read to its end,
+none of the interfaces exists, or one cannot be opened (CAP_NET_RAW is required).)";
 
 struct SnoopArguments {
     std::string file;
     std::vector<std::string> interfaces;
-    std::string port = "Ethernet1";  ///< of frames of a file
+    std::string port = "Ethernet1";  ///< the port on which the frames of a file arrive
     PortOptions ports;
     SnoopSettings settings;
     std::string target;
@@ -131,7 +125,7 @@ void addSources(CLI::App& command, SnoopArguments& arguments) {
         command.add_option("-r,--read", arguments.file, "Capture file, pcap or pcapng; - is the standard input")
             ->type_name("FILE");
     CLI::Option* const live =
-        command.add_option("-i,--live", arguments.interfaces, "Interfaces of this host, in place of a file")
+        command.add_option("-i,--live", arguments.interfaces, "Live interfaces of this host, instead of a file")
             ->type_name("IFACE")
             ->check(portNameFault, "")
             ->excludes(file);
@@ -140,20 +134,20 @@ void addSources(CLI::App& command, SnoopArguments& arguments) {
         ->check(portNameFault, "")
         ->excludes(live)
         ->capture_default_str();
-    command.add_option("--write", arguments.target, "Keep the live frames in a pcap file; - is the standard output")
+    command.add_option("--write", arguments.target, "Write the live frames to a pcap file; - is the standard output")
         ->type_name("FILE")
         ->needs(live);
-    command.add_option("--count", arguments.messages, "End after N messages")
+    command.add_option("--count", arguments.messages, "Stop after N messages")
         ->type_name("N")
         ->check(CLI::Range(U64{1}, std::numeric_limits<U64>::max()))
         ->needs(live);
-    command.add_option("--duration", arguments.seconds, "End after SECONDS")
+    command.add_option("--duration", arguments.seconds, "Stop after SECONDS")
         ->type_name("SECONDS")
         ->check(CLI::Range(0.0, 1e8))
         ->needs(live);
 }
 
-/// Adds an option that may be given again for another port.
+/// Adds an option that can be repeated for several ports.
 void addPortOption(CLI::App& command, const std::string& name, std::vector<std::string>& texts, const char* valueName,
                    std::string (*fault)(const std::string&), const std::string& what, const char* defaultText) {
     command.add_option(name, texts, what)
@@ -171,15 +165,16 @@ void addSnoopCommand(CLI::App& app) {
     CLI::App* const command = app.add_subcommand("snoop", about)->footer(footer);
     addSources(*command, *arguments);
     addPortOption(*command, "--native-vlan", arguments->ports.nativeVlans, "VLAN", nativeVlanFault,
-                  "VLAN of frames without a tag, of all interfaces or of one", "1");
+                  "VLAN of frames without a tag, for all interfaces or one", "1");
     addPortOption(*command, "--switchport-mode", arguments->ports.switchportModes, "MODE", switchportModeFault,
-                  "What the port makes of tags: access, trunk or dot1q-tunnel", "access");
-    command->add_flag("--json", settings.json, "Print one JSON object a line");
-    command->add_option("--trace", settings.traceLevel, "Show the library's trace lines up to LEVEL, 1 to 4, on stderr")
+                  "Treatment of VLAN tags: access, trunk or dot1q-tunnel", "access");
+    command->add_flag("--json", settings.json, "Print one JSON object per line");
+    command
+        ->add_option("--trace", settings.traceLevel, "Print the library's trace lines up to LEVEL (1 to 4) on stderr")
         ->type_name("LEVEL")
         ->check(CLI::Range(0, 9));
     command->add_flag("--keep-state", settings.keepState,
-                      "Use one parser for all frames: what a frame does not set stays from those before");
+                      "Reuse one parser: attributes that a frame does not set keep their values");
     command->callback([arguments] {
         if (arguments->file.empty() && arguments->interfaces.empty()) throw CLI::RequiredError("--read or --live");
         snoop(*arguments);

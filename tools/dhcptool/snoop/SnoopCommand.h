@@ -6,7 +6,7 @@ class App;
 
 namespace DhcpTool {
 
-/// Adds `dhcptool snoop`, which runs while `app` parses the command line. It raises CaptureError and OutputError.
+/// Adds `dhcptool snoop`. The command runs while `app` parses the command line. Throws CaptureError and OutputError.
 void addSnoopCommand(CLI::App& app);
 
 }  // namespace DhcpTool

@@ -6,11 +6,11 @@
 
 namespace DhcpTool {
 
-/// While it lives the first SIGINT or SIGTERM makes `fd` readable, and does nothing else; the second one ends the
-/// process. One at a time.
+/// While it exists, the first SIGINT or SIGTERM only makes `fd` readable; the second one ends the process. Only one may
+/// exist at a time.
 class StopSignal {
 public:
-    /// Raises std::system_error where the kernel gives no pipe.
+    /// Throws std::system_error if no pipe can be created.
     StopSignal();
     ~StopSignal();
     StopSignal(const StopSignal&) = delete;

@@ -7,16 +7,16 @@
 
 namespace DhcpTool {
 
-/// Prints the library's trace lines on stderr while it lives, each with the number of its frame.
+/// Prints the library's trace lines on stderr while it exists, each with the number of its frame.
 class TraceLines {
 public:
-    /// Prints lines up to `level`; without one, up to the level that the environment's DHCPLIB_TRACE gave.
+    /// Prints lines up to `level`; without one, up to the level of DHCPLIB_TRACE in the environment.
     explicit TraceLines(std::optional<int> level);
     ~TraceLines();
     TraceLines(const TraceLines&) = delete;
     TraceLines& operator=(const TraceLines&) = delete;
 
-    /// The frame that the lines are about from now on.
+    /// Sets the frame to which the following lines belong.
     void frameIs(Kcore::U64 number) { frame_ = number; }
 
 private:
