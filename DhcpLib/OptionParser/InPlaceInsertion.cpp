@@ -13,7 +13,7 @@ using SubCode = DhcpInformationSubOptionType;
 
 constexpr std::string_view caller = "preparePacket";
 
-/// Whether a sub-option 9 holds the system's data, in the layout that the feature toggle selects.
+/// Whether a sub-option 9 holds the own vendor data, in the layout that the feature toggle selects.
 bool holdsOwnVendorData(Wire::ByteView bytes, const RawOption& subOption) {
     if (!dhcpRelayTunnelEncapReplies()) return subOption.data().find(quorvaEntNumText()) != std::string_view::npos;
     U32 block = 0;
@@ -26,7 +26,7 @@ void traceOwnVendorDataFound() {
     Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "{}{}", caller, text);
 }
 
-/// What is appended to sub-option 9: the enterprise block, or the legacy text with the name behind its length byte.
+/// The bytes to append to sub-option 9: the own block, or the text layout.
 Kcore::Bytes vendorBytes(const RewriteArgs& args) {
     if (dhcpRelayTunnelEncapReplies()) return quorvaBlock(args.intfName, args.srcVtep);
     Kcore::Bytes text;
@@ -156,20 +156,20 @@ const char* InPlaceInsertion::assertion() const {
 bool InPlaceInsertion::build(Kcore::Bytes& data) const {
     const bool whole = creates_ || copyExisting(data);
     addMissing(data);
-    // The length counts only the header of a 152 with data that was taken out: zeros stand in for the data.
+    // Only the header of a removed 152 was subtracted from the length; zeros replace its data.
     const std::size_t len = static_cast<std::size_t>(finalLen_);
     const bool filled = data.size() == len;
     data.resize(len);
     return whole && filled && !cutsOthers() && isVendorDataReadable();
 }
 
-/// Copies what stays of the existing sub-options, in their order. False if the last one is cut.
+/// Copies the existing sub-options that are kept, in their order. False if the last one is cut.
 bool InPlaceInsertion::copyExisting(Kcore::Bytes& data) const {
     bool whole = true;
     walkSubOptionsUpTo(bytes_, dataAt_, stayingEnd(), [&](const Head& head) {
         const Existing* const reused = args_.hasLinkSelection() ? recordOf(*this, head.code) : nullptr;
         if (reused != nullptr) {
-            if (head.at == reused->at) reuse(data, head);  // repeats are not counted, and so taken out
+            if (head.at == reused->at) reuse(data, head);  // repeats are not counted, so they are removed
         } else if (addsVendorData() && foreignVendor_ && head.at == foreignVendor_.at) {
             copyVendor(data, head);
         } else {
@@ -181,7 +181,7 @@ bool InPlaceInsertion::copyExisting(Kcore::Bytes& data) const {
     return whole;
 }
 
-/// The sub-option 9 at `head` with the system's data behind its own.
+/// Appends the sub-option 9 at `head` with the own vendor data behind its data.
 void InPlaceInsertion::copyVendor(Kcore::Bytes& data, const Head& head) const {
     const Kcore::Bytes added = vendorBytes(args_);
     data.push_back(head.code);
@@ -190,7 +190,7 @@ void InPlaceInsertion::copyVendor(Kcore::Bytes& data, const Head& head) const {
     data.append(added.span());
 }
 
-/// A 5, 11, 151 or 152 with its new value, or nothing if it is no longer wanted.
+/// Appends an existing 5, 11, 151 or 152 with its new value, or nothing if it is no longer wanted.
 void InPlaceInsertion::reuse(Kcore::Bytes& data, const Head& head) const {
     const auto keep = [&] { data.append(bytes_.text(head.at, head.wireBytes)); };
     switch (static_cast<SubCode>(head.code)) {
@@ -219,7 +219,7 @@ void InPlaceInsertion::addMissing(Kcore::Bytes& data) const {
     if (!vss_ && args_.hasVssControl()) put(data, SubCode::vssControl, std::string_view());
 }
 
-/// Whether readers find the system's data in the new option 82, if it was asked for.
+/// Whether readers find the own vendor data in the new option 82, if the arguments contain any.
 bool InPlaceInsertion::isVendorDataReadable() const {
     if (!args_.hasVendorData()) return true;
     if (ownVendor_) return readableVendorEnd_ <= stayingEnd();

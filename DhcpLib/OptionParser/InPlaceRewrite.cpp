@@ -13,7 +13,7 @@ constexpr char signature[] =
     "bool DhcpLib::preparePacket(const Ptr&, DhcpLib::BootpOption, bool, Tyk::String, Tyk::String, Tyk::String, "
     "Kitnet::IpAddr, Kitnet::IpAddr, U32, bool, Tyk::String, Kitnet::IpGenAddr)";
 
-/// What the packet says before anything is changed.
+/// The message before the rewrite.
 struct MessageScan {
     AreaState state;
     RawOption info;
@@ -41,7 +41,7 @@ MessageScan scanMessage(Wire::ByteView bytes, U32 offset) {
     return scan;
 }
 
-/// Why the message cannot be rewritten, whatever is to be done with it.
+/// Why no rewrite of the message is possible, whatever the arguments ask for.
 RewriteStop stopOf(const MessageScan& scan, const RewriteArgs& args) {
     traceAreaFailure(scan.state);
     if (scan.state != AreaState::wellFormed) return {RelayRewriteVerdict::notDhcp};

@@ -15,21 +15,21 @@ constexpr char signature[] =
     "bool DhcpLib::preparePacketNew(const Ptr&, DhcpLib::BootpOption, bool, Tyk::String, Tyk::String, Tyk::String, "
     "Kitnet::IpAddr, Kitnet::IpAddr, U32, bool, Tyk::String, Kitnet::IpGenAddr)";
 
-/// What the packet says before anything is changed. The sub-options end in front of one that passes option 82's end.
+/// The message before the rewrite. A sub-option that passes option 82's end, and all behind it, are ignored.
 struct MessageScan {
     RawOption info;  ///< an option 82 behind the end option counts as absent
     RawOption end;
     bool hasMaxMsgSize = false;
     InfoSubOptions subOptions;
-    bool ownBlock = false;  ///< sub-option 9 holds the system's block ...
-    U16 ownBlockAt = 0;     ///< ... here
+    bool ownBlock = false;  ///< sub-option 9 holds the own block ...
+    U16 ownBlockAt = 0;     ///< ... at this position
 
     explicit MessageScan(Wire::ByteView bytes) : subOptions(bytes) {}
 };
 
 RewriteStop scanMessage(const OptionIndex& index, const RewriteArgs& args, MessageScan& message) {
     const OptionIndex::Collected area = index.collected(true);
-    // Positions wrap at 65536: an option found in front of the message is no part of it.
+    // Positions wrap at 65536: an option found in front of the message is not part of it.
     const auto inMessage = [&](const RawOption& option) { return option && option.at() >= index.offset(); };
     if (!isAreaComplete(area.cookie, area.any, inMessage(area.end))) return {RelayRewriteVerdict::notDhcp};
     message.end = area.end;
@@ -44,7 +44,7 @@ RewriteStop scanMessage(const OptionIndex& index, const RewriteArgs& args, Messa
     return {};
 }
 
-/// Puts the data of the new option 82 together, one sub-option after the other.
+/// Assembles the data of the new option 82, sub-option by sub-option.
 class InfoBuilder {
 public:
     InfoBuilder(const RewriteArgs& args, const MessageScan& message, Kcore::Bytes& data)
@@ -76,7 +76,7 @@ public:
         if (!foreign.empty()) add(SubCode::vendorSpecificSubOption, foreign);
     }
 
-    /// Whether readers will not find the system's block that was asked for.
+    /// Whether readers would not find the own block that was asked for.
     bool breaksInfo() const { return breaksInfo_; }
 
 private:
@@ -109,7 +109,7 @@ private:
         else
             keep(SubCode::vendorSpecificSubOption);
     }
-    /// A sub-option 9 with the system's block behind the data of the existing one, if there is one.
+    /// Adds a sub-option 9: the data of the existing one, if any, and the own block.
     void addOwnBlock(const RawOption& existing) {
         const U8 code = static_cast<U8>(SubCode::vendorSpecificSubOption), len = existing ? existing.len() : U8{0};
         const U32 block = quorvaVendorSpecificSubOptLen(args_.intfName, args_.srcVtep) + vendorBlockHeaderBytes;

@@ -8,16 +8,19 @@
 
 namespace DhcpLib {
 
-/// How a DHCPv4 relay agent adds its information (option 82, RFC 3046) to requests and takes it out of replies.
+/// Functions with which a DHCPv4 relay agent adds its information (option 82, RFC 3046) to requests and removes it from
+/// replies.
 ///
-/// There are two generations with the same arguments; docs/choosing.md tells which one to call.
-///   preparePacketNew  rebuilds option 82. It keeps the options that stand behind option 82 and drops the sub-options
-///                     that it does not know. For new agents.
-///   preparePacket     edits option 82 in place. It keeps the sub-options that other relays added and drops what
-///                     stands behind option 82 in a request.
-/// Call relayRewriteCheck first: packets come from strangers, and some reach a documented assertion or give an option
-/// 82 that is not whole. If isRewritable() is false, drop the packet or forward it unchanged. For a message that is
-/// passed on without a relay's information set `infoOpt` to false.
+/// There are two generations with the same arguments; docs/choosing.md compares them.
+///   preparePacketNew  rebuilds option 82. It keeps the options behind option 82 and drops the sub-options that it does
+///                     not know. For new agents.
+///   preparePacket     edits option 82 in place. It keeps the sub-options that other relays added. In a request it
+///   drops
+///                     the options behind option 82.
+/// Call relayRewriteCheck first: some packets from the network fail a documented assertion, or would get a broken
+/// option
+/// 82. If isRewritable() is false, drop the packet or forward it unchanged. To forward a message without adding or
+/// removing option 82, set `infoOpt` to false.
 
 /// Rewrites the message whose BOOTP header starts at `offset` and brings it to its smallest size: 548 bytes for a
 /// request without option 57, 300 otherwise. Pad bytes behind the end option are added or removed. Arguments:
@@ -28,16 +31,16 @@ namespace DhcpLib {
 ///   serverId                sub-option 11 (RFC 5107), only together with link selection; 0.0.0.0 for none
 ///   vpnId                   sub-option 151 (RFC 6607), only together with link selection; empty for none
 ///   vssControlDisable       false: sub-option 152 follows 151
-///   vendorSpecificSubOpt... the system's block in sub-option 9, unless the packet has one
+///   vendorSpecificSubOpt... the own vendor block in sub-option 9, unless the packet has one
 ///
 /// A new option 82 takes the place of the end option, with the sub-options in the order 1, 2, 9, 5, 11, 151, 152.
-/// An existing option 82 keeps its sub-options where they are. With link selection
+/// An existing option 82 keeps its sub-options where they are. With link selection:
 ///   - its 5 and 11 get the new address, and its 151 the new name (one of the same size stays as it is);
-///   - its 11, 151 and 152 are removed if there is no `serverId`, `vpnId` or request for 152;
+///   - its 11 is removed without `serverId`, its 151 without `vpnId`, its 152 if none is to be written;
 ///   - the second and further ones of these codes are removed;
 ///   - new sub-options follow at the end.
-/// Without link selection, an option 82 with a sub-option 5 loses as many bytes at its end as its sub-options 5, 11,
-/// 151 and 152 take.
+/// Without link selection, an option 82 with a sub-option 5 is shortened by the size of its sub-options 5, 11, 151 and
+/// 152 (docs/compatibility.md#cut-without-link-selection).
 ///
 /// Returns false, after a trace line and with the packet unchanged, for the verdicts `notDhcp` to `infoSubOptionBehind`
 /// of relayRewriteCheck. Fails an assertion for the verdict `assertion`. The packet is unchanged after any exception.
@@ -48,13 +51,13 @@ DHCPLIB_EXPORT bool preparePacket(const PktPtr& pkt, BootpOption op, bool infoOp
                                   Tyk::String vendorSpecificSubOptIntfName,
                                   Kitnet::IpGenAddr vendorSpecificSubOptSrcVtepIp);
 
-/// As preparePacket, except for what follows.
-///   - A request's option 82 is put together anew: its own 1 and 2, or else the arguments; 9, with the system's block
-///     added if it has none; then 5, 11, 151 and 152 from the arguments, each without regard to link selection. Its
-///     other sub-options are dropped.
-///   - A reply's option 82 keeps 9 without the system's block and what follows it (all of 9 if there is no vendor
-///     data among the arguments), and with `infoOpt` false also 1 and 2. Without any of them option 82 is removed.
-///   - The options behind option 82 follow the new one unchanged.
+/// As preparePacket, with these differences:
+///   - A request's option 82 is rebuilt: its own 1 and 2, or else the arguments; 9, with the own block added if it has
+///     none; then 5, 11, 151 and 152 from the arguments, with or without link selection. Its other sub-options are
+///     dropped.
+///   - A reply's option 82 keeps the blocks of 9 in front of the own block (all of 9 if the arguments contain no vendor
+///     data), and 1 and 2 if `infoOpt` is false. If nothing is left, option 82 is removed.
+///   - The options behind option 82 stay unchanged.
 DHCPLIB_EXPORT bool preparePacketNew(const PktPtr& pkt, BootpOption op, bool infoOpt, Tyk::String circuitId,
                                      Tyk::String remoteId, Tyk::String vpnId, Kitnet::IpAddr serverId,
                                      Kitnet::IpAddr linkselectionId, U32 offset, bool vssControlDisable,
@@ -78,7 +81,7 @@ struct RelayRewrite {
 
 enum class RelayGeneration : U8 { preparePacket, preparePacketNew };
 
-/// What a rewrite would meet.
+/// Result of relayRewriteCheck.
 enum class RelayRewriteVerdict : U8 {
     // The rewrite returns true.
     fine,
@@ -92,7 +95,7 @@ enum class RelayRewriteVerdict : U8 {
     notDhcp,              ///< no magic cookie or no end option: not a DHCP message
     infoOptionEmpty,      ///< option 82 has no data
     infoOptionTooLong,    ///< option 82, a sub-option or an argument would pass 255 bytes: check the configuration
-    infoOptionOverrun,    ///< an existing sub-option passes the end of option 82, or is no address of 4 bytes
+    infoOptionOverrun,    ///< an existing sub-option passes the end of option 82, or its address is not 4 bytes long
     infoSubOptionBehind,  ///< an option behind option 82 looks like a sub-option and would be counted as one
 };
 
@@ -105,7 +108,7 @@ struct RelayRewriteForecast {
     bool isRewritable() const { return verdict < RelayRewriteVerdict::infoOptionWouldBreak; }
 };
 
-/// Tells what a rewrite would do with the packet. Does not change the packet.
+/// Predicts the result of a rewrite. Does not change the packet.
 DHCPLIB_EXPORT RelayRewriteForecast relayRewriteCheck(const PktPtr& pkt, const RelayRewrite& rewrite,
                                                       RelayGeneration generation);
 /// Calls preparePacket or preparePacketNew.

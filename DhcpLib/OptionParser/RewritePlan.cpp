@@ -10,13 +10,13 @@ namespace {
 // RFC 1542 lets a relay expect the size of a BOOTP message; a request without option 57 gets more room for the reply.
 constexpr U32 smallestRequest = 548, smallestOther = 300;
 
-/// Bytes that the packet has to grow by before the insertion.
+/// Number of bytes by which the packet has to grow before the insertion.
 U32 growthFor(const Kitnet::Pkt& pkt, const RewritePlan& plan) {
     const S32 padding = static_cast<S32>(pkt.bytes() - plan.endAt - 1);
     return static_cast<U32>(std::max(plan.neededPadding - padding, 0));
 }
 
-/// Traces how the size is normalised, counted from the size that the insertion asked for.
+/// Traces the final change of size, relative to the size after the insertion's growth.
 void traceNormalisation(const Kitnet::Pkt& pkt, const RewritePlan& plan) {
     const U32 now = pkt.bytes() + growthFor(pkt, plan), later = plan.newBytes();
     if (now - plan.offset > plan.smallestMessage)
@@ -32,7 +32,7 @@ void writeInfo(Kitnet::Pkt& pkt, const RewritePlan& plan) {
     Wire::store(pkt, plan.infoAt + DhcpConst::optdata_offset, plan.infoData.span());
 }
 
-/// Whether anything but pads stands between option 82 and the end option.
+/// Whether there are only pads between option 82 and the end option.
 bool isInfoLast(Wire::ByteView bytes, const RewritePlan& plan) {
     const U32 behind = plan.endAt - plan.infoEnd;
     return bytes.zeroRun(plan.infoEnd, behind) == behind;
@@ -65,7 +65,7 @@ void RewritePlan::removeInfo() { keptAt = infoEnd; }
 void apply(Kitnet::Pkt& pkt, const RewritePlan& plan) {
     traceNormalisation(pkt, plan);
     const U32 was = pkt.bytes(), later = plan.newBytes(), endAt = plan.newEndAt();
-    // Tracing and growth may raise; from here on nothing does.
+    // Tracing and growth may throw; nothing after them does.
     if (later > was) pkt.newSharedTailData(later - was);
     Wire::move(pkt, plan.infoAt + plan.infoBytes(), plan.keptAt, plan.keptEnd - plan.keptAt);
     if (plan.writesInfo) writeInfo(pkt, plan);

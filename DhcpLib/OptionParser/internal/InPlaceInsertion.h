@@ -4,18 +4,18 @@
 
 namespace DhcpLib {
 
-/// Traces, if verbose lines are wanted, that the option 82 at `info` holds the system's vendor data.
+/// Traces at the verbose level that the option 82 at `info` holds the own vendor data, if it does.
 void traceOwnVendorData(Wire::ByteView bytes, const RawOption& info, U32 endAt);
 
-/// Works out how preparePacket adds to option 82 or creates it, and what the option then holds.
-/// Lengths are signed and 32 bits wide until they are known to fit in a byte.
+/// Computes how preparePacket changes or creates option 82, and the data of the result.
+/// Lengths are signed 32-bit numbers until they are known to fit into a byte.
 class InPlaceInsertion {
 public:
-    /// `info` is the packet's option 82, if there is one. Sub-options are looked for up to the end option at `endAt`.
+    /// `info` is the packet's option 82, if there is one. Sub-options are searched up to the end option at `endAt`.
     InPlaceInsertion(Wire::ByteView bytes, const RewriteArgs& args, const RawOption& info, U32 endAt);
 
     RewriteStop stop() const;
-    /// Bytes of padding that the packet is taken to need; more than the insertion uses if option 82 exists.
+    /// Number of pad bytes that the insertion requests. More than it uses if option 82 exists already.
     S32 neededPadding() const;
     /// Writes the data of the new option 82. False if it cuts a sub-option or lacks one that was asked for.
     /// Requires: !stop().
@@ -43,7 +43,7 @@ private:
     RelayRewriteVerdict refusal() const;
     const char* assertion() const;
 
-    /// Where the bytes of the existing option 82 end that stay.
+    /// End of the bytes of the existing option 82 that are kept.
     U32 stayingEnd() const { return dataAt_ + static_cast<U32>(firstLen_ - cut_); }
     bool copyExisting(Kcore::Bytes& data) const;
     void copyVendor(Kcore::Bytes& data, const Head& head) const;
@@ -74,7 +74,7 @@ private:
     bool creates_;
     U32 dataAt_;    ///< of the existing option 82
     S32 firstLen_;  ///< length of option 82 before anything is added
-    S32 cut_ = 0;   ///< bytes that are cut off its end first
+    S32 cut_ = 0;   ///< number of bytes to cut off its end first
     S32 vendorAdded_ = 0;
     S32 selectionAdded_ = 0;  ///< bytes that 5, 11, 151 and 152 add; less than 0 if they take fewer than before
     S32 finalLen_ = 0;
@@ -83,8 +83,8 @@ private:
     S32 existing_ = 0;               ///< bytes of those four, a 152 counted as its header alone
     U32 existingFrom_ = 0xffffffff;  ///< position of the first of them
     bool existingOverruns_ = false, existingBehind_ = false;  ///< one of them passes, or follows, option 82's end
-    Existing foreignVendor_;                                  ///< the last sub-option 9 without the system's data
-    bool ownVendor_ = false;                                  ///< a sub-option 9 holds the system's data
+    Existing foreignVendor_;                                  ///< the last sub-option 9 without own vendor data
+    bool ownVendor_ = false;                                  ///< a sub-option 9 holds own vendor data
     U32 readableVendorEnd_ = 0xffffffff;                      ///< end of the first one in which readers find it
 };
 

@@ -13,8 +13,8 @@ struct RewriteStop {
     explicit operator bool() const { return refusal != RelayRewriteVerdict::fine || assertion != nullptr; }
 };
 
-/// A rewrite that was worked out and not yet done. The bytes from `infoAt` to `keptAt` are replaced by the new option
-/// 82, those from `keptAt` to `keptEnd` follow it unchanged, and the end option comes last.
+/// A planned rewrite. The new option 82 replaces the bytes from `infoAt` to `keptAt`. The bytes from `keptAt` to
+/// `keptEnd` follow it unchanged, then the end option.
 struct RewritePlan {
     explicit RewritePlan(const RewriteArgs& args) : offset(args.offset) {}
     /// Plans to change nothing but the size of the message. `end` is the end option. `info` is the option 82 in front
@@ -22,9 +22,9 @@ struct RewritePlan {
     void begin(const RewriteArgs& args, const RawOption& info, const RawOption& end, bool hasMaxMsgSize);
     /// Plans to replace option 82, or to create one in front of the end option. The data goes to `infoData`.
     void replaceInfo();
-    /// Plans to take option 82 out. Requires: there is one.
+    /// Plans to remove option 82. Requires: there is one.
     void removeInfo();
-    /// Plans to drop what stands behind option 82.
+    /// Plans to drop the options behind option 82.
     void cutBehindInfo() { keptAt = keptEnd; }
 
     U32 infoBytes() const { return writesInfo ? SubOptionShape::headerBytes + static_cast<U32>(infoData.size()) : 0; }
@@ -41,8 +41,8 @@ struct RewritePlan {
     U32 endAt = 0;            ///< position of the end option before the rewrite
     U32 infoAt = 0, keptAt = 0, keptEnd = 0;
     U32 offset;
-    U32 smallestMessage = 0;  ///< bytes that the message has at least
-    S32 neededPadding = 0;    ///< bytes that the insertion asks for behind the end option
+    U32 smallestMessage = 0;  ///< minimum size of the message
+    S32 neededPadding = 0;    ///< number of bytes that the insertion requests behind the end option
     Kcore::Bytes infoData;
 };
 
@@ -55,13 +55,13 @@ void traceGrowth(const Kitnet::Pkt& pkt, const RewritePlan& plan);
 /// Fails the assertion that stops `plan`, if there is one. `signature` is that of the public function.
 void assertNotStopped(const RewritePlan& plan, const char* signature);
 
-/// Does what `plan` says. Raises only before the first change.
+/// Carries out `plan`. Throws only before the first change.
 void apply(Kitnet::Pkt& pkt, const RewritePlan& plan);
-/// Tells what `plan` says.
+/// Returns what `plan` would do.
 RelayRewriteForecast describe(Wire::ByteView bytes, const RewritePlan& plan);
 
-/// The two generations. "InPlace" (preparePacket) edits the sub-options where they stand; "Rebuild" (preparePacketNew)
-/// puts option 82 together anew.
+/// The two generations. "InPlace" (preparePacket) edits the existing sub-options; "Rebuild" (preparePacketNew) builds a
+/// new option 82.
 bool rewriteInPlace(Kitnet::Pkt& pkt, const RewriteArgs& args);
 bool rewriteByRebuild(Kitnet::Pkt& pkt, const RewriteArgs& args);
 RelayRewriteForecast checkInPlace(Wire::ByteView bytes, const RewriteArgs& args);
