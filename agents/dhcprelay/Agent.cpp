@@ -2,7 +2,6 @@
 
 #include <net/if.h>
 #include <netinet/in.h>
-#include <poll.h>
 #include <sys/signalfd.h>
 
 #include <cerrno>
@@ -16,8 +15,7 @@ namespace {
 
 using DhcpLib::Constants;
 
-// What is taken from one source before the others get their turn.
-constexpr int framesInTurn = 32, datagramsInTurn = 64;
+constexpr int longestTurn = 32;  // messages that are taken from one source before the others get their turn
 
 Kcore::FileDescriptor signalSource() {
     sigset_t set;
@@ -55,8 +53,10 @@ Agent::Agent(const Settings& settings)
           addresses_->observers().observe([this] { context_.links.addressesAre(addresses_->addresses()); })),
       now_(Clock::now()) {
     const auto add = [&](Protocol protocol) {
-        stacks_.push_back({protocol, ServerSocket(protocol, settings.serverInterface.has_value()),
-                           clientAccess(protocol, kni_, settings)});
+        stacks_.push_back({protocol,
+                           ServerSocket(protocol, settings.serverInterface.has_value()),
+                           clientAccess(protocol, kni_, settings),
+                           {}});
     };
     if (settings.ipv4) add(Protocol::dhcp4);
     if (settings.ipv6) add(Protocol::dhcp6);
@@ -65,6 +65,7 @@ Agent::Agent(const Settings& settings)
     for (const ClientLink& link : settings.clients) handleDevice(link.name.name());
     if (settings.serverInterface) handleDevice(settings.serverInterface->name());
     nextStats_ = now_ + std::chrono::seconds(settings.statsSeconds);
+    listSources();
 }
 
 void Agent::requireAccess() const {
@@ -105,44 +106,60 @@ void Agent::run() {
     while (!ended_) poll();
 }
 
+/// After each change of the devices, since packet access comes and goes with them.
+void Agent::listSources() {
+    fds_ = {{signals_.get(), POLLIN, 0}, {kni_->fd(), POLLIN, 0}, {addresses_->fd(), POLLIN, 0}};
+    sources_.clear();
+    for (Stack& stack : stacks_) {
+        fds_.push_back({stack.servers.fd(), POLLIN, 0});
+        sources_.push_back({&stack, std::nullopt});
+    }
+    for (Stack& stack : stacks_) {
+        stack.access.clear();
+        for (std::size_t link = 0; link < context_.settings.clients.size(); ++link) {
+            stack.access.push_back(
+                stack.clients->ethDevPamCollection()->ethDevPam(context_.settings.clients[link].name));
+            if (stack.access[link]->fd() < 0) continue;
+            fds_.push_back({stack.access[link]->fd(), POLLIN, 0});
+            sources_.push_back({&stack, link});
+        }
+    }
+}
+
+int Agent::pollTimeout() const {
+    if (context_.settings.statsSeconds == 0) return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(nextStats_ - Clock::now()).count();
+    return static_cast<int>(std::max<decltype(left)>(0, left));
+}
+
 /// One turn: waits until there is something to do, then serves every source a bounded number of times.
 void Agent::poll() {
-    struct Source {
-        std::size_t stack, link;
-    };
-    std::vector<pollfd> fds{{signals_.get(), POLLIN, 0}, {kni_->fd(), POLLIN, 0}, {addresses_->fd(), POLLIN, 0}};
-    std::vector<Source> sources;
-    for (const Stack& stack : stacks_) fds.push_back({stack.servers.fd(), POLLIN, 0});
-    for (std::size_t s = 0; s < stacks_.size(); ++s)
-        for (std::size_t link = 0; link < context_.links.clients().size(); ++link) {
-            const auto pam = stacks_[s].clients->ethDevPamCollection()->ethDevPam(context_.settings.clients[link].name);
-            if (!pam || pam->fd() < 0) continue;
-            fds.push_back({pam->fd(), POLLIN, 0});
-            sources.push_back({s, link});
-        }
-    int timeout = -1;
-    if (context_.settings.statsSeconds != 0)
-        timeout = static_cast<int>(
-            std::max<long>(0, std::chrono::ceil<std::chrono::milliseconds>(nextStats_ - Clock::now()).count()));
-    if (::poll(fds.data(), fds.size(), timeout) < 0 && errno != EINTR)
+    if (::poll(fds_.data(), fds_.size(), pollTimeout()) < 0 && errno != EINTR)
         throw std::system_error(errno, std::system_category(), "waiting for messages");
     now_ = Clock::now();
     context_.now = static_cast<U32>(std::chrono::duration_cast<std::chrono::seconds>(now_.time_since_epoch()).count());
 
-    if (fds[0].revents != 0) handleSignals();
+    if (fds_[0].revents != 0) handleSignals();
     if (context_.settings.statsSeconds != 0 && now_ >= nextStats_) {
         nextStats_ = now_ + std::chrono::seconds(context_.settings.statsSeconds);
         printCounters();
     }
-    constexpr std::size_t firstStack = 3;
-    for (std::size_t s = 0; s < stacks_.size(); ++s)
-        if (fds[firstStack + s].revents != 0) handleServers(stacks_[s]);
-    for (std::size_t i = 0; i < sources.size(); ++i)
-        if (fds[firstStack + stacks_.size() + i].revents != 0)
-            handleClients(stacks_[sources[i].stack], sources[i].link);
-    // Last, since packet access comes and goes with the devices.
-    if (fds[1].revents != 0) kni_->handleReadable();
-    if (fds[2].revents != 0) addresses_->handleReadable();
+    constexpr std::size_t firstSource = 3;
+    for (std::size_t i = 0; i < sources_.size(); ++i)
+        if (fds_[firstSource + i].revents != 0) handleSource(sources_[i]);
+    if (fds_[1].revents == 0 && fds_[2].revents == 0) return;
+    kni_->handleReadable();
+    addresses_->handleReadable();
+    listSources();
+}
+
+void Agent::handleSource(Source& source) {
+    for (int i = 0; i < source.turn; ++i)
+        if (!(source.link ? handleFrame(*source.stack, *source.link) : handleDatagram(*source.stack))) {
+            source.turn = std::max(1, i);
+            return;
+        }
+    source.turn = std::min(2 * source.turn, longestTurn);
 }
 
 void Agent::handleSignals() {
@@ -165,36 +182,35 @@ bool Agent::spend(std::size_t link) {
     return true;
 }
 
-void Agent::handleClients(Stack& stack, std::size_t link) {
-    const auto pam = stack.clients->ethDevPamCollection()->ethDevPam(context_.settings.clients[link].name);
-    for (int i = 0; i < framesInTurn; ++i) {
-        const Interface::PamFrame frame = pam->readPkt();
-        if (!frame) return;
-        if (frame.outgoing) continue;
-        Transaction t;
-        const Receipt receipt = receiveFrame({frame.pkt, frame.checksumReady}, context_.links, link, t);
-        if (!receipt.isOurs || t.protocol != stack.protocol) continue;
-        t.port.link = static_cast<U16>(link);
-        Reason reason = receipt.reason;
-        if (reason == Reason::none && !spend(link)) reason = Reason::rateLimit;
-        if (reason == Reason::none) reason = process(t, context_);
-        if (reason == Reason::none) reason = sendToServers(stack, t);
-        handle(stack, t, reason);
-    }
+/// False where no frame is waiting.
+bool Agent::handleFrame(Stack& stack, std::size_t link) {
+    const Interface::PamFrame frame = stack.access[link]->readPkt();
+    if (!frame) return false;
+    if (frame.outgoing) return true;
+    Transaction t;
+    const Receipt receipt = receiveFrame({frame.pkt, frame.checksumReady}, context_.links, link, t);
+    if (!receipt.isOurs || t.protocol != stack.protocol) return true;
+    t.port.link = static_cast<U16>(link);
+    Reason reason = receipt.reason;
+    if (reason == Reason::none && !spend(link)) reason = Reason::rateLimit;
+    if (reason == Reason::none) reason = process(t, context_);
+    if (reason == Reason::none) reason = sendToServers(stack, t);
+    finish(t, reason);
+    return true;
 }
 
-void Agent::handleServers(Stack& stack) {
-    for (int i = 0; i < datagramsInTurn; ++i) {
-        Transaction t;
-        if (!stack.servers.receive(t)) return;
-        Reason reason = process(t, context_);
-        if (reason == Reason::none) reason = deliver(stack, t);
-        handle(stack, t, reason);
-    }
+/// False where no datagram is waiting.
+bool Agent::handleDatagram(Stack& stack) {
+    Transaction t;
+    if (!stack.servers.receive(t)) return false;
+    Reason reason = process(t, context_);
+    if (reason == Reason::none) reason = deliver(stack, t);
+    finish(t, reason);
+    return true;
 }
 
-/// The last step, the same for all: counts and tells what became of the message.
-void Agent::handle(Stack&, Transaction& t, Reason reason) {
+/// Counts and tells what became of the message.
+void Agent::finish(const Transaction& t, Reason reason) {
     LinkCounters& counters = counters_.of(t.port);
     if (reason != Reason::none)
         counters.count(reason);
@@ -241,8 +257,7 @@ Reason Agent::deliver(Stack& stack, Transaction& t) {
         const bool sent = stack.servers.send(message, t.clientAddress, to.dstPort, link.device.ifIndex());
         return sent ? Reason::none : Reason::notDelivered;
     }
-    const auto pam = stack.clients->ethDevPamCollection()->ethDevPam(link.config.name);
-    if (!pam) return Reason::noLink;
+    const auto& pam = stack.access[t.port.link];
     const std::vector<PktPtr> frames = framesOf(t.pkt, to, link.device.mtu());
     if (frames.size() > 1) t.remark(Reason::fragmented);
     for (const PktPtr& frame : frames)
@@ -266,9 +281,7 @@ void Agent::tell(const Transaction& t, Reason reason) const {
 void Agent::printCounters() {
     for (std::size_t link = 0; link < context_.settings.clients.size(); ++link) {
         U64 dropped = 0;
-        for (const Stack& stack : stacks_)
-            if (const auto pam = stack.clients->ethDevPamCollection()->ethDevPam(context_.settings.clients[link].name))
-                dropped += pam->dropped();
+        for (const Stack& stack : stacks_) dropped += stack.access[link]->dropped();
         counters_.ofLink(link).kernelDropped = dropped;
     }
     std::cout << (context_.settings.statsFormat == StatsFormat::json ? counters_.json() : counters_.text())

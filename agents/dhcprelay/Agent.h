@@ -1,7 +1,8 @@
 #pragma once
 
+#include <poll.h>
+
 #include <chrono>
-#include <map>
 
 #include "Counters.h"
 #include "DhcpLib/Constants.h"
@@ -33,6 +34,14 @@ private:
         Protocol protocol;
         ServerSocket servers;
         PamManagerPtr clients;
+        std::vector<Interface::EthDevPam::Ptr> access;  ///< of each client link
+    };
+    /// A descriptor that messages come from, and how many of them are taken in its turn: more while there are more, so
+    /// that under a load one call of poll serves many, and one at a time otherwise, so that none is looked for in vain.
+    struct Source {
+        Stack* stack;
+        std::optional<std::size_t> link;  ///< nothing: the servers
+        int turn = 1;
     };
     /// Requests that a link may send at present: refilled with time up to a second's worth.
     struct Budget {
@@ -42,11 +51,14 @@ private:
 
     void handleDevice(const Kcore::String& name);
     void requireAccess() const;
+    void listSources();
+    int pollTimeout() const;
     void poll();
     void handleSignals();
-    void handleClients(Stack& stack, std::size_t link);
-    void handleServers(Stack& stack);
-    void handle(Stack& stack, Transaction& t, Reason reason);
+    void handleSource(Source& source);
+    bool handleFrame(Stack& stack, std::size_t link);
+    bool handleDatagram(Stack& stack);
+    void finish(const Transaction& t, Reason reason);
     Reason sendToServers(Stack& stack, Transaction& t);
     Reason deliver(Stack& stack, Transaction& t);
     bool spend(std::size_t link);
@@ -63,6 +75,8 @@ private:
     Kcore::Observers<const Kcore::String&>::Observation devices_;
     Kcore::Observers<>::Observation addressChanges_;
     Clock::time_point now_, nextStats_;
+    std::vector<Source> sources_;
+    std::vector<pollfd> fds_;  ///< signals, devices and addresses, then those of the sources
     bool ended_ = false;
 };
 

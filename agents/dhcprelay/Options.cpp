@@ -285,10 +285,11 @@ std::optional<Settings> settingsOf(int argc, const char* const* argv) {
                    "Read options from a JSON file: the long names\nbelow, arrays where one may be repeated;\nthe "
                    "command line goes first")
         ->type_name("FILE");
-    app.allow_config_extras(false);
+    app.allow_config_extras(CLI::config_extras_mode::capture);  // refused below, by their names
+    app.allow_extras();
     app.footer(
-        "Messages go to stderr, counters to stdout. \"dhcprelay: ready\" tells that clients are\n"
-        "served; a link that is missing is waited for. SIGTERM and SIGINT end the program.\n"
+        "Messages go to stderr, counters to stdout. \"dhcprelay: ready\" tells that clients\n"
+        "are served; a missing link is waited for. SIGTERM and SIGINT end the program.\n"
         "Exit status: 0 ended as told, 1 failed, 2 wrong usage.");
     addRelaying(app, settings, written);
     addIdentity(app, settings, written);
@@ -302,6 +303,7 @@ std::optional<Settings> settingsOf(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         throw UsageError(error.what());
     }
+    if (!app.remaining().empty()) throw UsageError(app.remaining().front() + ": no such option");
     takeClients(settings, written);
     takeServers(settings, written);
     takeIdentity(settings, written);
