@@ -46,8 +46,8 @@ public:
 
     using TlvItem::TlvItem;
     static Ptr CableLabsSubOptionIs(const PktPtr& pkt, U16 offset);
-    /// Writes an address at sub-option offset `fieldOffset`, of which only the low 8 bits count. CCAP core i is at 4 +
-    /// 16 i. Throws Tyk::InternalException "length value exceeds pkt-length." if it does not fit.
+    /// Writes an address at sub-option offset `fieldOffset`, of which only the low 8 bits count. The offset of CCAP
+    /// core i is 4 + 16 * i. Throws Tyk::InternalException "length value exceeds pkt-length." if it does not fit.
     void ip6AddrIs(const Kitnet::Ip6Addr& address, U16 fieldOffset);
 
     const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<CableLabsSubOption>(); }

@@ -29,7 +29,8 @@ private:
 
 DHCPLIB_EXPORT QuorvaSpecificSubOptionSubOpt::Ptr quorvaSpecificSubOptionSubOptFactory(const PktPtr& pkt, U16 offset);
 
-/// An enterprise block of the vendor-specific sub-option (RFC 4243, section 4), with its data items by code:
+/// Header size of a vendor block, the part of the vendor-specific sub-option under one enterprise number (RFC 4243,
+/// section 4). The block with Constants::quorvaEntNum is called the own block.
 ///   offset 0  enterprise number (4)     4  length of the data (1)     5  data items
 inline constexpr U32 vendorBlockHeaderBytes = DhcpConst::entno_offset + 1;
 

@@ -5,7 +5,7 @@
 
 namespace DhcpRelay {
 
-/// Why a message was dropped, or what else happened to it that an operator counts. `none`: nothing to tell.
+/// Why a message was dropped, or another event that is counted for the operator. `none`: no event.
 enum class Reason : Kcore::U8 {
     none,
     cutFrame,
@@ -41,7 +41,7 @@ enum class Reason : Kcore::U8 {
     secondPort,
 };
 
-/// Whether a reason drops the message, or only remarks something about a message that goes on.
+/// What a reason does: nothing, drop the message, or only count an event of a message that is relayed.
 enum class ReasonKind : Kcore::U8 { silent, drop, remark };
 
 struct ReasonMember {
@@ -67,18 +67,18 @@ struct Kcore::EnumTable<DhcpRelay::Reason> {
         {vlanNotServed, "vlan-not-served", drop, "the frame is of a VLAN that the link does not serve"},
         {rateLimit, "rate-limit", drop, "the link sent more requests a second than --rate allows"},
         {routed, "routed", drop, "a unicast to another host, which the kernel routes"},
-        {malformed, "malformed", drop, "the message is too short, or its options cannot be walked"},
+        {malformed, "malformed", drop, "the message is too short, or its options are malformed"},
         {serverMessage, "server-message", drop, "a server's message came from a client link"},
         {untrustedRelay, "untrusted-relay", drop, "an untrusted link sent a message that a relay has passed"},
         {ownRelayAddress, "own-relay-address", drop, "a request that carries a relay address of this agent"},
         {untrustedInfo, "untrusted-option82", drop, "a request with option 82 where the policy is to discard it"},
         {forgedPort, "forged-port", drop, "a kept option 82 that names another port of this agent"},
-        {hopLimit, "hop-limit", drop, "the request passed as many relays as it may"},
-        {noRelayAddress, "no-relay-address", drop, "the client link has no address to relay with"},
-        {notRewritable, "not-rewritable", drop, "option 82 or a relay header cannot be put in or taken out"},
+        {hopLimit, "hop-limit", drop, "the request has reached the hop limit"},
+        {noRelayAddress, "no-relay-address", drop, "the client link has no relay address"},
+        {notRewritable, "not-rewritable", drop, "option 82 or a relay header cannot be added or removed"},
         {serverUnreachable, "server-unreachable", drop, "the request could be sent to no server"},
         {unknownServer, "unknown-server", drop, "a reply from an address that is no configured server"},
-        {wrongInterface, "wrong-interface", drop, "a reply on another than the server-side interface"},
+        {wrongInterface, "wrong-interface", drop, "a reply on an interface that is not the server side"},
         {clientMessage, "client-message", drop, "a client's or a relay's message on the server side"},
         {foreignRelayAddress, "foreign-relay-address", drop, "a reply whose relay address is not of this agent"},
         {badPeer, "bad-peer", drop, "a relay-reply whose peer can be no client"},
@@ -98,7 +98,7 @@ namespace DhcpRelay {
 
 inline constexpr std::size_t reasonCount = std::size(Kcore::EnumTable<Reason>::members);
 
-/// The reason's row. The table is in the order of the enumeration.
+/// The table row of the reason. The table has the order of the enumeration.
 constexpr const ReasonMember& rowOf(Reason reason) {
     return Kcore::EnumTable<Reason>::members[static_cast<std::size_t>(reason)];
 }

@@ -39,7 +39,7 @@ private:
     Kitnet::SockFilterProgram program_;
 };
 
-/// What the agents are meant to receive, without a program. A field beyond the frame's end is -1.
+/// Access to the fields of a frame, to compute the expected result without the program. -1 beyond the frame's end.
 struct Frame {
     const U8* bytes;
     std::size_t size;
@@ -47,7 +47,7 @@ struct Frame {
     long u16(std::size_t at) const { return u8(at + 1) < 0 ? -1 : u8(at) << 8 | u8(at + 1); }
 };
 
-/// 0 if there is none.
+/// Position of the IP header behind at most one VLAN tag; 0 if the frame has another EtherType.
 std::size_t networkHeader(Frame f, long etherType) {
     const bool tagged = std::set<long>{0x8100, 0x88a8, 0x9100}.contains(f.u16(12));
     const std::size_t typeAt = tagged ? 16 : 12;
@@ -68,7 +68,7 @@ const Octets addresses = hex("02 00 00 00 00 02 02 00 00 00 00 01");
 
 Octets big(unsigned value) { return {static_cast<U8>(value >> 8), static_cast<U8>(value)}; }
 
-/// Headers with up to two VLAN tags in front of `etherType` and of others.
+/// Ethernet headers with up to two VLAN tags, for `etherType` and for other EtherTypes.
 std::vector<Octets> ethernetHeaders(unsigned etherType) {
     std::vector<Octets> headers;
     for (const char* tags : {"", "81 00 00 05", "88 A8 A0 05", "91 00 0F FF", "81 01 00 05", "92 00 00 05",
@@ -78,7 +78,8 @@ std::vector<Octets> ethernetHeaders(unsigned etherType) {
     return headers;
 }
 
-/// The position of the UDP ports follows from the header's length, even if that is inside the header.
+/// IPv4 and UDP headers. The IPv4 header's length is `words` * 4, even if that puts the UDP ports inside the IPv4
+/// header.
 Octets ip4(unsigned words, unsigned protocol, unsigned fragment, unsigned port) {
     Octets header(std::max(4 * words + 4, 20u), 0);
     header[0] = static_cast<U8>(0x40 | words);
@@ -88,7 +89,7 @@ Octets ip4(unsigned words, unsigned protocol, unsigned fragment, unsigned port) 
     return header + hex("00 08 00 00");
 }
 
-/// `chain`: the next header and the headers that follow.
+/// IPv6 and UDP headers. `chain`: the next header number, then extension headers.
 Octets ip6(const char* chain, unsigned port) {
     const Octets next = hex(chain);
     return hex("60 00 00 00 00 10") + first(next, 1) + hex("40 FE 80 00*13 01 FF 02 00*12 01 02") +
@@ -127,7 +128,7 @@ TEST(DhcpFilter, TakesDhcpv6AndNothingElse) {
     EXPECT_EQ(taken, 8u);
 }
 
-TEST(DhcpFilter, JudgesWholeFramesByTheirBytes) {
+TEST(DhcpFilter, AcceptsOrRejectsWholeFrames) {
     const Octets to67 = hex("45 00 00 24 00 00 00 00 40 11 00 00 00*4 FF*4  00 44 00 43 00 10 00 00");
     const Octets to547 = hex("60 00 00 00 00 10 11 40 00*16 FF*16  02 22 02 23 00 10 00 00");
     const struct {

@@ -49,7 +49,7 @@ def is_undefined_variable(cursor):
 
 
 def class_symbol(prefix, cursor):
-    """The symbol of a class that belongs to no template: its names, outermost first, each behind its length."""
+    """The mangled name (Itanium C++ ABI) of `prefix` for a class that is not in a template."""
     names = []
     while cursor.kind != CursorKind.TRANSLATION_UNIT:
         names.insert(0, f"{len(cursor.spelling)}{cursor.spelling}")

@@ -6,8 +6,8 @@
 
 namespace DhcpLib {
 
-/// Calls `visit(head)` for each whole option from `first` on, until it returns false. True if they end where `bytes`
-/// does.
+/// Calls `visit(head)` for each whole option from `first` on, until it returns false. Returns whether the
+/// options fill `bytes` exactly.
 template <class Visit>
 bool walkWhole(Wire::ByteView bytes, U32 first, Visit visit) {
     U32 reached = first;

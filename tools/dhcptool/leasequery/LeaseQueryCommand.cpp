@@ -14,16 +14,12 @@ namespace {
 constexpr char about[] =
     "Asks a DHCP server for the lease of a client or an address (DHCPLEASEQUERY, RFC 4388) and prints the reply.";
 constexpr char footer[] =
-    "The query is sent from UDP port 67 of the relay address, to which the server replies. So this must be an address "
-    "of\n"
-    "this machine, the port must be free, and CAP_NET_BIND_SERVICE is required. Malformed replies, replies from "
-    "another\n"
-    "address and replies with another transaction id are ignored. Fields that the reply does not contain are left "
-    "out;\n"
-    "with --json they are null.\n"
-    "Exit status: 0 the server knows the client or address (state active or unassigned); 1 wrong usage, no route, or "
-    "no\n"
-    "socket; 3 the state is unknown; 4 no answer.";
+    R"(The query is sent from UDP port 67 of the relay address, to which the server replies. So this must be an address of
+this machine, the port must be free, and CAP_NET_BIND_SERVICE is required. Malformed replies, replies from another
+address and replies with another transaction id are ignored. Fields that the reply does not contain are left out;
+with --json they are null.
+Exit status: 0 the server knows the client or address (state active or unassigned); 1 wrong usage, no route, or no
+socket; 3 the state is unknown; 4 no answer.)";
 
 /// Exit status, in addition to those of all commands.
 enum Status { leaseKnown = 0, leaseUnknown = 3, noAnswer = 4 };

@@ -16,16 +16,14 @@ namespace DhcpTool {
 namespace {
 
 constexpr char about[] =
-    "Rewrites the DHCPv4 messages of a capture as a relay agent does: adds option 82 (relay agent information) to\n"
-    "requests, removes it from replies, and corrects lengths and checksums. Copies all other frames. Prints a line "
-    "for\n"
-    "each message, then, on stderr, counters.";
+    R"(Rewrites the DHCPv4 messages of a capture as a relay agent does: adds option 82 (relay agent information) to
+requests, removes it from replies, and corrects lengths and checksums. Copies all other frames. Prints a line for each
+message, then, on stderr, counters.)";
 constexpr char footer[] =
-    "Messages that cannot be rewritten, or whose option 82 would be broken afterwards, fragments and incomplete "
-    "datagrams\n"
-    "are copied unchanged and reported. If the capture is written to the standard output, the lines go to stderr.\n"
-    "Timestamps have a resolution of one microsecond.\n"
-    "Exit status: 0 success; 1 wrong usage, or the output cannot be written; 2 the capture cannot be read to its end.";
+    R"(Messages that cannot be rewritten, or whose option 82 would be broken afterwards, fragments and incomplete datagrams
+are copied unchanged and reported. If the capture is written to the standard output, the lines go to stderr.
+Timestamps have a resolution of one microsecond.
+Exit status: 0 success; 1 wrong usage, or the output cannot be written; 2 the capture cannot be read to its end.)";
 
 const std::map<std::string, DhcpLib::RelayGeneration>& generations() {
     using enum DhcpLib::RelayGeneration;

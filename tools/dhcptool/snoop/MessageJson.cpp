@@ -9,6 +9,7 @@ namespace {
 using DhcpLib::Dhcp6Const;
 using DhcpLib::DuidFields;
 
+/// The start of every object: the frame, then the attributes of the parser.
 template <class Parser>
 Json startOf(const Arrival& frame, const Parser& parser) {
     Json object{{"frame", frame.number}};
@@ -88,11 +89,11 @@ Json hopJson(const Message6& message) {
     return object;
 }
 
-/// Adds nothing if the message has no type.
+/// Adds the fields of `message`. Type and transaction id are null if there is no message (type 0).
 void addMessage(Json& object, const Message6& message) {
-    const bool there = message.type != DhcpLib::Dhcp6MsgType{};
-    object["messageType"] = there ? jsonOf(message.type) : Json();
-    object["xid"] = there ? jsonOf(message.xid) : Json();
+    const bool present = message.type != DhcpLib::Dhcp6MsgType{};
+    object["messageType"] = present ? jsonOf(message.type) : Json();
+    object["xid"] = present ? jsonOf(message.xid) : Json();
     object["clientId"] = orNull(message.clientId, duidJson);
     object["serverId"] = orNull(message.serverId, duidJson);
     object["ia"] = Json::array();
