@@ -80,7 +80,7 @@ TEST(Dhcp6InterfaceId, WritesAllOrNothing) {
     }
     const PktPtr pkt = packet(hex("00 12 00 00 A5*25"));
     const auto view = dhcp6InterfaceIdFactory(dhcp6OptionFactory(pkt, 0));
-    for (const int nameBytes : {0, 1})
+    for (const std::size_t nameBytes : {0U, 1U})
         EXPECT_EQ(internalErrorOf([&] { set(*view, nameBytes, 1 - nameBytes, "10.0.0.1", "02:c1:00:00:0c:01"); }),
                   "Intf Name or Vrf Name is not set");
     EXPECT_EQ(bytesOf(*pkt), hex("00 12 00 00 A5*25"));

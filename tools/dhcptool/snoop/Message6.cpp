@@ -129,7 +129,8 @@ std::string_view duidTypeName(U16 type) {
 
 std::string uuidText(std::string_view uuid) {
     std::string text = hex(uuid);
-    for (const std::size_t at : {20, 16, 12, 8}) text.insert(at, 1, '-');
+    constexpr std::size_t dashes[] = {20, 16, 12, 8};
+    for (const std::size_t at : dashes) text.insert(at, 1, '-');
     return text;
 }
 
