@@ -110,18 +110,19 @@ def soak(arguments):
         for address in (SERVER, SERVER6):
             lab.responder(address)
         agent = lab.relay(*relay4.BOTH_PROTOCOLS, "--vlans", "cl2=100")
-        AccessPort(lab, 0x8100, 100)
-        loads = [lab.load(client, *protocol, "--rate", rate, "--seconds", arguments.seconds)
-                 for client, rate in (("c1", 100), ("c2", 50)) for protocol in ((), ("-6",))]
-        begin, sizes = time.monotonic(), []
-        while time.monotonic() - begin < arguments.seconds:
-            time.sleep(arguments.seconds / 20)
-            sizes.append(resident_kib(agent))
-            print(f"{time.monotonic() - begin:6.0f} s  resident {sizes[-1]} KiB  CPU {cpu_seconds(agent):.1f} s", flush=True)
-        told = [outcome(load) for load in loads]
-        for one in told:
-            print(one)
-        print(lab.counters(agent))
+        with AccessPort(lab, 0x8100, 100):
+            loads = [lab.load(client, *protocol, "--rate", rate, "--seconds", arguments.seconds)
+                     for client, rate in (("c1", 100), ("c2", 50)) for protocol in ((), ("-6",))]
+            begin, sizes = time.monotonic(), []
+            while time.monotonic() - begin < arguments.seconds:
+                time.sleep(arguments.seconds / 20)
+                sizes.append(resident_kib(agent))
+                print(f"{time.monotonic() - begin:6.0f} s  resident {sizes[-1]} KiB  CPU {cpu_seconds(agent):.1f} s",
+                      flush=True)
+            told = [outcome(load) for load in loads]
+            for one in told:
+                print(one)
+            print(lab.counters(agent))
         lost = sum(one["lost"] + one["stray"] for one in told)
         grown = sizes[-1] - sizes[len(sizes) // 4]
         print(f"lost or stray {lost:.0f}, resident size grown by {grown} KiB after the first quarter")
