@@ -69,8 +69,8 @@ DHCPLIB_EXPORT std::size_t addVendorSpecificSubOption(DhcpSingleOption* infoOpt,
                                                       Kitnet::IpGenAddr srcVtep);
 /// The whole own block as in sub-option 9.
 DHCPLIB_EXPORT Kcore::Bytes quorvaBlock(const Kcore::String& intfName, const Kitnet::IpGenAddr& srcVtep);
-/// Number of bytes of other enterprises' blocks in front of the own one: all of the sub-option's data if `vsView` is null
-/// or has found no such block. 0 if `vsSubOpt` is null.
+/// Number of bytes of other enterprises' blocks in front of the own one: all of the sub-option's data if `vsView` is
+/// null or has found no such block. 0 if `vsSubOpt` is null.
 DHCPLIB_EXPORT U32 calculateNonQuorvaVendorLen(Kcore::Ptr<DhcpInformationSubOption>& vsSubOpt,
                                                Kcore::Ptr<DhcpVendorSpecificSubOpt>& vsView);
 /// Reads the own block of a sub-option 9. Outputs whose item is absent stay unchanged. With the toggle off, reads the
