@@ -32,7 +32,7 @@ void requireInsertion(const Outcome& outcome, const Octets& before, const Layout
         requireSize(now, args.offset, was.end + 2 + static_cast<U32>(info.size()), was.hasMaxMsgSize ? 300 : 548);
         return;
     }
-    require(slice(now, 0, was.info + 1) == slice(before, 0, was.info + 1), "what precedes option 82 stays");
+    require(slice(now, 0, was.info + 1) == slice(before, 0, was.info + 1), "bytes in front of option 82 are unchanged");
     const U32 end = was.info + 2 + now.at(was.info + 1);
     require(now.at(end) == endCode, "option 82 is the last one");
     requireSize(now, args.offset, end, was.hasMaxMsgSize ? 300 : 548);
@@ -42,7 +42,7 @@ void requireRemoval(const Octets& now, const Octets& before, const Layout& was, 
     Octets expected = slice(before, 0, was.end + 1);
     if (was.info != 0)
         expected.erase(expected.begin() + was.info, expected.begin() + was.info + 2 + before[was.info + 1]);
-    require(slice(now, 0, expected.size()) == expected, "option 82 alone is gone");
+    require(slice(now, 0, expected.size()) == expected, "only option 82 is removed");
     requireSize(now, offset, static_cast<U32>(expected.size()) - 1, 300);
 }
 
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
                 outcome.assertion == "tempInfoOpt->length > oldSubOptLen",
             "no other assertion can be reached");
     if (!outcome.result) return 0;
-    require(was.end != 0, "what has no end option is refused");
+    require(was.end != 0, "a message without end option is refused");
     const Layout is(outcome.packet, args.offset, true);
     require(is.end != 0, "an end option is found");
     if (args.op == BootpOption::bootpRequest && args.infoOpt) {
@@ -65,7 +65,8 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
     } else if (args.op == BootpOption::bootpReply && args.infoOpt) {
         requireRemoval(outcome.packet, input.packet, was, args.offset);
     } else {
-        require(slice(outcome.packet, 0, was.end + 1) == slice(input.packet, 0, was.end + 1), "the options stay");
+        require(slice(outcome.packet, 0, was.end + 1) == slice(input.packet, 0, was.end + 1),
+                "the options are unchanged");
         const bool small = args.op != BootpOption::bootpRequest || was.hasMaxMsgSize;
         requireSize(outcome.packet, args.offset, was.end, small ? 300 : 548);
     }

@@ -16,7 +16,7 @@ void requireSubOptions(const Octets& packet, U32 at, std::string_view codes) {
     U32 subOption = at + 2;
     while (subOption < end) {
         const std::size_t place = codes.find(static_cast<char>(packet.at(subOption)));
-        require(place != codes.npos, "no sub-option but these, in their order");
+        require(place != codes.npos, "only these sub-options, in this order");
         codes.remove_prefix(place + 1);
         subOption += 2u + packet.at(subOption + 1);
     }
@@ -28,9 +28,9 @@ U32 requireRest(const Octets& now, const Octets& before, const Layout& was, U32 
     const U32 infoAt = was.info != 0 ? was.info : was.end;
     const U32 end = endBehind(was, before, infoBytes);
     const U32 restAt = infoAt + infoBytes, restWasAt = was.end - (end - restAt);
-    require(slice(now, 0, infoAt) == slice(before, 0, infoAt), "what precedes option 82 stays");
+    require(slice(now, 0, infoAt) == slice(before, 0, infoAt), "bytes in front of option 82 are unchanged");
     require(slice(now, restAt, end + 1) == slice(before, restWasAt, was.end + 1),
-            "what follows it is moved as it stands");
+            "bytes behind option 82 are moved unchanged");
     return end;
 }
 
@@ -40,7 +40,7 @@ U32 requireInsertion(const Outcome& outcome, const Octets& before, const Layout&
         requireThereAndBack(outcome, before, was, args, Generation::preparePacketNew,
                             createdInfo(args, vendorBlock(args), true, true));
     const U32 infoAt = was.info != 0 ? was.info : was.end;
-    require(now.at(infoAt) == infoCode, "option 82 stands in its place");
+    require(now.at(infoAt) == infoCode, "option 82 is where it is expected");
     requireSubOptions(now, infoAt, "\1\2\11\5\13\227\230");
     if (outcome.forecast.isRewritable()) requireWholeInfo(now, infoAt, args, true, was.info == 0);
     return requireRest(now, before, was, 2u + now.at(infoAt + 1));
@@ -56,7 +56,7 @@ U32 requireRemoval(const Octets& now, const Octets& before, const Layout& was, b
         if (infoBytes != 0) requireSubOptions(now, was.info, infoOpt ? "\11" : "\1\2\11");
         return requireRest(now, before, was, infoBytes);
     }
-    require(false, "what follows option 82 is moved as it stands");
+    require(false, "bytes behind option 82 are moved unchanged");
     return 0;
 }
 
@@ -71,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
         outcome.assertion.empty() || outcome.assertion == "!infoSubOptPresent( infoSubOpts, DhcpLib::vssControl() )",
         "no other assertion can be reached");
     if (!outcome.result) return 0;
-    require(was.end != 0, "what has no end option is refused");
+    require(was.end != 0, "a message without end option is refused");
     require(Layout(outcome.packet, args.offset, false).end != 0, "an end option is found");
     U32 end = was.end;
     const bool request = args.op == BootpOption::bootpRequest;
@@ -80,7 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
     else if (args.op == BootpOption::bootpReply)
         end = requireRemoval(outcome.packet, input.packet, was, args.infoOpt);
     else
-        require(slice(outcome.packet, 0, end + 1) == slice(input.packet, 0, end + 1), "the options stay");
+        require(slice(outcome.packet, 0, end + 1) == slice(input.packet, 0, end + 1), "the options are unchanged");
     // This generation finds option 57 behind the end option, too.
     const DhcpLib::DhcpMsgOptions options(DhcpTest::packet(input.packet),
                                           static_cast<Kcore::U16>(args.offset + optionsAt));

@@ -135,7 +135,7 @@ inline Outcome rewritten(const PktPtr& pkt, const RelayRewrite& args, Generation
     Outcome outcome;
     const Octets before = DhcpTest::bytesOf(*pkt);
     outcome.forecast = relayRewriteCheck(pkt, args, generation);
-    require(DhcpTest::bytesOf(*pkt) == before, "a forecast leaves the packet alone");
+    require(DhcpTest::bytesOf(*pkt) == before, "relayRewriteCheck changes no byte");
     try {
         outcome.result = relayRewrite(pkt, args, generation);
     } catch (const Kcore::AssertionError& error) {
@@ -148,13 +148,13 @@ inline Outcome rewritten(const PktPtr& pkt, const RelayRewrite& args, Generation
 inline void requireForecast(const Outcome& outcome, const Octets& before, U32 offset) {
     const RelayRewriteForecast& forecast = outcome.forecast;
     require((forecast.isRewritable() || forecast.verdict == Verdict::infoOptionWouldBreak) == outcome.result,
-            "the forecast tells the result");
+            "the forecast result is right");
     require((forecast.verdict == Verdict::assertion) == !outcome.assertion.empty() &&
                 forecast.assertion == outcome.assertion,
-            "the forecast tells the assertion");
-    if (!outcome.result) require(outcome.packet == before, "what is not rewritten is untouched");
+            "the forecast assertion is right");
+    if (!outcome.result) require(outcome.packet == before, "a refused packet is unchanged");
     const std::size_t bytes = outcome.packet.size() > offset ? outcome.packet.size() - offset : 0;
-    require(forecast.messageBytes == bytes, "the forecast tells the size");
+    require(forecast.messageBytes == bytes, "the forecast size is right");
 }
 
 /// Expects `smallest` bytes, or more if nothing follows the end option, and only zeros behind the end option.
@@ -175,7 +175,7 @@ inline Outcome rewrittenEverywhere(const Octets& packet, const RelayRewrite& arg
         require(other.result == outcome.result && other.assertion == outcome.assertion &&
                     other.packet == outcome.packet && other.forecast.verdict == outcome.forecast.verdict &&
                     other.forecast.messageBytes == outcome.forecast.messageBytes,
-                "storage and what lies behind the packet change nothing");
+                "neither storage nor bytes behind the packet change the result");
     }
     requireForecast(outcome, packet, args.offset);
     return outcome;
@@ -275,13 +275,13 @@ inline void requireThereAndBack(const Outcome& there, const Octets& before, cons
     append(expected, infoCode, info);
     expected.push_back(endCode);
     require(there.packet.size() >= expected.size() && slice(there.packet, 0, expected.size()) == expected,
-            "option 82 stands where the end option stood");
+            "option 82 is where the end option was");
     if (info.empty()) return;
     RelayRewrite away = args;
     away.op = BootpOption::bootpReply;
     const Outcome back = rewrittenEverywhere(there.packet, away, generation);
     require(back.result && slice(back.packet, 0, layout.end + 1) == slice(before, 0, layout.end + 1),
-            "its removal gives the other options back");
+            "removing option 82 restores the other options");
     requireSize(back.packet, args.offset, layout.end, 300);
 }
 
