@@ -16,6 +16,8 @@ namespace {
 using DhcpLib::Constants;
 
 constexpr int longestTurn = 32;  // messages that are taken from one source before the others get their turn
+// Turns that follow each other faster are those of a busy agent: more messages are waiting than one.
+constexpr std::chrono::microseconds busyTurn{40};
 
 Kcore::FileDescriptor signalSource() {
     sigset_t set;
@@ -136,7 +138,8 @@ int Agent::pollTimeout() const {
 void Agent::poll() {
     if (::poll(fds_.data(), fds_.size(), pollTimeout()) < 0 && errno != EINTR)
         throw std::system_error(errno, std::system_category(), "waiting for messages");
-    now_ = Clock::now();
+    const Clock::time_point before = std::exchange(now_, Clock::now());
+    isBusy_ = now_ - before < busyTurn;
     context_.now = static_cast<U32>(std::chrono::duration_cast<std::chrono::seconds>(now_.time_since_epoch()).count());
 
     if (fds_[0].revents != 0) handleSignals();
@@ -159,7 +162,7 @@ void Agent::handleSource(Source& source) {
             source.turn = std::max(1, i);
             return;
         }
-    source.turn = std::min(2 * source.turn, longestTurn);
+    if (isBusy_ || source.turn > 1) source.turn = std::min(2 * source.turn, longestTurn);
 }
 
 void Agent::handleSignals() {

@@ -77,6 +77,7 @@ private:
     Clock::time_point now_, nextStats_;
     std::vector<Source> sources_;
     std::vector<pollfd> fds_;  ///< signals, devices and addresses, then those of the sources
+    bool isBusy_ = false;
     bool ended_ = false;
 };
 
