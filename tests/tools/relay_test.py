@@ -113,7 +113,7 @@ class Frames(unittest.TestCase):
             "  1  IPv4 header cut short", "  1  UDP header cut short",
             "  1  assertion: tempInfoOpt->length > oldSubOptLen", "  1  datagram cut short", "  1  fragment",
             "  1  infoOptionEmpty", "  1  malformed IPv4 header", "  2  malformed lengths",
-            "  1  neither request nor reply", "  1  too large for an IPv4 datagram", "  1  notDhcp"])
+            "  1  neither request nor reply", "  1  notDhcp", "  1  too large for an IPv4 datagram"])
 
     def test_are_copied_where_option_82_would_be_broken(self):
         link, circuit = option(5, bytes(4)), option(1, b"circuit")
