@@ -27,10 +27,10 @@ namespace {
 
 using Input = std::vector<std::uint8_t>;
 
-constexpr std::size_t maxPrefixes = 2000;  // per file; for longer files, evenly spread ones
-constexpr std::size_t mutations = 5000;    // for the whole corpus
-constexpr std::size_t maxEdits = 6;        // per mutation
-constexpr unsigned maxSeconds = 20;        // per input
+constexpr std::size_t maxPrefixes = 2000;     // per file; for longer files, evenly spread ones
+constexpr std::size_t usualMutations = 5000;  // for the whole corpus; --mutations=N asks for others
+constexpr std::size_t maxEdits = 6;           // per mutation
+constexpr unsigned maxSeconds = 20;           // per input
 
 const Input* running = nullptr;
 std::string failedInput;
@@ -144,7 +144,7 @@ private:
     std::mt19937 random_{2131};
 };
 
-void runMutations(const std::vector<Input>& corpus) {
+void runMutations(const std::vector<Input>& corpus, std::size_t mutations) {
     Mutator mutator;
     for (std::size_t i = 0; i < mutations; ++i) {
         Input input = corpus[i % corpus.size()];
@@ -157,12 +157,18 @@ void runMutations(const std::vector<Input>& corpus) {
 
 int main(int argc, char** argv) try {
     catchDeath();
+    constexpr std::string_view mutationsOption = "--mutations=";
+    std::size_t mutations = usualMutations;
     std::vector<Input> corpus;
-    for (const std::string_view path : std::vector<std::string_view>(argv + 1, argv + argc))
-        for (auto& input : inputsIn(path)) corpus.push_back(std::move(input));
+    for (const std::string_view argument : std::vector<std::string_view>(argv + 1, argv + argc)) {
+        if (argument.starts_with(mutationsOption))
+            mutations = std::stoul(std::string(argument.substr(mutationsOption.size())));
+        else
+            for (auto& input : inputsIn(argument)) corpus.push_back(std::move(input));
+    }
     if (corpus.empty()) throw std::runtime_error("no corpus: give files, or folders that hold some");
     for (const auto& input : corpus) runPrefixes(input);
-    runMutations(corpus);
+    runMutations(corpus, mutations);
     std::printf("%zu inputs, their prefixes and %zu mutations: passed\n", corpus.size(), mutations);
     return 0;
 } catch (const std::exception& error) {
