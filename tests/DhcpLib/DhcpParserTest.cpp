@@ -160,16 +160,4 @@ TEST(DhcpParser, ItsStagesStandAlone) {
               "No String constructor for PacketParser - has collection");
 }
 
-TEST(DhcpParser, HoldsASetOfAddresses) {
-    PacketParser one(config());
-    const auto ip1 = Kitnet::IpAddr::fromText("10.0.0.1"), ip2 = Kitnet::IpAddr::fromText("10.0.0.2");
-    for (const auto& address : {ip1, ip2, ip1}) one.associatedIpsIs(address);
-    PacketParser two = one;
-    EXPECT_TRUE(one == two && one.hash() == two.hash());
-    one.associatedIpsDel(ip1);
-    EXPECT_TRUE(!one.associatedIpsHas(ip1) && one.associatedIpsHas(ip2) && !(one == two));
-    two.associatedIpsDelAll();
-    EXPECT_TRUE(two == PacketParser(config()));
-}
-
 }  // namespace

@@ -96,21 +96,4 @@ TEST(PreparePacketNew, LeavesWhatItRefusesAsItWas) {
     for (const Stopped& row : rows) expectStopped(row, newGeneration);
 }
 
-TEST(PreparePacketNew, TracesEachStep) {
-    const PktPtr pkt = packet(message("39 02 05 DC 2B 50 11*80 FF"));
-    const auto linesOf = [&](const RelayRewrite& args) {
-        TraceRecorder trace(4);
-        EXPECT_TRUE(relayRewrite(pkt, args, newGeneration));
-        const std::vector<std::string> lines = trace.lines();
-        return std::vector(lines.begin() + 1, lines.end());
-    };
-    using Lines = std::vector<std::string>;
-    EXPECT_EQ(linesOf(ids),
-              (Lines{"4 preparePacketNewBOOTPREQUEST", "4 setInfoData subType 1 len 2", "4 setInfoData subType 2 len 1",
-                     "4 adding 9 bytes to pkt(327)", "4 (final)deleting 0 bytes from pkt(336)"}));
-    EXPECT_EQ(linesOf(repliedToOthers),
-              (Lines{"4 preparePacketNewBOOTPREPLY", "4 setInfoData subType 1 len 2", "4 setInfoData subType 2 len 1",
-                     "4 (final)deleting 0 bytes from pkt(336)"}));
-}
-
 }  // namespace

@@ -33,12 +33,4 @@ TEST(RelayRewriteText, IsWhatPreparePacketAddsWhileTheToggleIsOff) {
                   oldGeneration);
 }
 
-TEST(RelayRewriteText, IsTraced) {
-    TraceRecorder trace(4);
-    EXPECT_TRUE(relayRewrite(packet(message("FF")), fromPort, oldGeneration));
-    EXPECT_EQ(trace.lines().at(3), "4 preparePacket Inserted Option 82 vendor-specific suboption information");
-    EXPECT_TRUE(relayRewrite(packet(message("52 0B 09 09 '32473' 03 'Et1' FF")), fromPort, oldGeneration));
-    EXPECT_EQ(trace.lines().at(1), "4 preparePacketVendor-specific subopt with Quorva's data already present ");
-}
-
 }  // namespace

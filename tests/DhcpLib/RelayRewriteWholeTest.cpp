@@ -1,24 +1,9 @@
 #include <map>
-#include <new>
 
 #include "RelayRewriteRows.h"
 
 using namespace DhcpTest;
 using namespace DhcpTest::Relay;
-
-namespace {
-
-unsigned failingAllocation = 0;  // counts down to the one that fails; 0: none does
-
-}  // namespace
-
-void* operator new(std::size_t bytes) {
-    if (failingAllocation != 0 && --failingAllocation == 0) throw std::bad_alloc();
-    if (void* const memory = std::malloc(bytes != 0 ? bytes : 1)) return memory;
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -112,38 +97,6 @@ TEST(RelayRewrite, IsWholeBehindAnotherRelay) {
                     expectWhole(bytesOf(*pkt), secondRelay(second), generation);
                 }
         }
-}
-
-/// Fails each allocation of a rewrite in turn. A smaller copy of the storage is the only one that is not needed.
-void expectUnchangedAfterFailures(const Octets& before, Kitnet::Pkt::Storage storage, const RelayRewrite& args,
-                                  Generation generation) {
-    const PktPtr unhindered = packet(before, storage);
-    ASSERT_TRUE(relayRewrite(unhindered, args, generation));
-    for (unsigned nth = 1;; ++nth) {
-        const PktPtr pkt = packet(before, storage);
-        failingAllocation = nth;
-        try {
-            relayRewrite(pkt, args, generation);
-            const bool allDone = failingAllocation != 0;
-            failingAllocation = 0;
-            expectBytes(*pkt, bytesOf(*unhindered));
-            if (allDone) return;
-        } catch (const std::bad_alloc&) {
-            expectBytes(*pkt, before);
-        }
-    }
-}
-
-TEST(RelayRewrite, LeavesThePacketAsItWasWithoutMemory) {
-    const RelayRewrite add{.circuitId = "ab", .linkselectionId = linkAddress, .vendorSpecificSubOptIntfName = "Et1"};
-    const RelayRewrite remove{.op = reply, .vendorSpecificSubOptIntfName = "Et1"};
-    const Octets ends[] = {hex("FF"), hex("FF EE*400"), hex("2B FE 11*254 2B FE 22*254 2B FE 33*254 2B FE 44*254 FF")};
-    for (const char* const info : {"", "52 0D 09 07 00 00 00 09 02 'AB' 01 02 'xy'"})
-        for (const Octets& end : ends)
-            for (const auto storage : {Kitnet::Pkt::Storage::tight, Kitnet::Pkt::Storage::roomy})
-                for (const RelayRewrite& args : {add, remove})
-                    for (const Generation generation : {oldGeneration, newGeneration})
-                        expectUnchangedAfterFailures(message(hex(info) + end), storage, args, generation);
 }
 
 }  // namespace

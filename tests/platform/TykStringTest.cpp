@@ -3,7 +3,6 @@
 #include <string>
 
 #include "Refusal.h"
-#include "Tyk/Exception.h"
 #include "Tyk/String.h"
 
 namespace {
@@ -28,15 +27,6 @@ TEST(TykBoundedString, JoinsAndConvertsToAStringWithoutABound) {
     EXPECT_EQ(converted, "red");
     EXPECT_EQ(name + "-" + name + Tyk::BoundedString<4>("blue") + Tyk::String("!"), "red-redblue!");
     EXPECT_EQ(std::string(99, 'v') + name, std::string(99, 'v') + "red");
-}
-
-TEST(TykInternalException, CarriesItsMessage) {
-    const std::string message("length value exceeds pkt-length.");
-    try {
-        throw Tyk::InternalException(std::string_view(message + "cut").substr(0, message.size()));
-    } catch (const std::exception& e) {
-        EXPECT_EQ(e.what(), message);
-    }
 }
 
 }  // namespace

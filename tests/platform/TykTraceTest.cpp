@@ -99,22 +99,16 @@ TEST_F(TykTrace, LevelsDecideWhereALineGoesAndThatItIsFormattedAtMostOnce) {
 }
 
 TEST_F(TykTrace, ALineNamesItsPlaceAndItsArguments) {
+    const auto helper = [&](Tyk::TraceText<int> text) { Tyk::fmtrace(handle, 4, {nullptr, text.caller()}, text, 1); };
     const auto at = [line = __LINE__](int n) { return "TykTraceTest.cpp:" + std::to_string(line + n); };
     Tyk::fmtrace(handle, 4, {}, "<{}> {}, {}{{{}", std::string("{} \0", 4), Gear::high, static_cast<Gear>(7), true);
     Tyk::DualTrace(handle, 1, {"bool DhcpLib::f(const Ptr&, U32)"}, "given");
     Tyk::TraceHelper(handle, 2, "g").stream() << 1 << " of " << 2;
+    helper("a {}");  // names the line and the function that called it
     EXPECT_EQ(places, (Texts{"TykTraceTest 4 " + at(1) + " TestBody",
                              "TykTraceTest 1 " + at(2) + " bool DhcpLib::f(const Ptr&, U32)",
-                             "TykTraceTest 2 " + at(3) + " g"}));
-    EXPECT_EQ(texts, (Texts{std::string("<{} \0> high, 7{{true", 20), "given", "1 of 2"}));
-}
-
-TEST_F(TykTrace, AHelperNamesTheLineAndFunctionThatCalledIt) {
-    const auto helper = [&](Tyk::TraceText<int> text) { Tyk::fmtrace(handle, 4, {nullptr, text.caller()}, text, 1); };
-    helper("a {}");
-    helper("b {}");
-    const auto at = [line = __LINE__](int n) { return "TykTraceTest.cpp:" + std::to_string(line + n); };
-    EXPECT_EQ(places, (Texts{"TykTraceTest 4 " + at(-2) + " TestBody", "TykTraceTest 4 " + at(-1) + " TestBody"}));
+                             "TykTraceTest 2 " + at(3) + " g", "TykTraceTest 4 " + at(4) + " TestBody"}));
+    EXPECT_EQ(texts, (Texts{std::string("<{} \0> high, 7{{true", 20), "given", "1 of 2", "a 1"}));
 }
 
 TEST_F(TykTrace, AnArgumentAndASinkMayTraceThemselves) {
