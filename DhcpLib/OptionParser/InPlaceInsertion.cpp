@@ -36,14 +36,8 @@ Kcore::Bytes vendorBytes(const RewriteArgs& args) {
     return text;
 }
 
-void put(Kcore::Bytes& data, SubCode code, std::span<const U8> bytes) {
-    const U8 header[] = {static_cast<U8>(code), static_cast<U8>(bytes.size())};
-    data.append(header);
-    data.append(bytes);
-}
-
-void put(Kcore::Bytes& data, SubCode code, std::string_view bytes) {
-    put(data, code, std::span(reinterpret_cast<const U8*>(bytes.data()), bytes.size()));
+std::string_view textOf(const Kcore::Bytes& bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 }  // namespace
@@ -56,6 +50,44 @@ void traceOwnVendorData(Wire::ByteView bytes, const RawOption& info, U32 endAt) 
             traceOwnVendorDataFound();
     });
 }
+
+/// Writes into data whose length was planned, never past its end.
+class InPlaceInsertion::Writer {
+public:
+    explicit Writer(Kcore::Bytes& data) : to_(data.data()), left_(data.size()) {}
+
+    bool isFull() const { return left_ == 0; }
+    void put(std::string_view bytes) {
+        if (bytes.size() > left_) return;
+        Kcore::copyBytes(to_, bytes.data(), bytes.size());
+        advance(bytes.size());
+    }
+    void putHeader(SubCode code, std::size_t len) {
+        if (left_ < SubOptionShape::headerBytes) return;
+        to_[0] = static_cast<U8>(code);
+        to_[1] = static_cast<U8>(len);
+        advance(SubOptionShape::headerBytes);
+    }
+    void put(SubCode code, std::string_view bytes) {
+        putHeader(code, bytes.size());
+        put(bytes);
+    }
+    void put(SubCode code, const Kitnet::IpAddr& address) {
+        putHeader(code, sizeof address);
+        if (left_ < sizeof address) return;
+        std::memcpy(to_, address.bytes(), sizeof address);
+        advance(sizeof address);
+    }
+
+private:
+    void advance(std::size_t n) {
+        to_ += n;
+        left_ -= n;
+    }
+
+    U8* to_;
+    std::size_t left_;
+};
 
 InPlaceInsertion::InPlaceInsertion(Wire::ByteView bytes, const RewriteArgs& args, const RawOption& info, U32 endAt)
     : bytes_(bytes),
@@ -154,69 +186,68 @@ const char* InPlaceInsertion::assertion() const {
 }
 
 bool InPlaceInsertion::build(Kcore::Bytes& data) const {
-    const bool whole = creates_ || copyExisting(data);
-    addMissing(data);
     // Only the header of a removed 152 was subtracted from the length; zeros replace its data.
-    const std::size_t len = static_cast<std::size_t>(finalLen_);
-    const bool filled = data.size() == len;
-    data.resize(len);
-    return whole && filled && !cutsOthers() && isVendorDataReadable();
+    data.resize(static_cast<std::size_t>(finalLen_));
+    Writer writer(data);
+    const bool whole = creates_ || copyExisting(writer);
+    return addMissing(writer).isFull() && whole && !cutsOthers() && isVendorDataReadable();
 }
 
 /// Copies the existing sub-options that are kept, in their order. False if the last one is cut.
-bool InPlaceInsertion::copyExisting(Kcore::Bytes& data) const {
+bool InPlaceInsertion::copyExisting(Writer& writer) const {
     bool whole = true;
     walkSubOptionsUpTo(bytes_, dataAt_, stayingEnd(), [&](const Head& head) {
         const Existing* const reused = args_.hasLinkSelection() ? recordOf(*this, head.code) : nullptr;
         if (reused != nullptr) {
-            if (head.at == reused->at) reuse(data, head);  // repeats are not counted, so they are removed
+            if (head.at == reused->at) reuse(writer, head);  // repeats are not counted, so they are removed
         } else if (addsVendorData() && foreignVendor_ && head.at == foreignVendor_.at) {
-            copyVendor(data, head);
+            copyVendor(writer, head);
         } else {
             const U32 there = std::min(head.wireBytes, stayingEnd() - head.at);
             whole &= there == head.wireBytes;
-            data.append(bytes_.text(head.at, there));
+            writer.put(bytes_.text(head.at, there));
         }
     });
     return whole;
 }
 
 /// Appends the sub-option 9 at `head` with the own vendor data behind its data.
-void InPlaceInsertion::copyVendor(Kcore::Bytes& data, const Head& head) const {
+void InPlaceInsertion::copyVendor(Writer& writer, const Head& head) const {
     const Kcore::Bytes added = vendorBytes(args_);
-    data.push_back(head.code);
-    data.push_back(static_cast<U8>(head.len + added.size()));
-    data.append(bytes_.text(head.dataAt(), head.len));
-    data.append(added.span());
+    writer.putHeader(SubCode::vendorSpecificSubOption, head.len + added.size());
+    writer.put(bytes_.text(head.dataAt(), head.len));
+    writer.put(textOf(added));
 }
 
 /// Appends an existing 5, 11, 151 or 152 with its new value, or nothing if it is no longer wanted.
-void InPlaceInsertion::reuse(Kcore::Bytes& data, const Head& head) const {
-    const auto keep = [&] { data.append(bytes_.text(head.at, head.wireBytes)); };
+void InPlaceInsertion::reuse(Writer& writer, const Head& head) const {
+    const auto keep = [&] { writer.put(bytes_.text(head.at, head.wireBytes)); };
     switch (static_cast<SubCode>(head.code)) {
         case SubCode::linkSelectionId:
-            return put(data, SubCode::linkSelectionId, Wire::imageOf(args_.linkSelection));
+            return writer.put(SubCode::linkSelectionId, args_.linkSelection);
         case SubCode::serverIdOverride:
-            if (args_.hasServerId()) put(data, SubCode::serverIdOverride, Wire::imageOf(args_.serverId));
+            if (args_.hasServerId()) writer.put(SubCode::serverIdOverride, args_.serverId);
             return;
         case SubCode::vpnId:
             if (args_.vpnId.empty()) return;
             // docs/compatibility.md#same-size-vrf-name-stays
-            return head.len == args_.vpnId.size() ? keep() : put(data, SubCode::vpnId, args_.vpnId.view());
+            return head.len == args_.vpnId.size() ? keep() : writer.put(SubCode::vpnId, args_.vpnId.view());
         default:
             if (args_.hasVssControl()) keep();
     }
 }
 
-void InPlaceInsertion::addMissing(Kcore::Bytes& data) const {
-    if (creates_ && !args_.circuitId.empty()) put(data, SubCode::circuitId, args_.circuitId.view());
-    if (creates_ && !args_.remoteId.empty()) put(data, SubCode::remoteIdOpt, args_.remoteId.view());
-    if (addsVendorData() && !foreignVendor_) put(data, SubCode::vendorSpecificSubOption, vendorBytes(args_).span());
-    if (!args_.hasLinkSelection()) return;
-    if (!link_) put(data, SubCode::linkSelectionId, Wire::imageOf(args_.linkSelection));
-    if (!server_ && args_.hasServerId()) put(data, SubCode::serverIdOverride, Wire::imageOf(args_.serverId));
-    if (!vpn_ && !args_.vpnId.empty()) put(data, SubCode::vpnId, args_.vpnId.view());
-    if (!vss_ && args_.hasVssControl()) put(data, SubCode::vssControl, std::string_view());
+/// By value, so that the writer stays in registers.
+InPlaceInsertion::Writer InPlaceInsertion::addMissing(Writer writer) const {
+    if (creates_ && !args_.circuitId.empty()) writer.put(SubCode::circuitId, args_.circuitId.view());
+    if (creates_ && !args_.remoteId.empty()) writer.put(SubCode::remoteIdOpt, args_.remoteId.view());
+    if (addsVendorData() && !foreignVendor_) writer.put(SubCode::vendorSpecificSubOption, textOf(vendorBytes(args_)));
+    if (!args_.hasLinkSelection()) return writer;
+    if (!link_) writer.put(SubCode::linkSelectionId, args_.linkSelection);
+    if (!server_ && args_.hasServerId()) writer.put(SubCode::serverIdOverride, args_.serverId);
+    if (!vpn_ && !args_.vpnId.empty()) writer.put(SubCode::vpnId, args_.vpnId.view());
+    if (!vss_ && args_.hasVssControl()) writer.putHeader(SubCode::vssControl, 0);
+    return writer;
 }
 
 /// Whether readers find the own vendor data in the new option 82, if the arguments contain any.

@@ -22,23 +22,18 @@ struct MessageScan {
 };
 
 MessageScan scanMessage(Wire::ByteView bytes, U32 offset) {
-    MessageScan scan{};
-    scan.state = walkOptionsArea(bytes, offset, [&](const auto& head) {
-        switch (static_cast<DhcpOptionType>(head.code)) {
-            case DhcpOptionType::infoOpt:
-                scan.info = RawOption(bytes, head.at);
-                break;
-            case DhcpOptionType::maxMsgSize:
-                scan.hasMaxMsgSize = true;
-                break;
-            case DhcpOptionType::endOpt:
-                scan.end = RawOption(bytes, head.at);
-                break;
-            default:
-                break;
-        }
+    // Plain locals stay in registers during the walk.
+    U32 infoAt = 0, endAt = 0;
+    bool hasMaxMsgSize = false;
+    const AreaState state = walkOptionsArea(bytes, offset, [&](const auto& head) {
+        const auto code = static_cast<DhcpOptionType>(head.code);
+        if (code == DhcpOptionType::infoOpt) infoAt = head.at;
+        if (code == DhcpOptionType::maxMsgSize) hasMaxMsgSize = true;
+        endAt = head.at;
     });
-    return scan;
+    // No option is at position 0: the header is in front of it.
+    const RawOption info = infoAt != 0 ? RawOption(bytes, infoAt) : RawOption();
+    return {state, info, RawOption(bytes, endAt), hasMaxMsgSize};
 }
 
 /// Why no rewrite of the message is possible, whatever the arguments ask for.

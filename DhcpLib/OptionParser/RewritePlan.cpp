@@ -7,9 +7,6 @@ namespace DhcpLib {
 
 namespace {
 
-// RFC 1542 lets a relay expect the size of a BOOTP message; a request without option 57 gets more room for the reply.
-constexpr U32 smallestRequest = 548, smallestOther = 300;
-
 /// Number of bytes by which the packet has to grow before the insertion.
 U32 growthFor(const Kitnet::Pkt& pkt, const RewritePlan& plan) {
     const S32 padding = static_cast<S32>(pkt.bytes() - plan.endAt - 1);
@@ -47,27 +44,13 @@ RelayRewriteVerdict verdictOf(Wire::ByteView bytes, const RewritePlan& plan) {
 
 }  // namespace
 
-void RewritePlan::begin(const RewriteArgs& args, const RawOption& info, const RawOption& end, bool hasMaxMsgSize) {
-    smallestMessage = args.isRequest() && !hasMaxMsgSize ? smallestRequest : smallestOther;
-    endAt = infoAt = keptAt = keptEnd = end.at();
-    hadInfo = static_cast<bool>(info);
-    if (hadInfo) infoEnd = info.dataAt() + info.len();
-    if (hadInfo) infoAt = keptAt = info.at();
-}
-
-void RewritePlan::replaceInfo() {
-    writesInfo = true;
-    if (hadInfo) keptAt = infoEnd;
-}
-
-void RewritePlan::removeInfo() { keptAt = infoEnd; }
-
 void apply(Kitnet::Pkt& pkt, const RewritePlan& plan) {
     traceNormalisation(pkt, plan);
     const U32 was = pkt.bytes(), later = plan.newBytes(), endAt = plan.newEndAt();
     // Tracing and growth may throw; nothing after them does.
     if (later > was) pkt.newSharedTailData(later - was);
-    Wire::move(pkt, plan.infoAt + plan.infoBytes(), plan.keptAt, plan.keptEnd - plan.keptAt);
+    if (plan.keptEnd != plan.keptAt)
+        Wire::move(pkt, plan.infoAt + plan.infoBytes(), plan.keptAt, plan.keptEnd - plan.keptAt);
     if (plan.writesInfo) writeInfo(pkt, plan);
     Wire::fill(pkt, endAt, later - endAt, 0);
     Wire::store<U8>(pkt, endAt, static_cast<U8>(DhcpOptionType::endOpt));

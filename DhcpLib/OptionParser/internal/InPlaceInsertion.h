@@ -33,6 +33,7 @@ private:
         explicit operator bool() const { return size != 0; }
     };
     using Head = TlvHead<SubOptionShape>;
+    class Writer;
 
     void scan(U32 endAt);
     void noteRelaySubOption(Existing& existing, const Head& head);
@@ -45,10 +46,10 @@ private:
 
     /// End of the bytes of the existing option 82 that are kept.
     U32 stayingEnd() const { return dataAt_ + static_cast<U32>(firstLen_ - cut_); }
-    bool copyExisting(Kcore::Bytes& data) const;
-    void copyVendor(Kcore::Bytes& data, const Head& head) const;
-    void reuse(Kcore::Bytes& data, const Head& head) const;
-    void addMissing(Kcore::Bytes& data) const;
+    bool copyExisting(Writer& writer) const;
+    void copyVendor(Writer& writer, const Head& head) const;
+    void reuse(Writer& writer, const Head& head) const;
+    Writer addMissing(Writer writer) const;
     bool cutsOthers() const { return cut_ != 0 && existingFrom_ < stayingEnd(); }
     bool isVendorDataReadable() const;
 

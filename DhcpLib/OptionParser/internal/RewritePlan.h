@@ -46,6 +46,26 @@ struct RewritePlan {
     Kcore::Bytes infoData;
 };
 
+inline void RewritePlan::begin(const RewriteArgs& args, const RawOption& info, const RawOption& end,
+                               bool hasMaxMsgSize) {
+    // RFC 1542 lets a relay expect the size of a BOOTP message; a request without option 57 gets more room for the
+    // reply.
+    constexpr U32 smallestRequest = 548, smallestOther = 300;
+    smallestMessage = args.isRequest() && !hasMaxMsgSize ? smallestRequest : smallestOther;
+    endAt = infoAt = keptAt = keptEnd = end.at();
+    hadInfo = static_cast<bool>(info);
+    if (!hadInfo) return;
+    infoEnd = info.dataAt() + info.len();
+    infoAt = keptAt = info.at();
+}
+
+inline void RewritePlan::replaceInfo() {
+    writesInfo = true;
+    if (hadInfo) keptAt = infoEnd;
+}
+
+inline void RewritePlan::removeInfo() { keptAt = infoEnd; }
+
 /// Traces the entry of `function` with its arguments.
 void traceRewriteEntry(std::string_view function, const RewriteArgs& args);
 /// Stops with a refusal, after a trace line.
