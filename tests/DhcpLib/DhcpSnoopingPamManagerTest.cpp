@@ -40,29 +40,6 @@ TEST(PamManager, WiresThePlatformInOrderAndDropsItInReverse) {
     EXPECT_EQ(inputs.all->useCount() + inputs.local->useCount(), 2u);
 }
 
-TEST(PamManager, AttributesAreMadeAndDroppedOneByOne) {
-    const PlatformInputs inputs;
-    const auto pam = inputs.pam("agent");
-    // A second status manager replaces the first and uses the same directory.
-    pam->intfStatusManagerIs(pam->allIntfStatusDir(), pam->allIntfStatusLocalDir(), pam->deviceIntfStatusDir(),
-                             pam->kniStatus());
-    EXPECT_NE(pam->deviceIntfStatusDir()->deviceIntfStatus(IntfId("lo")), nullptr);
-    EXPECT_TRUE(pam->intfStatusManager()->kernelOnlyInterface().empty());
-
-    const auto devices = pam->deviceIntfStatusDir();
-    pam->intfStatusManagerDel();
-    EXPECT_EQ(devices->deviceIntfStatus(IntfId("lo")), nullptr);
-    pam->ethDevPamManagerDel();
-    pam->ethDevPamCollectionDel();
-    pam->pamDesiredIntfDirDel();
-    pam->deviceIntfStatusDirDel();
-    EXPECT_FALSE(pam->deviceIntfStatusDir() || pam->pamDesiredIntfDir() || pam->ethDevPamCollection() ||
-                 pam->intfStatusManager() || pam->ethDevPamManager());
-    EXPECT_EQ(devices->useCount(), 1u);
-    pam->handleInitialized();
-    EXPECT_FALSE(pam->ethDevPamManager()) << "the second call does nothing";
-}
-
 using LiveSnooping = NetNamespace;
 
 /// A UDP datagram to port 69.

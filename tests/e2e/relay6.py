@@ -45,12 +45,6 @@ def kea(lab):
     lab.start("srv", "kea", "kea-dhcp6", "-c", lab.file("kea6.json", json.dumps(config))).saw("DHCP6_STARTED")
 
 
-def dnsmasq(lab):
-    lab.start("srv", "dnsmasq", "dnsmasq", "-d", "-C", "/dev/null", "-p", "0", "--log-dhcp", "--user=root",
-              "--interface=up1", "--dhcp-range=2001:db8:20::1000,2001:db8:20::1fff,64,120s",
-              f"--dhcp-leasefile={lab.folder}/dnsmasq6.leases").saw("DHCPv6, IP range")
-
-
 def leases():
     """A client without and one with a tag get an address and a prefix each, and renew; the server sees where they are."""
     require("dhclient", "ethtool", "kea-dhcp6")
@@ -69,16 +63,6 @@ def leases():
                   for hops, link, found in relay_forwards(received(up)) if hops == 0}
         macs = [lab.run(client, "cat", "/sys/class/net/eth0/address").strip() for client in ("c1", "c2")]
         assert places == {("20010db80020", b"cl1:1", macs[0]), ("20010db80030", b"cl2:100", macs[1])}, places
-
-
-def dhcpcd():
-    """dhcpcd gets an address from dnsmasq."""
-    require("dhcpcd", "dnsmasq")
-    with Relayed() as lab:
-        dnsmasq(lab)
-        lab.relay("-c", "cl1", "-s", SERVER6)
-        config = lab.file("dhcpcd.conf", f"ipv6only\nnoipv6rs\nduid ll\niaid 1\nia_na 1\nscript {lab.script}\n")
-        lab.start("c1", "dhcpcd", "dhcpcd", "-B", "-6", "-f", config, "eth0").saw("event BOUND6 2001:db8:20::1", 25)
 
 
 def chain():
@@ -103,4 +87,4 @@ def chain():
 
 
 if __name__ == "__main__":
-    main({"leases": leases, "dhcpcd": dhcpcd, "chain": chain})
+    main({"leases": leases, "chain": chain})

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <thread>
 #include <vector>
 
 #include "Kcore/Bytes.h"
@@ -73,29 +72,6 @@ TEST(KcoreBytes, GrowPastTheirInlineRoomLikeAVector) {
         assigned = bytes;
         ASSERT_TRUE(std::ranges::equal(Bytes(bytes).span(), model) && assigned == bytes);
     }
-}
-
-/// Under the thread sanitizer this also checks that the counts are atomic.
-TEST(KcoreThreads, ShareStringsAndNodesOnceTheProcessIsMultiThreaded) {
-    struct Shared final : Node {
-        const TypeData& typeData() const override { std::abort(); }
-    };
-    ThreadControl::multiThreadedIs(true);
-    const String text(letters(100));
-    const auto node = makeNode<Shared>();
-    const auto copyAround = [&] {
-        for (int i = 0; i < 50'000; ++i) {
-            const String copy(text);
-            const Ptr<Shared> other(node);
-            ASSERT_TRUE(copy == text && other->useCount() > 1);
-        }
-    };
-    std::thread one(copyAround), two(copyAround);
-    one.join();
-    two.join();
-    ThreadControl::multiThreadedIs(false);
-    EXPECT_EQ(node->useCount(), 1u);
-    EXPECT_EQ(text.view(), letters(100));
 }
 
 }  // namespace

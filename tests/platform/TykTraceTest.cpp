@@ -9,7 +9,6 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -111,27 +110,6 @@ TEST_F(TykTrace, ALineNamesItsPlaceAndItsArguments) {
     EXPECT_EQ(texts, (Texts{std::string("<{} \0> high, 7{{true", 20), "given", "1 of 2", "a 1"}));
 }
 
-TEST_F(TykTrace, AnArgumentAndASinkMayTraceThemselves) {
-    struct Chatty {
-        const Tyk::TraceHandle& handle;
-        void appendText(std::string& out) const {
-            Tyk::fmtrace(handle, 4, {}, "inner {}", std::string(500, 'i'));
-            out.append("chatty");
-        }
-    };
-    Tyk::fmtrace(handle, 4, {}, "outer {} end", Chatty{handle});
-    EXPECT_EQ(texts, (Texts{"inner " + std::string(500, 'i'), "outer chatty end"}));
-
-    std::string seen;
-    Tyk::traceSinkIs([&](const Tyk::TraceLine& line) {
-        Tyk::traceSinkIs([&](const Tyk::TraceLine& nested) { seen.append(nested.text); });
-        Tyk::fmtrace(handle, 4, {}, "nested ");
-        seen.append(line.text);
-    });
-    Tyk::fmtrace(handle, 4, {}, "first");
-    EXPECT_EQ(seen, "nested first");
-}
-
 TEST_F(TykTrace, StderrGetsWhatNoSinkTakesAndNeverRawBytes) {
     const Tyk::TraceHandle stamped("TykTraceTest", true);
     const std::string hostile("a\x1b[2J\n\x9b\x7f\xc3\xa9\\x\0~ ", 15);
@@ -193,20 +171,6 @@ TEST_F(TykTrace, EnumerationsOfDualTracesRegisterOnce) {
     for (const Tyk::RingTrace::Formatter& formatter : Tyk::RingTrace::formatters())
         if (formatter.name == "Gear") formatter.append(names, 700);
     EXPECT_EQ(names, "high");
-}
-
-TEST_F(TykTrace, ThreadsNeverTearAMessage) {
-    handle.levelIs(0);
-    std::vector<std::thread> writers;
-    for (char c = 'a'; c < 'e'; ++c)
-        writers.emplace_back([this, c] {
-            for (int i = 0; i < 2000; ++i) Tyk::DualTrace(handle, 1, {}, "{}", std::string(200, c));
-        });
-    const auto whole = [](const std::string& text) { return text == std::string(200, text.front()); };
-    for (int i = 0; i < 20; ++i) EXPECT_TRUE(std::ranges::all_of(kept(), whole));
-    for (std::thread& writer : writers) writer.join();
-    EXPECT_EQ(kept().size(), 512u);
-    EXPECT_TRUE(std::ranges::all_of(kept(), whole));
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 import json
 import os
-import pty
 import subprocess
 import tempfile
 import unittest
@@ -37,11 +36,6 @@ class Lines(unittest.TestCase):
                          'associated [10.20.0.100] vendor-class "Lab-Vendor:X1"')
         self.assertEqual(err, "dhcptool: frames 23, DHCP 18, BOOTP 0, DHCPv6 0, rejected 5\n"
                          "  2  Ethernet payload is not IP\n  3  IP payload is not UDP\n")
-
-    def test_name_bootp_and_a_missing_type_by_direction(self):
-        out = snoop("-r", bundled("crafted-v4-bootp-a"))[1].splitlines()
-        self.assertIn(" untagged BOOTP bootpRep xid ", out[1])
-        self.assertIn(" untagged DHCP bootpReq xid ", out[5])
 
     def test_follow_the_port(self):
         tagged = bundled("v4-vlan20-dhclient-dhcpd")
@@ -81,13 +75,6 @@ class JsonObjects(unittest.TestCase):
         for name, value in {"bridgingConfig": {"switchIntfConfig": port}, "dhcpMsgType": "DHCPLEASEACTIVE",
                             "circuitId": b"Ethernet1".hex(), "associatedIps": ["10.20.0.100"]}.items():
             self.assertEqual(found[name], value, name)
-
-    def test_keep_state_only_on_request_and_list_addresses_in_ascending_order(self):
-        addresses = bytes([192, 0, 2, 9, 10, 0, 0, 1, 192, 0, 2, 10])
-        data = pcap([discover(option(92, addresses)), discover(option(92, bytes([9, 0, 0, 1])))])
-        self.assertEqual(messages(data=data)[2]["associatedIps"], ["9.0.0.1"])
-        self.assertEqual(messages("--keep-state", data=data)[2]["associatedIps"],
-                         ["9.0.0.1", "10.0.0.1", "192.0.2.9", "192.0.2.10"])
 
 
 class Dhcp6(unittest.TestCase):
@@ -201,25 +188,6 @@ class Files(unittest.TestCase):
 
     def large(self):
         return self.path("large", pcap([discover(bytes(1000))] * 8000))
-
-    def test_large_have_a_bar_on_a_terminal_alone(self):
-        def on_terminal(path):
-            ours, theirs = pty.openpty()
-            with subprocess.Popen([TOOL, "snoop", "-r", path], stdout=subprocess.DEVNULL, stderr=theirs):
-                os.close(theirs)
-                shown = b""
-                try:
-                    while part := os.read(ours, 4096):
-                        shown += part
-                except OSError:
-                    pass  # the terminal's other end is closed
-            os.close(ours)
-            return shown
-
-        shown = on_terminal(self.large())
-        self.assertIn(b"\r[#########################.........................]  50 %", shown)
-        self.assertIn(b"\r\x1b[Kdhcptool: frames 8000, ", shown)
-        self.assertNotIn("%", snoop("-r", self.large())[2])
 
     def test_output_that_nobody_reads_ends_quietly(self):
         for restore in (True, False):  # whether the tool starts with the default for SIGPIPE
