@@ -25,19 +25,6 @@ unsigned long leadingNumber(std::string_view text) {
     return negative ? -number : number;
 }
 
-/// Decodes "<interface>:<VLAN>". Sets both outputs or neither.
-Dhcp6PortInfo decodeIntfVlan(std::string_view text, Kitnet::IntfId& intf, Bridging::VlanId& vlanId) {
-    const std::size_t colon = text.find(':');
-    if (colon == text.npos) return Dhcp6PortInfo::noColon;
-    if (colon == 0 || text.back() == ':') return Dhcp6PortInfo::colonAtEdge;
-    const PortText port(text);
-    const unsigned long vlan = leadingNumber(port.vlan);
-    if (vlan < firstVlan || vlan > lastVlan) return Dhcp6PortInfo::invalidVlan;
-    if (!Kitnet::IntfId::parse(port.intf, &intf)) return Dhcp6PortInfo::invalidInterface;
-    vlanId.valueIs(static_cast<unsigned>(vlan));
-    return Dhcp6PortInfo::decoded;
-}
-
 Dhcp6OptionPlace placeOf(const Dhcp6Option& option) { return {true, option.len(), option.offset()}; }
 
 /// The packet's bytes up to the end of the option's data.
@@ -48,35 +35,15 @@ Wire::ByteView upToEndOf(const Dhcp6Option& option) {
 
 }  // namespace
 
-void readClientIdentifier(Wire::ByteView bytes, Dhcp6ClientIdentifier& id) {
-    const DuidFields duid = decodeDuid(bytes, packetPosition(id.option.offset), Dhcp6Const::optdata_offset);
-    const U16 len = id.option.len;
-    const bool isEn = duid.duidType == Dhcp6Const::duidType_en;
-    if (!isEn && len != Dhcp6Const::duidll_size && len != Dhcp6Const::duidllt_size && len != Dhcp6Const::duiduuid_size)
-        return;
-    id.duidType = duid.duidType;
-    id.duidHwType = duid.hardwareType;
-    if (DuidFields::hasLinkLayer(duid.duidType)) id.duidllAddr = duid.llAddr;
-    if (duid.duidType == Dhcp6Const::duidType_uuid) id.duidUuid = duid.uuid;
-    if (isEn) {
-        id.duidEntno = duid.entno;
-        id.duidEntId = duid.entId;
-    }
-}
-
-RemoteIdFields readRemoteIdentifier(Wire::ByteView bytes, Dhcp6RemoteIdentifier& id) {
-    const U16 option = packetPosition(id.option.offset);
-    const DuidFields duid = decodeDuid(bytes, option, Dhcp6Const::duid_offset);
-    const RemoteIdFields remoteId = decodeRemoteId(bytes, option, id.option.len);
-    id.entno = remoteId.entno;
-    id.duidType = duid.duidType;
-    id.duidHwType = duid.hardwareType;
-    id.duidllAddr = duid.llAddr;
-    id.l3IntfId = remoteId.interfaceId;
-    id.portInfo = remoteId.subOptType == Dhcp6Const::rIdSubOptIntfVlan
-                      ? decodeIntfVlan(remoteId.subOptValue, id.l2IntfId, id.vlanId)
-                      : Dhcp6PortInfo::noPortText;
-    return remoteId;
+Dhcp6PortInfo decodeIntfVlan(std::string_view text, Kitnet::IntfId& intf, Bridging::VlanId& vlanId) {
+    const std::size_t colon = text.find(':');
+    if (colon == text.npos) return Dhcp6PortInfo::noColon;
+    if (colon == 0 || text.back() == ':') return Dhcp6PortInfo::colonAtEdge;
+    const unsigned long vlan = leadingNumber(text.substr(colon + 1));
+    if (vlan < firstVlan || vlan > lastVlan) return Dhcp6PortInfo::invalidVlan;
+    if (!Kitnet::IntfId::parse(text.substr(0, colon), &intf)) return Dhcp6PortInfo::invalidInterface;
+    vlanId.valueIs(static_cast<unsigned>(vlan));
+    return Dhcp6PortInfo::decoded;
 }
 
 Dhcp6ClientIdentifier dhcp6ClientIdentifier(const Dhcp6OptionPtr& opt) {

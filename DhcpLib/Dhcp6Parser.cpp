@@ -39,11 +39,10 @@ void trace(int level, Tyk::TraceText<std::type_identity_t<Args>...> text, const 
 /// Traces the result of decoding the remote-id's sub-option.
 void tracePortInfo(const RemoteIdFields& fields, const Dhcp6RemoteIdentifier& id) {
     const std::string_view text = fields.subOptValue;
-    const PortText port(text);
     switch (id.portInfo) {
         case Dhcp6PortInfo::decoded:
             trace(TraceLevel::verbose, " intfVlanStr {} decodedIntf {}decodedVlanId {}, Decoded VlanId: {}", text,
-                  id.l2IntfId, port.vlan, id.vlanId);
+                  id.l2IntfId, VlanText{text}, id.vlanId);
             return;
         case Dhcp6PortInfo::noColon:
             trace(TraceLevel::failure, "intrfaceVlanTlv is in unknown format, colon is missing");
@@ -52,10 +51,10 @@ void tracePortInfo(const RemoteIdFields& fields, const Dhcp6RemoteIdentifier& id
             trace(TraceLevel::failure, "Invalid interfaceVlan format, start/ends with ':' ");
             break;
         case Dhcp6PortInfo::invalidVlan:
-            trace(TraceLevel::failure, "intrfaceVlan has invalid Vlan Id, VlanId in remoteId: {}", port.vlan);
+            trace(TraceLevel::failure, "intrfaceVlan has invalid Vlan Id, VlanId in remoteId: {}", VlanText{text});
             break;
         case Dhcp6PortInfo::invalidInterface:
-            trace(TraceLevel::failure, "interfaceVlan has invalid interface: {}", port.intf);
+            trace(TraceLevel::failure, "interfaceVlan has invalid interface: {}", intfTextOf(text));
             break;
         case Dhcp6PortInfo::noPortText:
             break;
@@ -144,14 +143,18 @@ void Dhcp6PacketParser::parseOptions(Wire::ByteView bytes) {
         return;
     }
     cId_.option = cId;
-    readClientIdentifier(bytes, cId_);
+    parseClientId(bytes);
     rId_.option.present = rId.present;
     if (!rId.present) {
         trace(TraceLevel::verbose, "Option-37 doesn't exist");
         return;
     }
     rId_.option = rId;
-    tracePortInfo(readRemoteIdentifier(bytes, rId_), rId_);
+    parseRemoteId(bytes);
 }
+
+void Dhcp6PacketParser::parseClientId(Wire::ByteView bytes) { readClientIdentifier(bytes, cId_); }
+
+void Dhcp6PacketParser::parseRemoteId(Wire::ByteView bytes) { tracePortInfo(readRemoteIdentifier(bytes, rId_), rId_); }
 
 }  // namespace DhcpLib

@@ -120,6 +120,8 @@ private:
     bool parseUdpHdr(Wire::ByteView bytes, U32 udpAt);
     bool parseMsgHdr(Wire::ByteView bytes, U32 msgAt);
     void parseOptions(Wire::ByteView bytes);
+    void parseClientId(Wire::ByteView bytes);
+    void parseRemoteId(Wire::ByteView bytes);
 
     Kcore::Ptr<const Bridging::Config> bridgingConfig_;
     EthernetFields ether_;
