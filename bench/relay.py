@@ -15,7 +15,7 @@ import statistics
 import sys
 import time
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "../tests/e2e"))
+sys.path[:0] = [os.path.join(os.path.dirname(os.path.abspath(__file__)), folder) for folder in ("../lab", "../tests/e2e")]
 
 import relay4  # noqa: E402
 from lab import require, wait_for  # noqa: E402

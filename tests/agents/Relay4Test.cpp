@@ -12,6 +12,8 @@ namespace {
 constexpr char withInfo[] = DISCOVER FOREIGN_INFO "FF";
 
 const Settings usual = usualSettings();
+const char relayed[] = "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:1";
+const char relayed20[] = "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:20";
 
 template <class Change>
 Settings changed(Change change) {
@@ -29,25 +31,16 @@ struct RequestRow {
 };
 
 const RequestRow requestRows[] = {
-    {"a broadcast is relayed with our option 82", {}, {}, "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:1"},
-    {"a tag that the link serves names the VLAN",
-     {.tag = {0x8100, 20}},
-     {},
-     "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:20"},
-    {"so does a provider's tag", {.tag = {0x88a8, 20}}, {}, "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:20"},
-    {"a priority tag is of the native VLAN",
-     {.tag = {0x8100, 0}},
-     {},
-     "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:1"},
+    {"a broadcast is relayed with our option 82", {}, {}, relayed},
+    {"a tag that the link serves names the VLAN", {.tag = {0x8100, 20}}, {}, relayed20},
+    {"so does a provider's tag", {.tag = {0x88a8, 20}}, {}, relayed20},
+    {"a priority tag is of the native VLAN", {.tag = {0x8100, 0}}, {}, relayed},
     {"a VLAN that the link does not serve", {.tag = {0x8100, 21}}, {}, "vlan-not-served"},
     {"a renewal to the relay's own address",
      {.src = "10.20.0.9", .dst = "10.20.0.1", .dstMac = "02:00:00:00:00:01"},
      {.ciaddr = "10.20.0.9"},
-     "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:1"},
-    {"the broadcast address of the link's subnet",
-     {.src = "10.20.0.9", .dst = "10.20.0.255"},
-     {},
-     "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:1"},
+     relayed},
+    {"the broadcast address of the link's subnet", {.src = "10.20.0.9", .dst = "10.20.0.255"}, {}, relayed},
     {"a unicast that the kernel routes",
      {.src = "10.20.0.9", .dst = "10.82.0.2", .dstMac = "02:00:00:00:00:01"},
      {},
@@ -64,15 +57,13 @@ const RequestRow requestRows[] = {
      {.options = "00*64"},
      "relayed giaddr 10.20.0.1 hops 1 no option 82"},
     {"option 82 from an untrusted link", {}, {.options = withInfo}, "untrusted-option82"},
-    {"option 82 from an untrusted link, replaced",
-     {},
-     {.options = withInfo},
-     "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:1",
-     changed([](Settings& s) { s.untrustedInfo = InfoPolicy::replace; })},
+    {"option 82 from an untrusted link, replaced", {}, {.options = withInfo}, relayed, changed([](Settings& s) {
+         s.untrustedInfo = InfoPolicy::replace;
+     })},
     {"two of them are replaced as one",
      {},
      {.options = DISCOVER FOREIGN_INFO "0C 01 'h'" FOREIGN_INFO "FF"},
-     "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:1",
+     relayed,
      changed([](Settings& s) { s.untrustedInfo = InfoPolicy::replace; })},
     {"option 82 from a trusted link is kept",
      {.link = 1},
@@ -123,11 +114,10 @@ TEST(Relay4Request, FrameMustBeWhole) {
         return packet(bytes);
     };
     EXPECT_EQ(world.arrives(0, broken(100, 1)), "bad-checksum");
-    EXPECT_EQ(world.arrives(0, broken(100, 1), false), "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:1");
+    EXPECT_EQ(world.arrives(0, broken(100, 1), false), relayed);
     EXPECT_EQ(world.arrives(0, broken(26, 1)), "bad-checksum");
     EXPECT_EQ(world.arrives(0, broken(38, 0xff)), "cut-frame");
-    EXPECT_EQ(world.arrives(0, packet(whole + Octets(20, scratch))),
-              "relayed giaddr 10.20.0.1 hops 1 circuit-id eth1:1");
+    EXPECT_EQ(world.arrives(0, packet(whole + Octets(20, scratch))), relayed);
     const PktPtr twice = packet(first(whole, 12) + hex("81 00 00 14") + Octets(whole.begin() + 12, whole.end()));
     twice->vlanTagIs(0x88a8, 20);
     EXPECT_EQ(world.arrives(0, twice), "two-tags");
@@ -161,11 +151,12 @@ Settings shared() {
 }
 
 const char toClient[] = "delivered to 10.20.0.9 02:c1:00:00:00:01 on eth1 vlan 1";
+const char toClient20[] = "delivered to 10.20.0.9 02:c1:00:00:00:01 on eth1 vlan 20 tag 8100";
+const char toAll[] = "delivered to 255.255.255.255 ff:ff:ff:ff:ff:ff on eth1 vlan 1";
 
 const ReplyRow replyRows[] = {
     {"our circuit-id names the port", none, offer, toClient},
-    {"and the VLAN, tag included", none, with(offer, OFFER "52 09 01 07 'eth1:20' FF"),
-     "delivered to 10.20.0.9 02:c1:00:00:00:01 on eth1 vlan 20 tag 8100"},
+    {"and the VLAN, tag included", none, with(offer, OFFER "52 09 01 07 'eth1:20' FF"), toClient20},
     {"the tag is the one that the request had",
      {.tag = {0x88a8, 20}},
      with(offer, OFFER "52 09 01 07 'eth1:20' FF"),
@@ -178,10 +169,7 @@ const ReplyRow replyRows[] = {
      "no-port"},
     {"a circuit-id of a link with another relay address", none, with(offer, OFFER "52 08 01 06 'eth2:1' FF"),
      "no-port"},
-    {"without option 82 the memory names the port",
-     {.tag = {0x8100, 20}},
-     with(offer, OFFER "FF"),
-     "delivered to 10.20.0.9 02:c1:00:00:00:01 on eth1 vlan 20 tag 8100"},
+    {"without option 82 the memory names the port", {.tag = {0x8100, 20}}, with(offer, OFFER "FF"), toClient20},
     {"with one circuit-id and relay address for all ports, too",
      {.link = 2},
      with(offer, OFFER "52 08 01 06 'port-7' FF"),
@@ -206,7 +194,7 @@ const ReplyRow replyRows[] = {
     {"the broadcast flag",
      none,
      {.op = 2, .flags = 0x8000, .yiaddr = "10.20.0.9", .giaddr = "10.20.0.1", .options = OFFER OUR_INFO "FF"},
-     "delivered to 255.255.255.255 ff:ff:ff:ff:ff:ff on eth1 vlan 1"},
+     toAll},
     {"ciaddr goes before it",
      none,
      {.op = 2, .flags = 0x8000, .ciaddr = "10.20.0.8", .giaddr = "10.20.0.1", .options = OFFER OUR_INFO "FF"},
@@ -214,11 +202,8 @@ const ReplyRow replyRows[] = {
     {"a NAK goes to all",
      none,
      {.op = 2, .ciaddr = "10.20.0.8", .giaddr = "10.20.0.1", .options = COOKIE "35 01 06 " OUR_INFO "FF"},
-     "delivered to 255.255.255.255 ff:ff:ff:ff:ff:ff on eth1 vlan 1"},
-    {"no address to send to",
-     none,
-     {.op = 2, .giaddr = "10.20.0.1", .options = OFFER OUR_INFO "FF"},
-     "delivered to 255.255.255.255 ff:ff:ff:ff:ff:ff on eth1 vlan 1"},
+     toAll},
+    {"no address to send to", none, {.op = 2, .giaddr = "10.20.0.1", .options = OFFER OUR_INFO "FF"}, toAll},
     {"a group as chaddr",
      none,
      {.op = 2,
@@ -226,7 +211,7 @@ const ReplyRow replyRows[] = {
       .giaddr = "10.20.0.1",
       .chaddr = "01:00:5e:00:00:01",
       .options = OFFER OUR_INFO "FF"},
-     "delivered to 255.255.255.255 ff:ff:ff:ff:ff:ff on eth1 vlan 1"},
+     toAll},
     {"VSS control that comes back", none, with(offer, OFFER "52 0A 01 06 'eth1:1' 98 00 FF"),
      "delivered to 10.20.0.9 02:c1:00:00:00:01 on eth1 vlan 1 +vrf-not-used"},
 };

@@ -110,34 +110,6 @@ TEST_F(PacketAccess, LostNotificationsAreMadeUpFor) {
     until([&] { return kni->intfStatus().entries().size() == 1; });
 }
 
-TEST_F(PacketAccess, InterfacesAreFoundUnderEachOfTheirNames) {
-    const U32 va = if_nametoindex("va"), vb = if_nametoindex("vb");
-    const auto indexOf = [&](const char* intf) { return device(intf) != nullptr ? device(intf)->ifIndex() : 0; };
-    statusManager->kernelOnlyInterfaceIs(IntfId("Cpu"), "vb");
-    statusManager->kernelOnlyInterfaceIs(IntfId("Later"), "0x");
-    local->deviceNameIs(IntfId("Ethernet1"), "va");
-    EXPECT_EQ(indexOf("va"), va);
-    EXPECT_EQ(indexOf("Cpu"), vb);
-    EXPECT_EQ(indexOf("Ethernet1"), va);
-    EXPECT_EQ(indexOf("Later"), 0u);
-
-    local->deviceNameIs(IntfId("Cpu"), "va");
-    EXPECT_EQ(indexOf("Cpu"), va);
-    local->deviceNameDel(IntfId("Cpu"));
-    EXPECT_EQ(indexOf("Cpu"), vb);
-
-    ip("link set vb down && ip link set vb name 0x");
-    until([&] { return indexOf("Later") == vb; });
-    EXPECT_EQ(indexOf("Cpu"), 0u);
-    EXPECT_EQ(indexOf("vb"), 0u);
-    EXPECT_EQ(all->deviceName(IntfId("vb")), nullptr);
-    EXPECT_FALSE(device("Later")->enabled());
-    quietLinkUp("0x");
-    until([&] { return operUp("Later") && operUp("Ethernet1"); });
-    statusManager = {};
-    EXPECT_TRUE(devices->deviceIntfStatus().entries().empty());
-}
-
 TEST_F(PacketAccess, TagsAreDeliveredBesideTheFrame) {
     struct Row {
         const char* rule;

@@ -139,4 +139,16 @@ TEST(KitnetIntfId, TakesValidNamesAndShortensTheNumberedKinds) {
     EXPECT_EQ(refusalOf([] { IntfId("a\n"); }), "Kitnet::IntfId: \"a\\x0a\" is not valid");
 }
 
+TEST(KitnetIntfId, DiffersInEveryCharacter) {
+    std::unordered_set<IntfId> seen;
+    for (std::size_t size = 1; size <= IntfId::maxNameBytes; ++size)
+        for (const char last : {'a', 'b'}) {
+            const std::string name = std::string(size - 1, 'a') + last;
+            IntfId intf("Port-Channel1000");  // nothing of a longer name that was there before may remain
+            intf.handleInitialized(name);
+            EXPECT_TRUE(intf == IntfId(name) && intf.hash() == IntfId(name).hash());
+            EXPECT_TRUE(seen.insert(intf).second) << name;
+        }
+}
+
 }  // namespace

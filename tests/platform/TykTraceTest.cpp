@@ -5,25 +5,10 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
-#include <new>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-namespace {
-
-thread_local std::size_t allocations = 0;
-
-}  // namespace
-
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    ++allocations;
-    if (void* block = std::malloc(size)) return block;
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
 namespace TykTest {
 
@@ -154,23 +139,6 @@ TEST_F(TykTrace, TheRingKeepsTheNewestMessagesAndCutsThem) {
     std::ostringstream out;
     Tyk::RingTrace::dump(out);
     EXPECT_TRUE(out.str().ends_with(" TykTraceTest 1 \"one\\x0a\"\n")) << out.str();
-}
-
-TEST_F(TykTrace, RecordingDoesNotAllocate) {
-    handle.levelIs(0);
-    const auto trace = [this] { Tyk::DualTrace(handle, 1, {}, "a text of more than fifteen bytes {}", Gear::low); };
-    trace();
-    const std::size_t before = allocations;
-    for (int i = 0; i < 600; ++i) trace();
-    EXPECT_EQ(allocations, before);
-}
-
-TEST_F(TykTrace, EnumerationsOfDualTracesRegisterOnce) {
-    for (int i = 0; i < 2; ++i) Tyk::DualTrace(handle, 1, {}, "{} {}", Gear::high, Gear::high);
-    std::string names;
-    for (const Tyk::RingTrace::Formatter& formatter : Tyk::RingTrace::formatters())
-        if (formatter.name == "Gear") formatter.append(names, 700);
-    EXPECT_EQ(names, "high");
 }
 
 }  // namespace
