@@ -8,7 +8,7 @@ namespace DhcpLib {
 /// Collection of item views, keyed by code. Its setters change the map only, never the packet. It is not refreshed when
 /// the packet changes. The views that it hands out can be written; that changes the packet, not the map's keys.
 /// `Given` is what `optionIs` takes a pointer to: `Item`, or `const Item` to accept read-only pointers as well.
-/// An operation that raises leaves the collection as it was.
+/// An operation that throws leaves the collection as it was.
 template <class Item, class Given = Item>
 class OptionMap : public Kcore::Node, public KitSlab::SlabObject {
 public:

@@ -25,10 +25,10 @@ public:
 protected:
     explicit PacketView(const PktPtr& pkt) : pkt_(pkt) {}
     Wire::ByteView bytes() const { return Wire::ByteView(pkt_.get()); }
-    /// The packet for a setter. Raises Tyk::InternalException "length value exceeds pkt-length." for a null packet.
+    /// The packet for a setter. Throws Tyk::InternalException "length value exceeds pkt-length." for a null packet.
     Kitnet::Pkt& writablePkt() const {
         if (!pkt_) [[unlikely]]
-            Wire::raiseNoRoom();
+            Wire::throwNoRoom();
         return *pkt_;
     }
 

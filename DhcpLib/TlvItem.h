@@ -54,7 +54,7 @@ public:
     }
     /// Copies `len()` bytes into the packet. Throws like lenIs, and for a view of a pad.
     void dataIs(const U8* from) {
-        if (!hasData_) Wire::raiseNoRoom();
+        if (!hasData_) Wire::throwNoRoom();
         requireFrontRoom(len_);
         Wire::store(writablePkt(), dataAt(), std::span<const U8>(from, len_));
     }
@@ -78,7 +78,7 @@ protected:
 private:
     U16 dataAt() const { return position(Shape::headerBytes); }
     void requireFrontRoom(U32 n) const {
-        if (offset_ + Shape::headerBytes + n > writablePkt().frontBytes()) Wire::raiseNoRoom();
+        if (offset_ + Shape::headerBytes + n > writablePkt().frontBytes()) Wire::throwNoRoom();
     }
 
     U16 offset_;

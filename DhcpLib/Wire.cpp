@@ -2,6 +2,6 @@
 
 namespace DhcpLib::Wire {
 
-void raiseNoRoom() { throw Tyk::InternalException(noRoomText); }
+void throwNoRoom() { throw Tyk::InternalException(noRoomText); }
 
 }  // namespace DhcpLib::Wire

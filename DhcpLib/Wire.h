@@ -110,12 +110,12 @@ T load(const Kitnet::Pkt& pkt, U32 pos) {
 }
 
 /// Throws Tyk::InternalException "length value exceeds pkt-length.".
-[[noreturn]] DHCPLIB_EXPORT void raiseNoRoom();
+[[noreturn]] DHCPLIB_EXPORT void throwNoRoom();
 
-/// Calls raiseNoRoom() unless `n` bytes exist at `pos`.
+/// Calls throwNoRoom() unless `n` bytes exist at `pos`.
 inline void requireRoom(const Kitnet::Pkt& pkt, U32 pos, U32 n) {
     if (!ByteView(pkt).has(pos, n)) [[unlikely]]
-        raiseNoRoom();
+        throwNoRoom();
 }
 
 /// Writes `bytes` at `pos`.

@@ -100,7 +100,7 @@ Dhcp6InterfaceId::Ptr Dhcp6InterfaceId::Dhcp6InterfaceIdIs(const Dhcp6OptionPtr&
 void Dhcp6InterfaceId::handleInitialized() {
     if (!beginInitialization()) return;
     const InterfaceIdFields fields = decodeInterfaceId(text(Dhcp6Const::intfId_offset, optLen()));
-    vrfName_ = fields.vrfName;  // first, for it may raise
+    vrfName_ = fields.vrfName;  // first, because it may throw
     intfName_ = fields.intfName;
     srcVtepIp_ = fields.srcVtepIp;
     srcVtepMac_ = fields.srcVtepMac;
@@ -132,7 +132,7 @@ void Dhcp6InterfaceId::writeElements() {
         }
     };
     forEachPlace([&](U16 at, const Element& element) {
-        if (element.value.size() > std::numeric_limits<U8>::max()) Wire::raiseNoRoom();
+        if (element.value.size() > std::numeric_limits<U8>::max()) Wire::throwNoRoom();
         Wire::requireRoom(pkt, at, static_cast<U32>(element.wireBytes()));
     });
     forEachPlace([&](U16 at, const Element& element) {

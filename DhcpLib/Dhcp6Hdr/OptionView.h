@@ -11,7 +11,7 @@ namespace DhcpLib {
 using Dhcp6OptionPtr = Kcore::Ptr<Dhcp6Option>;
 
 /// Base of the views over the data of an option. They do not compare positions with the option's length: bytes past the
-/// packet's end read as 0, a text stops there, and a setter that would write there raises Tyk::InternalException
+/// packet's end read as 0, a text stops there, and a setter that would write there throws Tyk::InternalException
 /// "length value exceeds pkt-length." and changes nothing. A null option reads as one in an empty packet. Every setter
 /// writes the packet and the cached value. The views never write the option's code and length; use `opt()` for that.
 /// Stale once the packet grows at its head.
@@ -33,7 +33,7 @@ protected:
     U16 position(U32 at) const { return optionPosition(optAt(), at); }
     Kitnet::Pkt& writablePkt() const {
         if (!opt_ || !opt_->pkt()) [[unlikely]]
-            Wire::raiseNoRoom();
+            Wire::throwNoRoom();
         return *opt_->pkt();
     }
 

@@ -29,7 +29,7 @@ void DhcpVendorSpecificData::handleInitialized() {
 
 void DhcpVendorSpecificData::requireHeaderRoom() const {
     const Wire::ByteView bytes(pkt_.get());
-    if (!bytes.has(offset_, DhcpConst::entno_offset) || !bytes.has(lenAt(), sizeof len_)) Wire::raiseNoRoom();
+    if (!bytes.has(offset_, DhcpConst::entno_offset) || !bytes.has(lenAt(), sizeof len_)) Wire::throwNoRoom();
 }
 
 /// Does not write bytes that are equal already, so that reading a block never dirties a shared packet.

@@ -1,8 +1,20 @@
 #include "DhcpLib/OptionParser/internal/OptionIndex.h"
 
 #include "DhcpLib/DhcpHdr/Options.h"
+#include "DhcpLib/OptionParser/OptionWalk.h"
+#include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
+#include "DhcpLib/internal/Trace.h"
 
 namespace DhcpLib {
+
+namespace {
+
+constexpr char parseSignature[] =
+    "bool DhcpLib::parseDhcpOptions(const Ptr&, U32, std::vector<DhcpLib::DhcpSingleOptionWithCode>&)";
+
+}  // namespace
+
+const Kcore::String bootpMessageName = "BOOTP";
 
 OptionIndex::OptionIndex(Wire::ByteView bytes, U32 offset) : bytes_(bytes), offset_(offset) {
     state_ = walkOptionsArea(bytes, offset, [this](const auto& head) { note(static_cast<U8>(head.code), head.at); });
@@ -40,6 +52,26 @@ OptionIndex::Collected OptionIndex::collected(bool withMaxMsgSize) const {
         return !(found.info && found.end && (found.maxMsgSize || !withMaxMsgSize));
     });
     return found;
+}
+
+void traceAreaFailure(AreaState state, Kcore::SourceSite caller) {
+    if (state == AreaState::wellFormed) return;
+    std::string_view why = noEndOptionText;
+    if (state == AreaState::noSpace) why = "DHCP packet has no space for option fields";
+    if (state == AreaState::noCookie) why = withoutBlank(noCookieText);
+    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {parseSignature, caller}, "{}{}", parseSignature, why);
+}
+
+Kcore::String messageTypeOf(const OptionIndex& index, U8& msgType) {
+    if (index.state() == AreaState::noCookie) return bootpMessageName;
+    traceAreaFailure(index.state());
+    if (!index.wellFormed()) return "INVALID DHCP";
+    const RawOption option = index.last(DhcpOptionType::msgType);
+    if (!option) return {};
+    const U8 type = option.load<U8>();
+    if (type == 0 || type >= DhcpMsgTypeTbl.size()) return {};
+    msgType = type;
+    return DhcpMsgTypeTbl[type];
 }
 
 }  // namespace DhcpLib

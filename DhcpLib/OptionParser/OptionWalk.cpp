@@ -9,8 +9,6 @@ namespace DhcpLib {
 
 namespace {
 
-constexpr char parseSignature[] =
-    "bool DhcpLib::parseDhcpOptions(const Ptr&, U32, std::vector<DhcpLib::DhcpSingleOptionWithCode>&)";
 constexpr char getOptionsSignature[] =
     "void DhcpLib::getDhcpOptions(const Ptr&, U32, DhcpLib::DhcpOptions*&, DhcpLib::DhcpSingleOption*&, "
     "DhcpLib::DhcpSingleOption*&, DhcpLib::DhcpSingleOption*&)";
@@ -42,16 +40,6 @@ const std::array<Kcore::String, 14> DhcpMsgTypeTbl = {
     "DHCPLEASEUNKNOWN",
     "DHCPLEASEACTIVE",
 };
-
-const Kcore::String bootpMessageName = "BOOTP";
-
-void traceAreaFailure(AreaState state, Kcore::SourceSite caller) {
-    if (state == AreaState::wellFormed) return;
-    std::string_view why = noEndOptionText;
-    if (state == AreaState::noSpace) why = "DHCP packet has no space for option fields";
-    if (state == AreaState::noCookie) why = withoutBlank(noCookieText);
-    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {parseSignature, caller}, "{}{}", parseSignature, why);
-}
 
 DhcpSingleOption* getDhcpNextOpt(DhcpSingleOption* opt) {
     return reinterpret_cast<DhcpSingleOption*>(opt->code == 0 ? opt->data() - 1 : opt->data() + opt->len);
@@ -98,18 +86,6 @@ void getDhcpOptions(const PktPtr& pkt, U32 offset, DhcpOptions*& options, DhcpSi
     relayAgentInfo = info ? overlayAt(pkt, info.at()) : nullptr;
     options = reinterpret_cast<DhcpOptions*>(pkt->data() + offset + Constants::bootpHdrSize);
     packetEnd = overlayAt(pkt, pkt->bytes());
-}
-
-Kcore::String messageTypeOf(const OptionIndex& index, U8& msgType) {
-    if (index.state() == AreaState::noCookie) return bootpMessageName;
-    traceAreaFailure(index.state());
-    if (!index.wellFormed()) return "INVALID DHCP";
-    const RawOption option = index.last(DhcpOptionType::msgType);
-    if (!option) return {};
-    const U8 type = option.load<U8>();
-    if (type == 0 || type >= DhcpMsgTypeTbl.size()) return {};
-    msgType = type;
-    return DhcpMsgTypeTbl[type];
 }
 
 Kcore::String getDhcpMsgTypeStringAndOpt(const PktPtr& pkt, U32 offset, U8& msgType) {

@@ -18,7 +18,7 @@ namespace DhcpRelay {
 /// and sends on what the steps let through. One thread, one loop.
 class Agent {
 public:
-    /// Raises std::system_error or std::runtime_error naming what the kernel refuses. SIGTERM, SIGINT and SIGUSR1 are
+    /// Throws std::system_error or std::runtime_error naming what the kernel refuses. SIGTERM, SIGINT and SIGUSR1 are
     /// blocked from then on.
     explicit Agent(const Settings& settings);
 

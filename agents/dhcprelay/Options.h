@@ -13,7 +13,7 @@ public:
 };
 
 /// The settings of the command line and of the configuration file that it names. Nothing where the program has only to
-/// print something (--help, --version, --list-reasons), which is done then. Raises UsageError.
+/// print something (--help, --version, --list-reasons), which is done then. Throws UsageError.
 std::optional<Settings> settingsOf(int argc, const char* const* argv);
 
 }  // namespace DhcpRelay

@@ -7,7 +7,7 @@ namespace DhcpRelay {
 /// The operator's text for a port, in which %i is the link, %v the VLAN and %m the link's MAC address.
 class PortName {
 public:
-    /// Raises UsageError, naming `option`, for another letter behind a percent sign.
+    /// Throws UsageError, naming `option`, for another letter behind a percent sign.
     PortName(const std::string& option, const std::string& text);
 
     std::string textOf(const Links& links, const Port& port) const;

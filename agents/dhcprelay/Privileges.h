@@ -3,7 +3,7 @@
 namespace DhcpRelay {
 
 /// Gives up for good every capability but CAP_NET_RAW and CAP_NET_BIND_SERVICE, and the way to get others from programs
-/// that have them. What is not held stays not held. Raises std::system_error.
+/// that have them. What is not held stays not held. Throws std::system_error if the kernel refuses.
 void dropPrivileges();
 
 }  // namespace DhcpRelay

@@ -11,7 +11,7 @@ namespace DhcpRelay {
 /// only: what clients send comes in as frames.
 class ServerSocket {
 public:
-    /// Raises std::system_error naming the port where it cannot be had.
+    /// Throws std::system_error, which names the port, if it cannot be opened.
     ServerSocket(Protocol protocol, bool tellsInterface);
 
     int fd() const { return socket_.get(); }

@@ -19,7 +19,7 @@ struct Peer {
     socklen_t bytes = 0;
 };
 
-/// `text` is an IPv4 address or an IPv6 address. Raises std::runtime_error for anything else.
+/// `text` is an IPv4 address or an IPv6 address. Throws std::runtime_error for anything else.
 Peer peerOf(const std::string& text, U16 port);
 
 /// A socket that sends and receives up to `batch` messages with one system call.
@@ -56,7 +56,7 @@ private:
     std::vector<mmsghdr> received_;
 };
 
-/// A socket of that family bound to `own`. Raises std::system_error with `what` where that fails.
+/// A socket of that family bound to `own`. Throws std::system_error with `what` if that fails.
 Kcore::FileDescriptor boundSocket(int type, int protocol, const Peer& own, const std::string& what);
 
 }  // namespace DhcpBench

@@ -11,9 +11,10 @@
 
 namespace Kcore {
 
-/// Entries in one block, found through an open-addressed index of their places once there are more than a few. They
-/// stand in the order of insertion until one is removed: the last entry then takes the removed one's place.
-/// Insertion and removal take constant time, amortized. An operation that raises leaves the table as it was; only
+/// Hash table that stores its entries in one vector. Tables with more than a few entries are searched through an
+/// open-addressed index of positions in that vector. Entries keep the order of insertion until one is removed: the last
+/// entry then takes the removed one's place.
+/// Insertion and removal take constant time, amortized. An operation that throws leaves the table as it was; only
 /// those that add entries allocate. `KeyOf` gives an entry's key.
 template <class Key, class Entry, class KeyOf>
 class FlatTable {

@@ -9,9 +9,9 @@
 
 namespace Kcore {
 
-/// Intrusive pointer to a `Node`: copying it raises the use count, destroying it lowers it.
-/// There is no conversion from a raw pointer, since a `Ptr` that raised the count of a new object would leak it:
-/// `makeNode` makes an object, `adopt` takes over a count that is held, `share` raises it.
+/// Intrusive pointer to a `Node`: copying it increments the use count, destroying it decrements it.
+/// There is no conversion from a raw pointer, since a `Ptr` that incremented the count of a new object would leak it:
+/// `makeNode` makes an object, `adopt` takes over a count that is held, `share` increments it.
 template <class T>
 class Ptr {
 public:
@@ -44,7 +44,7 @@ public:
         p.object_ = object;
         return p;
     }
-    /// One more owner of an object that others own: raises its count. `object` may be null.
+    /// One more owner of an object that others own: increments its count. `object` may be null.
     static Ptr share(T* object) {
         Ptr p = adopt(object);
         p.hold();

@@ -15,9 +15,9 @@ public:
     static constexpr std::size_t maxNameBytes = 63;
 
     IntfId() = default;
-    /// Raises RangeException if `name` is not valid.
+    /// Throws RangeException if `name` is not valid.
     explicit IntfId(std::string_view name) { handleInitialized(name); }
-    /// Raises as the constructor does; then changes nothing.
+    /// Throws as the constructor does, and then changes nothing.
     void handleInitialized(std::string_view name);
     static bool isValidName(std::string_view name);
 

@@ -39,7 +39,7 @@ public:
     constexpr explicit IpGenAddr(AddressFamily family) : family_(family) {}
     constexpr IpGenAddr(const IpAddr& address) { handleV4Addr(address); }
     constexpr IpGenAddr(const Ip6Addr& address) { handleV6Addr(address); }
-    /// Raises RangeException if `text` is not an address of either family.
+    /// Throws RangeException if `text` is not an address of either family.
     static IpGenAddr fromText(std::string_view text);
 
     constexpr void handleV4Addr(const IpAddr& address) {

@@ -14,7 +14,7 @@ namespace Tyk {
 using String = Kcore::String;
 
 /// A byte string of at most `N` bytes, read like a `String` and converted to one where a `String` is wanted. Made from
-/// or assigned more bytes it raises Kcore::RangeException "Tyk::String::bytes > maxLength() not allowed"; an assignment
+/// or assigned more bytes it throws Kcore::RangeException "Tyk::String::bytes > maxLength() not allowed"; an assignment
 /// then changes nothing.
 template <std::size_t N>
 class BoundedString {
