@@ -14,36 +14,37 @@
 
 namespace DhcpRelay {
 
-/// The relay agent at work: follows the kernel's interfaces and addresses, takes messages in from all sides in turn,
-/// and sends on what the steps let through. One thread, one loop.
+/// The event loop of the relay agent. It follows the kernel's interfaces and addresses, receives messages from all
+/// sockets in turn, passes them through the steps of their protocol, and sends the results. Uses one thread.
 class Agent {
 public:
-    /// Throws std::system_error or std::runtime_error naming what the kernel refuses. SIGTERM, SIGINT and SIGUSR1 are
-    /// blocked from then on.
+    /// Throws std::system_error or std::runtime_error which name what the kernel refuses. SIGTERM, SIGINT and SIGUSR1
+    /// are blocked from then on.
     explicit Agent(const Settings& settings);
 
-    /// Until SIGTERM or SIGINT.
+    /// Relays messages until SIGTERM or SIGINT arrives.
     void run();
 
 private:
     using Clock = std::chrono::steady_clock;
     using PamManagerPtr = DhcpLib::PamManager::Ptr;
 
-    /// What a protocol has of its own.
+    /// The sockets of one protocol.
     struct Stack {
         Protocol protocol;
         ServerSocket servers;
         PamManagerPtr clients;
-        std::vector<Interface::EthDevPam::Ptr> access;  ///< of each client link
+        std::vector<Interface::EthDevPam::Ptr> access;  ///< one for each client link
     };
-    /// A descriptor that messages come from, and how many of them are taken in its turn: more while there are more, so
-    /// that under a load one call of poll serves many, and one at a time otherwise, so that none is looked for in vain.
+    /// A descriptor that delivers messages. `turn` is the number of messages that are read in one turn. It grows while
+    /// messages are waiting, so that under load one call of poll serves many of them. Otherwise it is 1, which avoids
+    /// reads that find no message.
     struct Source {
         Stack* stack;
-        std::optional<std::size_t> link;  ///< nothing: the servers
+        std::optional<std::size_t> link;  ///< no value: the servers
         int turn = 1;
     };
-    /// Requests that a link may send at present: refilled with time up to a second's worth.
+    /// The number of requests that a link may still send. Grows with time, up to the number allowed in one second.
     struct Budget {
         double requests;
         Clock::time_point since;
@@ -76,7 +77,7 @@ private:
     Kcore::Observers<>::Observation addressChanges_;
     Clock::time_point now_, nextStats_;
     std::vector<Source> sources_;
-    std::vector<pollfd> fds_;  ///< signals, devices and addresses, then those of the sources
+    std::vector<pollfd> fds_;  ///< signals, devices, addresses, then one for each source
     bool isBusy_ = false;
     bool ended_ = false;
 };

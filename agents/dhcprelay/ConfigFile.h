@@ -4,8 +4,8 @@
 
 namespace DhcpRelay {
 
-/// Reads a configuration file for the command line parser: a JSON object, comments allowed, whose names are those of
-/// the long options. An option that may be repeated takes an array, a flag true or false.
+/// Reads a configuration file for the command line parser: a JSON object, which may contain comments. Its keys are the
+/// names of the long options. An option that may be repeated takes an array; a flag takes true or false.
 class JsonConfig final : public CLI::Config {
 public:
     std::vector<CLI::ConfigItem> from_config(std::istream& in) const override;

@@ -6,7 +6,7 @@
 
 namespace DhcpRelay {
 
-/// What became of the messages of one client link, or of those from the server side that reached no link.
+/// Counters of one client link, or of the messages from servers that belong to no link.
 struct LinkCounters {
     U64 relayed = 0;    ///< requests that were sent to a server
     U64 delivered = 0;  ///< replies that were sent to a client
@@ -16,7 +16,7 @@ struct LinkCounters {
     void count(Reason reason) { ++byReason[static_cast<std::size_t>(reason)]; }
 };
 
-/// The counters of each client link, and behind them those of the server side.
+/// The counters of each client link, followed by those of the server side.
 class Counters {
 public:
     explicit Counters(const std::vector<ClientLink>& links);
@@ -24,7 +24,7 @@ public:
     LinkCounters& of(const Port& port) { return rows_[port.isKnown() ? port.link : rows_.size() - 1].second; }
     LinkCounters& ofLink(std::size_t link) { return rows_[link].second; }
     std::string text() const;
-    /// One object on one line.
+    /// One JSON object on one line.
     std::string json() const;
 
 private:

@@ -4,23 +4,23 @@
 
 namespace DhcpRelay {
 
-/// A frame as it came from a client link.
+/// A frame received from a client link.
 struct ArrivedFrame {
     PktPtr pkt;
-    bool checksumReady = true;  ///< false: the sender's kernel has not filled the UDP checksum in
+    bool checksumReady = true;  ///< false: the sender's kernel left the UDP checksum to the hardware
 };
 
-/// What a frame is to the agent.
+/// Result of receiveFrame.
 struct Receipt {
-    bool isOurs = false;           ///< false: not for a relay agent here; no drop, nothing to count
-    Reason reason = Reason::none;  ///< why it is dropped all the same
+    bool isOurs = false;           ///< false: the frame is not for this agent; it is not counted as dropped
+    Reason reason = Reason::none;  ///< why one of our frames is dropped; `none` if it is accepted
 };
 
-/// Receives a frame of the client link: walks Ethernet, one VLAN tag, IP and UDP, checks lengths and checksums, fills
-/// the transaction's first part in, and cuts off what stands behind the datagram.
+/// Parses a frame of the client link: Ethernet, one VLAN tag, IP and UDP. Checks lengths and checksums, sets the
+/// fields of the transaction's first part, and removes the bytes behind the datagram.
 Receipt receiveFrame(const ArrivedFrame& frame, const Links& links, std::size_t link, Transaction& t);
 
-/// Where a datagram for a client goes.
+/// Addresses, ports and VLAN tag of a datagram for a client.
 struct Destination {
     EthAddr srcMac, dstMac;
     VlanTag tag;
@@ -28,8 +28,8 @@ struct Destination {
     U16 srcPort = 0, dstPort = 0;
 };
 
-/// Puts UDP, IP and Ethernet headers before the message that is the whole packet. An IP packet larger than `mtu`
-/// becomes several frames (RFC 791, RFC 8200).
+/// Adds UDP, IP and Ethernet headers to `message`, a packet that contains only the DHCP message. An IP packet larger
+/// than `mtu` becomes several frames (RFC 791, RFC 8200).
 std::vector<PktPtr> framesOf(const PktPtr& message, const Destination& to, U32 mtu);
 
 }  // namespace DhcpRelay

@@ -12,20 +12,20 @@ namespace DhcpRelay {
 inline bool isLinkLocal(const Ip6Addr& a) { return a.byte(0) == 0xfe && (a.byte(1) & 0xc0) == 0x80; }
 inline bool isMulticast(const Ip6Addr& a) { return a.byte(0) == 0xff; }
 
-/// A client link as the operator configured it, and as the kernel has it at present.
+/// A client link: its settings and its present state in the kernel.
 struct Link {
     ClientLink config;
-    KernelNetInfo::IntfStatus device;  ///< all zero while there is none
-    IpAddr address4;                   ///< the first; 0.0.0.0 without one
-    Ip6Addr linkLocal, global;         ///< the first of each kind; :: without one
-    std::vector<IpAddr> broadcasts;    ///< of its IPv4 subnets
+    KernelNetInfo::IntfStatus device;  ///< all zero while the device does not exist
+    IpAddr address4;                   ///< the first IPv4 address; 0.0.0.0 if there is none
+    Ip6Addr linkLocal, global;         ///< the first address of each kind; :: if there is none
+    std::vector<IpAddr> broadcasts;    ///< broadcast addresses of its IPv4 subnets
 
     std::string_view name() const { return config.name.name(); }
     bool isUp() const { return device.ifIndex() != 0 && device.operUp(); }
 };
 
-/// The client links, the server-side interface and this host's addresses. Knows the kernel only through what it is told
-/// of it, and counts how often that changed.
+/// The client links, the server-side interface and this host's addresses. Does not ask the kernel: the owner calls
+/// deviceIs and addressesAre at each change. `changes` counts the changes.
 class Links {
 public:
     explicit Links(const Settings& settings);
@@ -34,22 +34,22 @@ public:
     const Link& of(const Port& port) const { return clients_[port.link]; }
     bool isOwn(const IpAddr& address) const { return isOwn(IpGenAddr(address)); }
     bool isOwn(const Ip6Addr& address) const { return isOwn(IpGenAddr(address)); }
-    /// giaddr for requests from a port: the operator's choice, else the link's address; 0.0.0.0 without either.
+    /// giaddr for requests from a port: the configured one, else the link's address, else 0.0.0.0.
     IpAddr giaddr(const Port& port) const;
-    /// link-address likewise.
+    /// link-address for requests from a port: the configured one, else the link's global address, else `::`.
     Ip6Addr linkAddress(const Port& port) const;
-    /// Whether a reply may name this address as the relay's.
+    /// Whether a reply may have this address as its relay address.
     bool isRelayAddress(const IpGenAddr& address) const;
-    /// 0 while the server-side interface is missing, or none is named.
+    /// 0 if no server-side interface is configured, or while it does not exist.
     U32 serverIfIndex() const { return serverDevice_.ifIndex(); }
-    /// What an IP packet to a server may have.
+    /// Largest size of an IP packet to a server, in bytes.
     U32 serverMtu() const;
-    /// The port of an untagged client of a link, and that of a VLAN whose tag a frame would have to carry.
+    /// The port of untagged clients of a link. portOf gives the port of a VLAN, with the tag that its frames carry.
     Port nativePort(std::size_t link) const { return {static_cast<U16>(link), nativeVlan_, {}}; }
     Port portOf(std::size_t link, U16 vlan) const;
     bool serves(const Port& port) const;
 
-    /// The kernel's news. `device`: all zero where there is none.
+    /// Report a change in the kernel. `device` is all zero if the device does not exist any more.
     void deviceIs(std::string_view name, const KernelNetInfo::IntfStatus& device);
     void addressesAre(const std::vector<KernelNetInfo::HostAddress>& addresses);
     U32 changes() const { return changes_; }

@@ -6,14 +6,14 @@
 
 namespace DhcpRelay {
 
-/// What the command line or the configuration file asks for is wrong; the text names it.
+/// An error in the command line or the configuration file. The text names the option.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// The settings of the command line and of the configuration file that it names. Nothing where the program has only to
-/// print something (--help, --version, --list-reasons), which is done then. Throws UsageError.
+/// Reads the settings from the command line and from the configuration file that it names. Returns no value after
+/// --help, --version or --list-reasons, whose text it has printed. Throws UsageError.
 std::optional<Settings> settingsOf(int argc, const char* const* argv);
 
 }  // namespace DhcpRelay

@@ -44,7 +44,6 @@ std::string PortName::textOf(const Links& links, const Port& port) const {
     return text;
 }
 
-/// Nothing where the text is not one of the link's.
 std::optional<unsigned> PortName::vlanIn(const Link& link, std::string_view text) const {
     unsigned vlan = anyVlan;
     const auto take = [&](std::string_view expected) {

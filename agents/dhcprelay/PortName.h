@@ -4,26 +4,27 @@
 
 namespace DhcpRelay {
 
-/// The operator's text for a port, in which %i is the link, %v the VLAN and %m the link's MAC address.
+/// Format of a port's name. %i stands for the link, %v for the VLAN and %m for the link's MAC address.
 class PortName {
 public:
-    /// Throws UsageError, naming `option`, for another letter behind a percent sign.
+    /// Throws UsageError, which names `option`, for any other letter behind a percent sign.
     PortName(const std::string& option, const std::string& text);
 
     std::string textOf(const Links& links, const Port& port) const;
-    /// The one port whose text this is, of those that are served; unknown where there is none, or more than one since
-    /// the text does not tell links or VLANs apart.
+    /// The served port with this name. Unknown if no port or several ports have it: a format without %i or %v gives
+    /// several ports the same name.
     Port portOf(const Links& links, std::string_view text) const;
-    /// Whether the text is that of at least one port.
+    /// Whether at least one port has this name.
     bool isOfSomePort(const Links& links, std::string_view text) const;
 
 private:
-    /// The VLANs' number is read from `text`, or is `anyVlan` where the operator's text does not hold it.
+    /// The VLAN number in `text`, which is a name of a port of `link`. `anyVlan` if the format has no %v; no value if
+    /// `text` is no such name.
     static constexpr unsigned anyVlan = 0;
     std::optional<unsigned> vlanIn(const Link& link, std::string_view text) const;
 
     struct Part {
-        char kind;  ///< 'i', 'v', 'm', or 0 for text that stands as it is
+        char kind;  ///< 'i', 'v', 'm', or 0 for literal text
         std::string text;
     };
     std::vector<Part> parts_;

@@ -22,15 +22,15 @@ using Kitnet::Ip6Addr;
 using Kitnet::IpAddr;
 using Kitnet::IpGenAddr;
 
-/// What becomes of a request without relay address that carries option 82 already (RFC 3046, section 2.1.1).
+/// How to treat a request that has no relay address but an option 82 (RFC 3046, section 2.1.1).
 enum class InfoPolicy : U8 { discard, replace, keep };
 
 enum class StatsFormat : U8 { text, json };
 
-/// The VLANs with a tag, by number: 1 to 4094.
+/// A set of tagged VLANs, by number: 1 to 4094.
 using VlanSet = std::bitset<4096>;
 
-/// A relay address of the operator's choice, for every port, those of one link, or one VLAN of a link.
+/// A configured relay address for every port, for the ports of one link, or for one VLAN of a link.
 struct RelayAddress {
     IntfId link;   ///< empty: every link
     U16 vlan = 0;  ///< 0: every VLAN
@@ -40,10 +40,10 @@ struct RelayAddress {
 struct ClientLink {
     IntfId name;
     bool trusted = false;
-    VlanSet taggedVlans;  ///< served when the frame has the tag; untagged frames always are
+    VlanSet taggedVlans;  ///< VLANs whose tagged frames are served; untagged frames always are
 };
 
-/// What the command line and the configuration file say, checked.
+/// The settings from the command line and the configuration file, after all checks.
 struct Settings {
     bool ipv4 = false, ipv6 = false;
     std::vector<ClientLink> clients;
@@ -62,7 +62,7 @@ struct Settings {
 
     InfoPolicy untrustedInfo = InfoPolicy::discard, trustedInfo = InfoPolicy::keep;
     U8 hopLimit4 = 16, hopLimit6 = 8;
-    U32 mtu = 0;  ///< towards the servers; 0: that of the server-side interface, or 1500
+    U32 mtu = 0;  ///< MTU towards the servers; 0: that of the server-side interface, or 1500 without one
     U32 rate = 1000;
     U32 rememberSeconds = 60, transactions = 16384;
 

@@ -7,17 +7,18 @@
 
 namespace DhcpRelay {
 
-/// The UDP socket of one protocol on the server side: port 67 or 547 of every address. The kernel gives it replies
-/// only: what clients send comes in as frames.
+/// The UDP socket of one protocol for the server side: port 67 or 547 on every address. A socket filter accepts replies
+/// only; the agent receives the clients' messages as frames.
 class ServerSocket {
 public:
     /// Throws std::system_error, which names the port, if it cannot be opened.
     ServerSocket(Protocol protocol, bool tellsInterface);
 
     int fd() const { return socket_.get(); }
-    /// The next datagram as a transaction of the server side; false where none is waiting.
+    /// Reads the next datagram as a transaction of the server side. Returns false if none is waiting.
     bool receive(Transaction& t);
-    /// False, with errno, where the kernel does not take it. `ifIndex` is that of the link of a link-local address.
+    /// Returns false and sets errno if the kernel refuses the message. `ifIndex` names the link of a link-local
+    /// address.
     bool send(std::span<const U8> message, const IpGenAddr& to, U16 port, U32 ifIndex);
 
 private:

@@ -5,7 +5,7 @@
 
 namespace DhcpRelay {
 
-/// What the steps need beside the message. `now` in seconds of a clock that only goes forward.
+/// The state that the steps share. `now` is in seconds of a monotonic clock.
 struct Context {
     explicit Context(const Settings& s)
         : settings(s),
@@ -22,7 +22,7 @@ struct Context {
     U32 now = 0;
 };
 
-/// A protocol's steps between receiving and sending. Each tells why the message is dropped; `none`: it goes on.
+/// The steps of a protocol between receiving and sending. Each returns why the message is dropped, or `none`.
 struct Steps {
     Reason (*validate)(Transaction& t);
     Reason (*decide)(Transaction& t, Context& context);
@@ -32,10 +32,10 @@ struct Steps {
 extern const Steps steps4, steps6;
 inline const Steps& stepsOf(Protocol protocol) { return protocol == Protocol::dhcp4 ? steps4 : steps6; }
 
-/// Whether a datagram to the UDP socket comes from where a server's reply may come from.
+/// Checks that a datagram to the UDP socket comes from a configured server and over the server-side interface.
 Reason checkServer(const Transaction& t, const Context& context);
 
-/// All steps in turn, until one drops the message.
+/// Runs all steps in order until one drops the message. Returns its reason.
 Reason process(Transaction& t, Context& context);
 
 }  // namespace DhcpRelay

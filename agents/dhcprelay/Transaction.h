@@ -10,7 +10,7 @@ namespace DhcpRelay {
 
 using PktPtr = Kcore::Ptr<Kitnet::Pkt>;
 
-/// A VLAN tag as it stands in a frame; none while `tpid` is 0. A `vid` of 0 says the priority only (IEEE 802.1Q).
+/// A VLAN tag of a frame; no tag if `tpid` is 0. A tag with `vid` 0 gives the priority only (IEEE 802.1Q).
 struct VlanTag {
     U16 tpid = 0;
     U16 vid = 0;
@@ -19,13 +19,13 @@ struct VlanTag {
     friend bool operator==(const VlanTag&, const VlanTag&) = default;
 };
 
-/// Where clients are: one VLAN of one client link.
+/// One VLAN of one client link.
 struct Port {
     static constexpr U16 noLink = 0xffff;
 
-    U16 link = noLink;  ///< its place in the list of client links
+    U16 link = noLink;  ///< index in the list of client links
     U16 vlan = 0;
-    VlanTag tag;  ///< that frames for clients there carry
+    VlanTag tag;  ///< the tag of frames to and from its clients
 
     bool isKnown() const { return link != noLink; }
     bool isSame(const Port& other) const { return link == other.link && vlan == other.vlan; }
@@ -34,39 +34,39 @@ struct Port {
 enum class Protocol : U8 { dhcp4, dhcp6 };
 enum class Side : U8 { client, server };
 
-/// What is done about the option 82 of a DHCPv4 message.
+/// How the option 82 of a DHCPv4 message is treated.
 enum class InfoAction : U8 { leave, replace, remove };
 
-/// What the agent reads of a DHCPv4 message's options.
+/// The facts that the agent needs about a DHCPv4 message's options.
 struct OptionFacts {
     bool isBootp = false;      ///< no magic cookie, so no options
-    bool isWellFormed = true;  ///< an end option is reached
+    bool isWellFormed = true;  ///< the options have an end option
     bool hasInfo = false;      ///< relay agent information (option 82)
-    U8 messageType = 0;        ///< option 53; 0 without
+    U8 messageType = 0;        ///< option 53; 0 if it is absent
 };
 
-/// One message on its way through the agent. Each step reads what the steps before it found and adds its own part:
-/// receive, validate, decide, rewrite, send.
+/// One message and what is known about it. Each step reads the fields that earlier steps have set, and sets its own.
+/// The steps are: receive, validate, decide, rewrite, send.
 struct Transaction {
-    // Receive: where the message is and where it comes from.
+    // Set by receive.
     Protocol protocol = Protocol::dhcp4;
     Side side = Side::client;
     PktPtr pkt;
-    U32 at = 0;       ///< of the message's first byte in the packet; its last byte is the packet's
-    Port port;        ///< client side: where it comes from. Server side: where it goes, once decided
-    U32 ifIndex = 0;  ///< server side: of the interface that it came in on, if that matters
+    U32 at = 0;       ///< position of the message in the packet; it ends where the packet ends
+    Port port;        ///< client side: the source. Server side: the destination, set by `decide`
+    U32 ifIndex = 0;  ///< server side: the receiving interface; 0 if the agent does not check it
     IpGenAddr src, dst;
     EthAddr srcMac, dstMac;
 
-    OptionFacts options;  ///< validate: of a DHCPv4 message
+    OptionFacts options;  ///< set by validate, for DHCPv4 only
 
-    // Decide: what becomes of it.
+    // Set by decide.
     IpGenAddr relayAddress;  ///< giaddr or link-address
     InfoAction info = InfoAction::leave;
-    EthAddr clientMac;                ///< server side: zero where it is not known
-    IpGenAddr clientAddress;          ///< server side: where the reply goes
+    EthAddr clientMac;                ///< server side: zero if it is not known
+    IpGenAddr clientAddress;          ///< server side: destination address of the reply
     bool toRelay = false;             ///< server side: the next hop is another relay
-    U32 replyAt = 0, replyBytes = 0;  ///< server side: what is delivered; the whole message if `replyBytes` is 0
+    U32 replyAt = 0, replyBytes = 0;  ///< server side: the part to deliver; the whole message if `replyBytes` is 0
 
     std::bitset<reasonCount> remarks;
 
