@@ -65,7 +65,7 @@ declarations() {
     for python in python3 /usr/bin/python3; do
         ! "$python" -c 'import clang.cindex' 2>/dev/null || break
     done
-    "$python" "$source/tests/package/declarations.py" "$prefix/include" "$work/declarations.cpp"
+    "$python" "$source/script/declarations.py" "$prefix/include" "$work/declarations.cpp"
     "$cxx" "$work/declarations.cpp" -o "$work/declarations" -L"$prefix/$libdir" -lDhcpLib -lDhcpPlatform \
         -Wl,-rpath,"$prefix/$libdir"
     "$work/declarations"

@@ -37,13 +37,6 @@ class Lines(unittest.TestCase):
         self.assertEqual(err, "dhcptool: frames 23, DHCP 18, BOOTP 0, DHCPv6 0, rejected 5\n"
                          "  2  Ethernet payload is not IP\n  3  IP payload is not UDP\n")
 
-    def test_follow_the_port(self):
-        tagged = bundled("v4-vlan20-dhclient-dhcpd")
-        for arguments, shown in (((), " vlan 20 tagged "),
-                                 (("--native-vlan", "Et2=9", "--native-vlan", "8", "--interface", "Et2",
-                                   "--switchport-mode", "Et2=dot1q-tunnel"), " vlan 9 untagged ")):
-            self.assertIn(shown, snoop("-r", tagged, *arguments)[1].splitlines()[0])
-
     def test_count_every_reason(self):
         self.assertEqual(snoop("-r", bundled("crafted-v4-frames-a"))[2],
                          "dhcptool: frames 88, DHCP 33, BOOTP 1, DHCPv6 0, rejected 54\n"
@@ -56,15 +49,6 @@ class Lines(unittest.TestCase):
                          "  5  IP payload is not UDP\n"
                          "  1  Tag with the reserved VLAN 4095\n"
                          "  9  UDP payload is not DHCP packet\n")
-
-    def test_trace_by_frame_when_asked_to(self):
-        capture = bundled("v4-dhclient-dhcpd")
-        shown = [line for line in snoop("-r", capture, "--trace", "2")[2].splitlines() if ": trace " in line]
-        self.assertIn("dhcptool: frame 1: trace 1: Option-82 information does not have CircuitId and/or RemoteId, "
-                      "CircuitId len: 0, RemoteId len: 0", shown)
-        self.assertNotIn(": trace 4: ", "\n".join(shown))
-        self.assertNotIn("trace", snoop("-r", capture)[2])
-        self.assertIn(": trace 4: ", snoop("-r", capture, env={**os.environ, "DHCPLIB_TRACE": "4"})[2])
 
 
 class JsonObjects(unittest.TestCase):
@@ -213,9 +197,6 @@ class Usage(unittest.TestCase):
             status, out, err = snoop(*arguments)
             self.assertEqual((status, out), (1, ""), arguments)
             self.assertRegex(err, "^dhcptool: .+; see --help\n$")
-
-    def test_of_no_interface_at_all_gives_status_2(self):
-        self.assertEqual(snoop("-i", "nosuch0", "nosuch1"), (2, "", "dhcptool: nosuch0: there is no such interface\n"))
 
 
 if __name__ == "__main__":
