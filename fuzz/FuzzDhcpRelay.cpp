@@ -2,6 +2,7 @@
 // behind meets the next: nothing but a well-formed message that the rules allow is sent on.
 
 #include "DhcpLib/DhcpHdr.h"
+#include "DhcpLib/OptionParser.h"
 #include "OptionsInput.h"
 #include "agents/RelayWorld.h"
 
@@ -24,6 +25,7 @@ struct Arrival {
 };
 
 unsigned infoOptions(const Transaction& t) {
+    if (DhcpLib::optionsAreaState(t.pkt, t.at) != DhcpLib::AreaState::wellFormed) return 0;  // BOOTP has no options
     const DhcpLib::Wire::ByteView bytes(*t.pkt);
     unsigned found = 0;
     U32 at = t.at + 240;

@@ -16,7 +16,7 @@ namespace {
 /// Throws with the file's name in the message once. Messages of libpcap contain it sometimes.
 [[noreturn]] void fail(const std::string& path, std::string_view why) {
     if (why.starts_with(path + ": ")) why.remove_prefix(path.size() + 2);
-    throw CaptureError(quoted(path) + ": " + harmless(why));
+    throw CaptureError(quotedText(path) + ": " + harmless(why));
 }
 
 U64 regularFileSize(std::FILE* file) {

@@ -15,10 +15,10 @@ namespace {
 pcap_dumper* opened(const std::string& path) {
     constexpr int longestFrame = 262144;
     std::FILE* const file = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
-    if (file == nullptr) throw OutputError(quoted(path) + ": " + std::strerror(errno));
+    if (file == nullptr) throw OutputError(quotedText(path) + ": " + std::strerror(errno));
     const std::unique_ptr<pcap, decltype(&pcap_close)> format(pcap_open_dead(DLT_EN10MB, longestFrame), pcap_close);
     pcap_dumper* const dumper = pcap_dump_fopen(format.get(), file);
-    if (dumper == nullptr) throw OutputError(quoted(path) + ": " + harmless(pcap_geterr(format.get())));
+    if (dumper == nullptr) throw OutputError(quotedText(path) + ": " + harmless(pcap_geterr(format.get())));
     return dumper;
 }
 

@@ -24,14 +24,14 @@ std::string hex(std::string_view bytes) {
     return out;
 }
 
-std::string quoted(std::string_view bytes) {
+std::string quotedText(std::string_view bytes) {
     std::string out;
     Kcore::appendQuoted(out, bytes);
     return out;
 }
 
 std::string textOrHex(std::string_view bytes) {
-    return std::all_of(bytes.begin(), bytes.end(), isPrintable) ? quoted(bytes) : "0x" + hex(bytes);
+    return std::all_of(bytes.begin(), bytes.end(), isPrintable) ? quotedText(bytes) : "0x" + hex(bytes);
 }
 
 std::string harmless(std::string_view message) {

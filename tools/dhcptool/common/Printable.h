@@ -9,7 +9,7 @@ namespace DhcpTool {
 std::string hex(std::string_view bytes);
 
 /// In quotes. Bytes that are not printable ASCII become \xNN; quotes and backslashes get a backslash.
-std::string quoted(std::string_view bytes);
+std::string quotedText(std::string_view bytes);
 
 /// A byte string from a packet in readable form: quoted if all bytes are printable ASCII, else 0x and hexadecimal.
 std::string textOrHex(std::string_view bytes);

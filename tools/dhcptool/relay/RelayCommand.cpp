@@ -57,7 +57,7 @@ void rewriteFrames(CaptureReader& source, CaptureWriter& target, Relayer& relaye
 void relay(const RelayArguments& arguments) {
     CaptureReader source(arguments.source);
     if (source.reads(arguments.target))
-        throw OutputError(DhcpTool::quoted(arguments.target) + " is the capture that is being read");
+        throw OutputError(DhcpTool::quotedText(arguments.target) + " is the capture that is being read");
     const bool live = source.size() == 0;
     Output report(live, arguments.target == "-" ? stderr : stdout);
     CaptureWriter target(arguments.target, live);
