@@ -72,7 +72,7 @@ struct Kcore::EnumTable<DhcpRelay::Reason> {
         {untrustedRelay, "untrusted-relay", drop, "an untrusted link sent a message that a relay has passed"},
         {ownRelayAddress, "own-relay-address", drop, "a request that carries a relay address of this agent"},
         {untrustedInfo, "untrusted-option82", drop, "a request with option 82 where the policy is to discard it"},
-        {forgedPort, "forged-port", drop, "a kept option 82 that names another port of this agent"},
+        {forgedPort, "forged-port", drop, "a kept option 82 that names a port of this agent"},
         {hopLimit, "hop-limit", drop, "the request has reached the hop limit"},
         {noRelayAddress, "no-relay-address", drop, "the client link has no relay address"},
         {notRewritable, "not-rewritable", drop, "option 82 or a relay header cannot be added or removed"},
