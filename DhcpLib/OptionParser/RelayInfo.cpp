@@ -12,26 +12,9 @@ namespace DhcpLib {
 
 namespace {
 
-constexpr char parseByViewsSignature[] =
-    "bool DhcpLib::parseDhcpOptions(const Ptr&, U32, DhcpLib::DhcpMsgOptions::Ptr&, DhcpLib::DhcpMsgOption::Ptr&)";
-constexpr char subOptionsSignature[] =
-    "bool DhcpLib::parseInfoSubOptions(DhcpLib::DhcpMsgOptions::Ptr&, DhcpLib::DhcpMsgOption::Ptr&, "
-    "DhcpLib::DhcpInformationSubOptions::Ptr&)";
 constexpr char parseInfoSignature[] =
     "bool DhcpLib::parseInfoOpt(const Ptr&, Tyk::String&, Tyk::String&, Tyk::String&, bool&, IpAddr&, IpAddr&, "
     "Tyk::String&, IpGenAddr&, U32)";
-constexpr char parseInfoNewSignature[] =
-    "bool DhcpLib::parseInfoOptNew(const Ptr&, Tyk::String&, Tyk::String&, Tyk::String&, bool&, IpAddr&, IpAddr&, "
-    "Tyk::String&, IpGenAddr&, U32)";
-
-void traceFailure(const char* signature, std::string_view text, Kcore::SourceSite caller = Kcore::SourceSite::here()) {
-    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {signature, caller}, "{}{}", std::string_view(signature), text);
-}
-
-void traceSubOptPresent(DhcpInformationSubOptionType subType) {
-    Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "infoSubOptPresent subType {}", subType);
-}
-
 /// The outputs of parseInfoOpt and parseInfoOptNew.
 struct InfoOutputs {
     Tyk::String& circuitId;
@@ -62,24 +45,6 @@ private:
 };
 
 }  // namespace
-
-bool isAreaComplete(bool cookie, bool anyOption, bool end) {
-    if (cookie && anyOption && end) return true;
-    traceFailure(parseByViewsSignature, !cookie      ? withoutBlank(noCookieText)
-                                        : !anyOption ? std::string_view("DHCP packet missing all options")
-                                                     : withoutBlank(noEndOptionText));
-    return false;
-}
-
-bool isInfoOptionEmpty(U8 len) {
-    if (len == 0) traceFailure(subOptionsSignature, emptyInfoText);
-    return len == 0;
-}
-
-void readInfoSubOptions(const RawOption& info, InfoSubOptions& found) {
-    walkSubItems(info.bytes(), static_cast<U16>(info.at()), DhcpConst::optdata_offset, info.len(),
-                 [&](const auto& head) { found.keepFirst(head.code, head.at); });
-}
 
 bool parseDhcpOptions(const PktPtr& pkt, U32 offset, DhcpMsgOptions::Ptr& options, DhcpMsgOption::Ptr& endOption) {
     const U16 cookieAt = static_cast<U16>(offset + Constants::bootpHdrSize);
@@ -114,8 +79,8 @@ bool parseInfoOpt(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remote
     traceAreaFailure(index.state());
     if (!index.wellFormed()) return false;
     const RawOption info = index.last(DhcpOptionType::infoOpt);
-    if (!info) return traceFailure(parseInfoSignature, " DHCP packet has no Option 82 information"), true;
-    if (info.len() == 0) return traceFailure(parseInfoSignature, " Option 82 information length is 0"), true;
+    if (!info) return traceReadFailure(parseInfoSignature, " DHCP packet has no Option 82 information"), true;
+    if (info.len() == 0) return traceReadFailure(parseInfoSignature, " Option 82 information length is 0"), true;
 
     constexpr U8 vendorSpecific = static_cast<U8>(DhcpInformationSubOptionType::vendorSpecificSubOption);
     InfoSubOptions found(index.bytes(), Positions::plain);
@@ -127,32 +92,6 @@ bool parseInfoOpt(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remote
     });
     InfoOutputs{circuitId, remoteId, vpnId, vssControl, serverIdOverride, linkSelection}.take(found);
     return true;
-}
-
-bool readInfoNew(const OptionIndex& index, InfoSubOptions& found) {
-    Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {parseInfoNewSignature}, "{}",
-                   std::string_view(parseInfoNewSignature));
-    const OptionIndex::Collected area = index.collected();
-    if (!isAreaComplete(area.cookie, area.any, static_cast<bool>(area.end))) return false;
-    if (area.info && isInfoOptionEmpty(area.info.len())) return false;
-    if (area.info) readInfoSubOptions(area.info, found);
-    if (traceHandle().wanted(TraceLevel::verbose) || Tyk::RingTrace::wanted(TraceLevel::verbose)) [[unlikely]]
-        for (const DhcpInformationSubOptionType code : InfoSubOptions::codes) traceSubOptPresent(code);
-    return true;
-}
-
-VendorItems readVendorBlockNew(const RawOption& vendorSpecific) {
-    const Wire::ByteView bytes = vendorSpecific.bytes();
-    VendorItems items;
-    U16 block = 0;
-    VendorBlockHead blockHead;
-    if (!findQuorvaBlockOfSubOption(bytes, static_cast<U16>(vendorSpecific.at()), vendorSpecific.len(), &block) ||
-        !vendorBlockAt(bytes, block, &blockHead))
-        return items;
-    walkSubItems(bytes, block, vendorBlockHeaderBytes, blockHead.len,
-                 [&](const auto& head) { items.keepFirst(head.code, RawOption(bytes, head.at, Positions::ofViews)); });
-    if (items.srcVtep && !isVtepWellFormed(items.srcVtep, "parseInfoOptNew")) items.srcVtep = {};
-    return items;
 }
 
 bool parseInfoOptNew(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remoteId, Tyk::String& vpnId,

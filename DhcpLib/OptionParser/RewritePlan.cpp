@@ -76,13 +76,14 @@ void assertNotStopped(const RewritePlan& plan, const char* signature) {
     if (plan.stop.assertion != nullptr) Kcore::assertionFailed(plan.stop.assertion, signature, "DhcpLib/OptionParser");
 }
 
-void traceGrowth(const Kitnet::Pkt& pkt, const RewritePlan& plan) {
+void traceGrowth(const Kitnet::Pkt& pkt, const RewritePlan& plan, Kcore::SourceSite caller) {
     if (const U32 growth = growthFor(pkt, plan); growth != 0)
-        Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "adding {} bytes to pkt({})", growth, pkt.bytes());
+        Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {nullptr, caller}, "adding {} bytes to pkt({})", growth,
+                       pkt.bytes());
 }
 
-void traceRewriteEntry(std::string_view function, const RewriteArgs& args) {
-    Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {},
+void traceRewriteEntry(std::string_view function, const RewriteArgs& args, Kcore::SourceSite caller) {
+    Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {nullptr, caller},
                    "{}op: {}, infoOpt: {}, circuitId: {}, remoteId: {}, vpnId: {}, serverId: {}, linkselectionId: {}, "
                    "offset: {}, vssControlDisable: {}, vendorSpecificSubOptIntfName: {}, "
                    "vendorSpecificSubOptSrcVtepIp: {}",
@@ -90,8 +91,8 @@ void traceRewriteEntry(std::string_view function, const RewriteArgs& args) {
                    args.linkSelection, args.offset, args.vssControlDisable, args.intfName, args.srcVtep);
 }
 
-RewriteStop refused(std::string_view function, RelayRewriteVerdict refusal) {
-    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {}, "{} refused: {}", function, refusal);
+RewriteStop refused(std::string_view function, RelayRewriteVerdict refusal, Kcore::SourceSite caller) {
+    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {nullptr, caller}, "{} refused: {}", function, refusal);
     return {refusal};
 }
 

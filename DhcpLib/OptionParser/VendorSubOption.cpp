@@ -92,17 +92,6 @@ const Kcore::String& quorvaEntNumText() {
     return text;
 }
 
-bool isVtepWellFormed(const RawOption& item, std::string_view caller) {
-    if (item.len() == sizeof(Kitnet::IpAddr) || item.len() == sizeof(Kitnet::Ip6Addr)) return true;
-    Tyk::DualTrace(traceHandle(), TraceLevel::failure, {}, "{} vs subopt src vtep malformed ", caller);
-    return false;
-}
-
-Kitnet::IpGenAddr vtepOf(const RawOption& item) {
-    if (item.len() == sizeof(Kitnet::IpAddr)) return item.load<Kitnet::IpAddr>();
-    return item.load<Kitnet::Ip6Addr>();
-}
-
 void setInfoData(Kcore::Bytes& buf, U32& pos, U8 subType, U8 len, const U8* data) {
     putItem(buf, pos, subType, len, data);
     Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "setInfoData subType {} len {}", subType, len);

@@ -48,6 +48,11 @@ private:
     std::array<U32, codes.size()> places_;
 };
 
+/// Writes a failure line of the function with that signature.
+void traceReadFailure(const char* signature, std::string_view text,
+                      Kcore::SourceSite caller = Kcore::SourceSite::here());
+/// Writes the trace line of infoSubOptPresent.
+void traceSubOptPresent(DhcpInformationSubOptionType subType, Kcore::SourceSite caller = Kcore::SourceSite::here());
 /// Whether the options area has a cookie, an option and an end option. Traces the first of them that is missing.
 bool isAreaComplete(bool cookie, bool anyOption, bool end);
 /// Whether option 82 has no data; if so, traces it.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DhcpLib/OptionParser/internal/OptionIndex.h"
+#include "Kcore/SourceSite.h"
 #include "Kitnet/IpGenAddr.h"
 
 namespace DhcpLib {
@@ -29,8 +30,9 @@ private:
     }
 };
 
-/// Whether the item has the size of an IPv4 or IPv6 address. If not, traces it for `caller`.
-bool isVtepWellFormed(const RawOption& item, std::string_view caller);
+/// Whether the item has the size of an IPv4 or IPv6 address. If not, traces it for `function`.
+bool isVtepWellFormed(const RawOption& item, std::string_view function,
+                      Kcore::SourceSite caller = Kcore::SourceSite::here());
 /// Requires: isVtepWellFormed(item).
 Kitnet::IpGenAddr vtepOf(const RawOption& item);
 
