@@ -53,13 +53,15 @@ template <class Shape, std::unsigned_integral Pos>
 /// forward.
 template <class Shape, std::unsigned_integral Pos, class Inside, class Judge>
 [[gnu::always_inline]] inline void walkItems(Wire::ByteView bytes, Pos base, Pos first, Inside inside, Judge judge) {
+    const Pos lastCursor = static_cast<Pos>(~base);  // after it the position would wrap to the packet's start
+    if (first > lastCursor) return;
     for (Pos cursor = first; inside(cursor);) {
         const Pos at = static_cast<Pos>(base + cursor);
-        if (at < base || !bytes.has(at, sizeof(typename Shape::Width))) return;
+        if (!bytes.has(at, sizeof(typename Shape::Width))) return;
         const Pos beforeWrap = static_cast<Pos>(~at);  // how far position and cursor can still go
         const auto head = headAt<Shape>(bytes, at, std::max<U32>(beforeWrap, 1));
         const Pos next = static_cast<Pos>(cursor + head.wireBytes);
-        if (!judge(head, next) || next <= cursor) return;
+        if (!judge(head, next) || next <= cursor || next > lastCursor) return;
         cursor = next;
     }
 }
