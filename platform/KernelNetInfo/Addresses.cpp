@@ -1,12 +1,11 @@
 #include "KernelNetInfo/Addresses.h"
 
-#include <linux/rtnetlink.h>
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <system_error>
+
+#include "KernelNetInfo/internal/RouteSocket.h"
 
 namespace KernelNetInfo {
 
@@ -14,21 +13,13 @@ namespace {
 
 const Kcore::ModuleTypes<Addresses> registration{"KernelNetInfo/Addresses"};
 
-constexpr std::size_t largestRead = 32768;  // the kernel sends no longer message to a reader with a buffer of this size
-
-[[noreturn]] void raise(const char* what, int error = errno) {
-    throw std::system_error(error, std::system_category(), what);
-}
+constexpr char what[] = "KernelNetInfo::Addresses: list of the addresses";
 
 }  // namespace
 
-Addresses::Addresses() : socket_(::socket(AF_NETLINK, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, NETLINK_ROUTE)) {
-    if (!socket_) raise("KernelNetInfo::Addresses: rtnetlink socket");
-    sockaddr_nl address{};
-    address.nl_family = AF_NETLINK;
-    address.nl_groups = RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR;
-    if (::bind(socket_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-        raise("KernelNetInfo::Addresses: rtnetlink address notifications");
+Addresses::Addresses()
+    : socket_(RouteSocket::open(RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR,
+                                "KernelNetInfo::Addresses: rtnetlink address notifications")) {
     listAnew();
     // The kernel produces the list while it is read, so this reads all of it.
     handleReadable();
@@ -49,36 +40,12 @@ void Addresses::handleReadable() {
 
 /// Returns false if there is nothing to read.
 bool Addresses::receive() {
-    alignas(nlmsghdr) U8 bytes[largestRead];
-    sockaddr_nl sender{};
-    iovec part{bytes, sizeof bytes};
-    msghdr message{};
-    message.msg_name = &sender;
-    message.msg_namelen = sizeof sender;
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    const ssize_t size = ::recvmsg(socket_.get(), &message, 0);
-    if (size < 0) {
-        if (errno == ENOBUFS) lost_ = true;
-        return errno == ENOBUFS || errno == EINTR;
-    }
-    if ((message.msg_flags & MSG_TRUNC) != 0) lost_ = true;
-    if (sender.nl_pid == 0) handleMessages(bytes, static_cast<std::size_t>(size));  // other senders are not the kernel
-    return size != 0;
-}
-
-void Addresses::handleMessages(const U8* bytes, std::size_t size) {
-    auto left = static_cast<U32>(size);
-    for (auto* at = reinterpret_cast<const nlmsghdr*>(bytes); NLMSG_OK(at, left); at = NLMSG_NEXT(at, left)) {
-        if ((at->nlmsg_flags & NLM_F_DUMP_INTR) != 0) lost_ = true;
-        if (at->nlmsg_type == NLMSG_ERROR)
-            raise("KernelNetInfo::Addresses: list of the addresses",
-                  -static_cast<const nlmsgerr*>(NLMSG_DATA(at))->error);
-        if (at->nlmsg_type == NLMSG_DONE)
+    return RouteSocket::receive(socket_.get(), lost_, what, [this](const nlmsghdr& message) {
+        if (message.nlmsg_type == NLMSG_DONE)
             listing_ = false;
-        else if (at->nlmsg_type == RTM_NEWADDR || at->nlmsg_type == RTM_DELADDR)
-            handleAddress(*at);
-    }
+        else if (message.nlmsg_type == RTM_NEWADDR || message.nlmsg_type == RTM_DELADDR)
+            handleAddress(message);
+    });
 }
 
 void Addresses::handleAddress(const nlmsghdr& header) {
@@ -109,15 +76,7 @@ void Addresses::handleAddress(const nlmsghdr& header) {
 }
 
 void Addresses::listAnew() {
-    struct {
-        nlmsghdr header;
-        ifaddrmsg info;
-    } request{};
-    request.header.nlmsg_len = sizeof request;
-    request.header.nlmsg_type = RTM_GETADDR;
-    request.header.nlmsg_flags = NLM_F_REQUEST | NLM_F_DUMP;
-    if (::send(socket_.get(), &request, sizeof request, 0) < 0)
-        raise("KernelNetInfo::Addresses: list of the addresses");
+    RouteSocket::requestList(socket_.get(), RTM_GETADDR, what);
     addresses_.clear();
     changed_ = true;
     lost_ = false;

@@ -52,7 +52,6 @@ public:
 
 private:
     bool receive();
-    void handleMessages(const U8* bytes, std::size_t size);
     void handleAddress(const nlmsghdr& header);
     void listAnew();
 

@@ -36,7 +36,6 @@ public:
 
 private:
     bool receive();
-    void handleMessages(const Kcore::U8* bytes, std::size_t size);
     void handleLink(const struct LinkMessage& link);
     void intfIs(const Kcore::String& name, const IntfStatus& status);
     void intfDel(U32 ifIndex);
