@@ -73,13 +73,13 @@ bool Dhcp6PacketParser::doParseDhcp6(const PktPtr& pkt, Kitnet::IntfId srcIntfNa
     trace(TraceLevel::verbose, "{} for srcIntf: {}", std::string_view(parseSignature), srcIntfName);
     rejection_ = FrameRejection::none;
     U16 ipAt = 0;
-    if (!parseEthernet(*pkt, srcIntfName, bridgingConfig_.get(), ether_, ipAt, rejection_)) return false;
+    if (!parseEthernet(pkt.get(), srcIntfName, bridgingConfig_.get(), ether_, ipAt, rejection_)) return false;
     if (ether_.etherType != ipv6EtherType) {
         trace(TraceLevel::rejection, "Ethernet payload is not IPv6, Ethertype: {}", ether_.etherType);
         return refuse(FrameRejection::notIp);
     }
     isIp6_ = true;
-    const Wire::ByteView bytes(*pkt);
+    const Wire::ByteView bytes(pkt.get());
     const U32 udpAt = ipAt + ipv6HeaderBytes, msgAt = udpAt + udpHeaderBytes;
     if (!parseIp6Hdr(bytes) || !parseUdpHdr(bytes, udpAt) || !parseMsgHdr(bytes, msgAt)) return false;
     dhcp6OptionsOffset_ = packetPosition(msgAt + Dhcp6Const::reghdr_size);

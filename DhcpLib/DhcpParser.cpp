@@ -40,10 +40,10 @@ PacketParser::PacketParser(const Kcore::CharRange&) {
 bool PacketParser::doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool dhcpHdrOnly) {
     trace(TraceLevel::verbose, "{}for srcIntf: {} dhcpHdrOnly: {}", std::string_view(parseSignature),
           ShortName{srcIntfName}, dhcpHdrOnly);
-    const Wire::ByteView bytes(*pkt);
+    const Wire::ByteView bytes(pkt.get());
     offset_ = 0;
     rejection_ = FrameRejection::none;
-    if (!dhcpHdrOnly && !(parseEthHdr(*pkt, srcIntfName, false) && parseIpHdr(bytes) && parseUdpHdr(bytes)))
+    if (!dhcpHdrOnly && !(parseEthHdr(pkt.get(), srcIntfName, false) && parseIpHdr(bytes) && parseUdpHdr(bytes)))
         return false;
     if (!parseBootpHdr(bytes)) return false;
     // Not `offset_`: with `dhcpHdrOnly` these lengths are those of the previous parse
@@ -53,20 +53,20 @@ bool PacketParser::doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool d
 
 bool PacketParser::doParseEthHdr(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool resetOffset) {
     rejection_ = FrameRejection::none;
-    return parseEthHdr(*pkt, srcIntfName, resetOffset);
+    return parseEthHdr(pkt.get(), srcIntfName, resetOffset);
 }
 
 bool PacketParser::doParseIpHdr(const PktPtr& pkt) {
     rejection_ = FrameRejection::none;
-    return parseIpHdr(Wire::ByteView(*pkt));
+    return parseIpHdr(Wire::ByteView(pkt.get()));
 }
 
 bool PacketParser::doParseUdpHdr(const PktPtr& pkt) {
     rejection_ = FrameRejection::none;
-    return parseUdpHdr(Wire::ByteView(*pkt));
+    return parseUdpHdr(Wire::ByteView(pkt.get()));
 }
 
-bool PacketParser::parseEthHdr(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, bool resetOffset) {
+bool PacketParser::parseEthHdr(const Kitnet::Pkt* pkt, const Kitnet::IntfId& srcIntf, bool resetOffset) {
     Tyk::fmtrace(traceHandle(), TraceLevel::verbose, {ethSignature}, "{}for srcIntf: {} resetOffset: {}",
                  std::string_view(ethSignature), srcIntf, resetOffset);
     if (resetOffset) offset_ = 0;

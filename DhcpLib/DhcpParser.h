@@ -119,7 +119,7 @@ private:
         rejection_ = why;
         return false;
     }
-    bool parseEthHdr(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, bool resetOffset);
+    bool parseEthHdr(const Kitnet::Pkt* pkt, const Kitnet::IntfId& srcIntf, bool resetOffset);
     bool parseIpHdr(Wire::ByteView bytes);
     bool parseUdpHdr(Wire::ByteView bytes);
     bool parseBootpHdr(Wire::ByteView bytes);

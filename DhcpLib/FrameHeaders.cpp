@@ -61,7 +61,7 @@ bool hasHeader(Wire::ByteView bytes, U32 pos, U32 needed, std::string_view heade
     return false;
 }
 
-bool parseEthernet(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, const Bridging::Config* config,
+bool parseEthernet(const Kitnet::Pkt* pkt, const Kitnet::IntfId& srcIntf, const Bridging::Config* config,
                    EthernetFields& fields, U16& payload, FrameRejection& rejection) {
     PortRules port;
     if (!findPortRules(srcIntf, config, port)) {
@@ -69,7 +69,7 @@ bool parseEthernet(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, const 
         return false;
     }
     const Wire::ByteView bytes(pkt);
-    const bool outOfBand = pkt.vlanTagPresent();
+    const bool outOfBand = pkt != nullptr && pkt->vlanTagPresent();
     const bool inFrame = !outOfBand && bytes.load<U16>(macsBytes) == dot1qTpid;
     const U32 headerBytes = etherHeaderBytes + (inFrame ? tagBytes : 0);
     if (!hasHeader(bytes, 0, headerBytes, "Ethernet")) {
@@ -82,13 +82,13 @@ bool parseEthernet(const Kitnet::Pkt& pkt, const Kitnet::IntfId& srcIntf, const 
     fields.srcMac = bytes.load<Kitnet::EthAddr>(sizeof(Kitnet::EthAddr));
     fields.etherType = bytes.load<U16>(headerBytes - U32{sizeof(U16)});
     fields.etherHdrLen = headerBytes;
-    const bool hasTag = inFrame || (outOfBand && pkt.vlanTagTpid() == dot1qTpid);
+    const bool hasTag = inFrame || (outOfBand && pkt->vlanTagTpid() == dot1qTpid);
     if (hasTag)
         Tyk::fmtrace(traceHandle(), TraceLevel::verbose, {}, "Tagged packet with Ethertype: {}", fields.etherType);
     else
         Tyk::fmtrace(traceHandle(), TraceLevel::verbose, {}, "Untagged packet with Ethertype: {}", fields.etherType);
     if (hasTag && !port.ignoresTags)
-        setTagged(fields, inFrame ? bytes.load<U16>(etherHeaderBytes) : pkt.vlanTagTci(), port.nativeVlan, rejection);
+        setTagged(fields, inFrame ? bytes.load<U16>(etherHeaderBytes) : pkt->vlanTagTci(), port.nativeVlan, rejection);
     else
         setUntagged(fields, port.nativeVlan);
     return true;

@@ -8,6 +8,7 @@
 
 namespace DhcpLib {
 
+/// The functions of the library treat a null packet as an empty one.
 using PktPtr = Kcore::Ptr<Kitnet::Pkt>;
 
 /// Position in a packet as option views and all DHCPv6 views hold it: 16 bits wide

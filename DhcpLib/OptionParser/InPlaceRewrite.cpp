@@ -94,12 +94,12 @@ private:
 
 }  // namespace
 
-bool rewriteInPlace(Kitnet::Pkt& pkt, const RewriteArgs& args) {
+bool rewriteInPlace(Kitnet::Pkt* pkt, const RewriteArgs& args) {
     traceRewriteEntry(caller, args);
     const InPlacePlan plan(Wire::ByteView(pkt), args);
     if (plan.stop) return assertNotStopped(plan, signature), false;
-    plan.traceSteps(pkt);
-    apply(pkt, plan);
+    plan.traceSteps(*pkt);
+    apply(*pkt, plan);
     return true;
 }
 

@@ -38,7 +38,7 @@ U32 closeGaps(Kitnet::Pkt& pkt, U32 offset) {
 }  // namespace
 
 InfoRemoval removeInfoOption(const PktPtr& pkt, U32 offset) {
-    const Wire::ByteView bytes(*pkt);
+    const Wire::ByteView bytes(pkt.get());
     InfoRemoval done;
     U32 endAt = 0;
     done.area = walkOptionsArea(bytes, offset, [&](const auto& head) {

@@ -49,7 +49,7 @@ PktPtr buildDhcpLeaseQuery(bool queryByMAC, Kitnet::IpAddr giaddr, Kitnet::EthAd
 bool parseLeaseQueryOpts(const PktPtr& pkt, Kcore::Duration& leaseTime, Kcore::Duration& lastTransactionTime,
                          std::set<Kitnet::IpAddr>& associatedIps, Kitnet::IpAddr& serverId, bool& leaseTimePresent,
                          bool& lastTransactionTimePresent, bool& serverIdPresent, U32 offset) {
-    const OptionIndex index(Wire::ByteView(*pkt), offset);
+    const OptionIndex index(Wire::ByteView(pkt.get()), offset);
     traceAreaFailure(index.state());
     if (!index.wellFormed()) return false;
     const LeaseQueryOptions options(index);

@@ -6,11 +6,11 @@
 namespace DhcpLib {
 
 AreaState optionsAreaState(const PktPtr& pkt, U32 offset) {
-    return walkOptionsArea(Wire::ByteView(*pkt), offset, [](const auto&) {});
+    return walkOptionsArea(Wire::ByteView(pkt.get()), offset, [](const auto&) {});
 }
 
 FoundOption findOption(const PktPtr& pkt, U32 offset, U8 code) {
-    const Wire::ByteView bytes(*pkt);
+    const Wire::ByteView bytes(pkt.get());
     FoundOption found;
     walkOptionsArea(bytes, offset, [&](const auto& head) {
         if (!head.pad && head.code == code) found = FoundOption(bytes, head.at);

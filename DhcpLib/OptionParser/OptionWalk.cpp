@@ -17,7 +17,7 @@ DhcpSingleOption* overlayAt(const PktPtr& pkt, U32 at) { return reinterpret_cast
 
 /// The data of the last option `code` of a message at byte 0 as an address.
 Kitnet::IpAddr addressOption(const PktPtr& pkt, DhcpOptionType code) {
-    const OptionIndex index(Wire::ByteView(*pkt), 0);
+    const OptionIndex index(Wire::ByteView(pkt.get()), 0);
     traceAreaFailure(index.state());
     return index.wellFormed() ? index.last(code).valueOr(Kitnet::IpAddr()) : Kitnet::IpAddr();
 }
@@ -53,7 +53,7 @@ void u32ToNetworkBytes(U32 value, char* out) {
 }
 
 bool parseDhcpOptions(const PktPtr& pkt, U32 offset, std::vector<DhcpSingleOptionWithCode>& wanted) {
-    const AreaState state = walkOptionsArea(Wire::ByteView(*pkt), offset, [&](const auto& head) {
+    const AreaState state = walkOptionsArea(Wire::ByteView(pkt.get()), offset, [&](const auto& head) {
         for (const DhcpSingleOptionWithCode& request : wanted) {
             if (request.code != head.code) continue;
             *request.option = overlayAt(pkt, head.at);
@@ -76,7 +76,7 @@ bool parseDhcpSubOptsInOption(DhcpSingleOption* first, std::size_t total,
 
 void getDhcpOptions(const PktPtr& pkt, U32 offset, DhcpOptions*& options, DhcpSingleOption*& relayAgentInfo,
                     DhcpSingleOption*& endOption, DhcpSingleOption*& packetEnd) {
-    const OptionIndex index(Wire::ByteView(*pkt), offset);
+    const OptionIndex index(Wire::ByteView(pkt.get()), offset);
     if (index.state() == AreaState::noSpace || index.state() == AreaState::noCookie)
         Tyk::TraceHelper(traceHandle(), TraceLevel::rejection, {getOptionsSignature}).stream()
             << getOptionsSignature << noCookieText;
@@ -89,7 +89,7 @@ void getDhcpOptions(const PktPtr& pkt, U32 offset, DhcpOptions*& options, DhcpSi
 }
 
 Kcore::String getDhcpMsgTypeStringAndOpt(const PktPtr& pkt, U32 offset, U8& msgType) {
-    return messageTypeOf(OptionIndex(Wire::ByteView(*pkt), offset), msgType);
+    return messageTypeOf(OptionIndex(Wire::ByteView(pkt.get()), offset), msgType);
 }
 
 Kcore::String getDhcpMsgType(const PktPtr& pkt, U32 offset) {

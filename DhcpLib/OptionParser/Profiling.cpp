@@ -6,7 +6,7 @@ namespace DhcpLib {
 
 bool parseDot1xProfilingOpts(const PktPtr& pkt, Kcore::String& hostName, Kcore::String& paramReqList,
                              Kcore::String& vendorClassId, U32 offset) {
-    const OptionIndex index(Wire::ByteView(*pkt), offset);
+    const OptionIndex index(Wire::ByteView(pkt.get()), offset);
     traceAreaFailure(index.state());
     if (!index.wellFormed()) return false;
     const ProfilingOptions options(index);

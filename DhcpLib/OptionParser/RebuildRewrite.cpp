@@ -161,12 +161,12 @@ private:
 
 }  // namespace
 
-bool rewriteByRebuild(Kitnet::Pkt& pkt, const RewriteArgs& args) {
+bool rewriteByRebuild(Kitnet::Pkt* pkt, const RewriteArgs& args) {
     traceRewriteEntry(caller, args);
     const RebuildPlan plan(Wire::ByteView(pkt), args);
     if (plan.stop) return assertNotStopped(plan, signature), false;
-    traceGrowth(pkt, plan);
-    apply(pkt, plan);
+    traceGrowth(*pkt, plan);
+    apply(*pkt, plan);
     return true;
 }
 

@@ -75,7 +75,7 @@ bool infoSubOptPresent(Kcore::Ptr<const DhcpInformationSubOptions> infoSubOption
 bool parseInfoOpt(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remoteId, Tyk::String& vpnId,
                   bool& vssControl, Kitnet::IpAddr& serverIdOverride, Kitnet::IpAddr& linkSelection,
                   Tyk::String& intfName, Kitnet::IpGenAddr& srcVtepIp, U32 offset) {
-    const OptionIndex index(Wire::ByteView(*pkt), offset);
+    const OptionIndex index(Wire::ByteView(pkt.get()), offset);
     traceAreaFailure(index.state());
     if (!index.wellFormed()) return false;
     const RawOption info = index.last(DhcpOptionType::infoOpt);
@@ -97,7 +97,7 @@ bool parseInfoOpt(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remote
 bool parseInfoOptNew(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remoteId, Tyk::String& vpnId,
                      bool& vssControl, Kitnet::IpAddr& serverIdOverride, Kitnet::IpAddr& linkSelection,
                      Tyk::String& intfName, Kitnet::IpGenAddr& srcVtepIp, U32 offset) {
-    const Wire::ByteView bytes(*pkt);
+    const Wire::ByteView bytes(pkt.get());
     InfoSubOptions found(bytes);
     if (!readInfoNew(OptionIndex(bytes, offset), found)) return false;
     InfoOutputs{circuitId, remoteId, vpnId, vssControl, serverIdOverride, linkSelection}.take(found);

@@ -8,26 +8,27 @@ bool preparePacket(const PktPtr& pkt, BootpOption op, bool infoOpt, Tyk::String 
                    Tyk::String vpnId, Kitnet::IpAddr serverId, Kitnet::IpAddr linkselectionId, U32 offset,
                    bool vssControlDisable, Tyk::String vendorSpecificSubOptIntfName,
                    Kitnet::IpGenAddr vendorSpecificSubOptSrcVtepIp) {
-    return rewriteInPlace(*pkt, {op, infoOpt, circuitId, remoteId, vpnId, serverId, linkselectionId, offset,
-                                 vssControlDisable, vendorSpecificSubOptIntfName, vendorSpecificSubOptSrcVtepIp});
+    return rewriteInPlace(pkt.get(), {op, infoOpt, circuitId, remoteId, vpnId, serverId, linkselectionId, offset,
+                                      vssControlDisable, vendorSpecificSubOptIntfName, vendorSpecificSubOptSrcVtepIp});
 }
 
 bool preparePacketNew(const PktPtr& pkt, BootpOption op, bool infoOpt, Tyk::String circuitId, Tyk::String remoteId,
                       Tyk::String vpnId, Kitnet::IpAddr serverId, Kitnet::IpAddr linkselectionId, U32 offset,
                       bool vssControlDisable, Tyk::String vendorSpecificSubOptIntfName,
                       Kitnet::IpGenAddr vendorSpecificSubOptSrcVtepIp) {
-    return rewriteByRebuild(*pkt, {op, infoOpt, circuitId, remoteId, vpnId, serverId, linkselectionId, offset,
-                                   vssControlDisable, vendorSpecificSubOptIntfName, vendorSpecificSubOptSrcVtepIp});
+    return rewriteByRebuild(
+        pkt.get(), {op, infoOpt, circuitId, remoteId, vpnId, serverId, linkselectionId, offset, vssControlDisable,
+                    vendorSpecificSubOptIntfName, vendorSpecificSubOptSrcVtepIp});
 }
 
 bool relayRewrite(const PktPtr& pkt, const RelayRewrite& rewrite, RelayGeneration generation) {
     const auto function = generation == RelayGeneration::preparePacket ? rewriteInPlace : rewriteByRebuild;
-    return function(*pkt, RewriteArgs::of(rewrite));
+    return function(pkt.get(), RewriteArgs::of(rewrite));
 }
 
 RelayRewriteForecast relayRewriteCheck(const PktPtr& pkt, const RelayRewrite& rewrite, RelayGeneration generation) {
     const auto function = generation == RelayGeneration::preparePacket ? checkInPlace : checkRebuild;
-    return function(Wire::ByteView(*pkt), RewriteArgs::of(rewrite));
+    return function(Wire::ByteView(pkt.get()), RewriteArgs::of(rewrite));
 }
 
 }  // namespace DhcpLib

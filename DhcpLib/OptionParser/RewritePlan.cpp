@@ -14,13 +14,14 @@ U32 growthFor(const Kitnet::Pkt& pkt, const RewritePlan& plan) {
 }
 
 /// Traces the final change of size, relative to the size after the insertion's growth.
-void traceNormalisation(const Kitnet::Pkt& pkt, const RewritePlan& plan) {
+void traceNormalisation(const Kitnet::Pkt& pkt, const RewritePlan& plan, Kcore::SourceSite caller) {
     const U32 now = pkt.bytes() + growthFor(pkt, plan), later = plan.newBytes();
     if (now - plan.offset > plan.smallestMessage)
-        Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "(final)deleting {} bytes from pkt({})", now - later,
-                       now);
+        Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {nullptr, caller}, "(final)deleting {} bytes from pkt({})",
+                       now - later, now);
     else
-        Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "(final)adding {} bytes to pkt({})", later - now, now);
+        Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {nullptr, caller}, "(final)adding {} bytes to pkt({})",
+                       later - now, now);
 }
 
 void writeInfo(Kitnet::Pkt& pkt, const RewritePlan& plan) {
@@ -44,8 +45,8 @@ RelayRewriteVerdict verdictOf(Wire::ByteView bytes, const RewritePlan& plan) {
 
 }  // namespace
 
-void apply(Kitnet::Pkt& pkt, const RewritePlan& plan) {
-    traceNormalisation(pkt, plan);
+void apply(Kitnet::Pkt& pkt, const RewritePlan& plan, Kcore::SourceSite caller) {
+    traceNormalisation(pkt, plan, caller);
     const U32 was = pkt.bytes(), later = plan.newBytes(), endAt = plan.newEndAt();
     // Tracing and growth may throw; nothing after them does.
     if (later > was) pkt.newSharedTailData(later - was);

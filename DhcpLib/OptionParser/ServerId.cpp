@@ -17,7 +17,7 @@ void trace(int level, std::string_view text, Kcore::SourceSite caller = Kcore::S
 
 bool setServerId(const PktPtr& pkt, Kitnet::IpAddr serverId) {
     trace(TraceLevel::verbose, {});
-    const Wire::ByteView bytes(*pkt);
+    const Wire::ByteView bytes(pkt.get());
     RawOption option;
     const AreaState state = walkOptionsArea(bytes, 0, [&](const auto& head) {
         if (head.code == static_cast<U8>(DhcpOptionType::serverIdOpt)) option = RawOption(bytes, head.at);

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "Bytes.h"
+#include "DhcpLib/Dhcp6Parser.h"
+#include "DhcpLib/DhcpParser.h"
 #include "DhcpLib/OptionParser.h"
 
 using namespace DhcpLib;
@@ -74,6 +76,24 @@ TEST(InfoRemoval, LeavesNoOption82) {
     const PktPtr bootp = packet(Octets(300)), cut = packet(Octets(236));
     EXPECT_EQ(removeInfoOption(bootp, 0), (InfoRemoval{AreaState::noCookie, 0}));
     EXPECT_EQ(removeInfoOption(cut, 0), (InfoRemoval{AreaState::noSpace, 0}));
+}
+
+TEST(NullPacket, IsTreatedAsEmpty) {
+    const PktPtr none;
+    EXPECT_FALSE(findOption(none, 0, DhcpOptionType::infoOpt));
+    EXPECT_EQ(optionsAreaState(none, 0), AreaState::noSpace);
+    EXPECT_EQ(removeInfoOption(none, 0).area, AreaState::noSpace);
+    EXPECT_FALSE(dhcpOptionBasicCheck(none, 0) || setServerId(none, Kitnet::IpAddr(1)));
+    for (const RelayGeneration generation : {RelayGeneration::preparePacket, RelayGeneration::preparePacketNew}) {
+        EXPECT_EQ(relayRewriteCheck(none, {}, generation).verdict, RelayRewriteVerdict::notDhcp);
+        EXPECT_FALSE(relayRewrite(none, {}, generation));
+    }
+    PacketParser parser(nullptr);
+    EXPECT_FALSE(parser.doParse(none, Kitnet::IntfId(), false));
+    EXPECT_EQ(parser.rejection(), FrameRejection::shortEthernetHeader);
+    Dhcp6PacketParser parser6(nullptr);
+    EXPECT_FALSE(parser6.doParseDhcp6(none, Kitnet::IntfId()));
+    EXPECT_EQ(parser6.rejection(), FrameRejection::shortEthernetHeader);
 }
 
 }  // namespace

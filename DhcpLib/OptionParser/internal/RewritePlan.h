@@ -78,15 +78,15 @@ void traceGrowth(const Kitnet::Pkt& pkt, const RewritePlan& plan, Kcore::SourceS
 /// Fails the assertion that stops `plan`, if there is one. `signature` is that of the public function.
 void assertNotStopped(const RewritePlan& plan, const char* signature);
 
-/// Carries out `plan`. Throws only before the first change.
-void apply(Kitnet::Pkt& pkt, const RewritePlan& plan);
+/// Carries out `plan`. Throws only before the first change. The trace line names `caller`.
+void apply(Kitnet::Pkt& pkt, const RewritePlan& plan, Kcore::SourceSite caller = Kcore::SourceSite::here());
 /// Returns what `plan` would do.
 RelayRewriteForecast describe(Wire::ByteView bytes, const RewritePlan& plan);
 
 /// The two generations. "InPlace" (preparePacket) edits the existing sub-options; "Rebuild" (preparePacketNew) builds a
-/// new option 82.
-bool rewriteInPlace(Kitnet::Pkt& pkt, const RewriteArgs& args);
-bool rewriteByRebuild(Kitnet::Pkt& pkt, const RewriteArgs& args);
+/// new option 82. A null packet is refused like an empty one.
+bool rewriteInPlace(Kitnet::Pkt* pkt, const RewriteArgs& args);
+bool rewriteByRebuild(Kitnet::Pkt* pkt, const RewriteArgs& args);
 RelayRewriteForecast checkInPlace(Wire::ByteView bytes, const RewriteArgs& args);
 RelayRewriteForecast checkRebuild(Wire::ByteView bytes, const RewriteArgs& args);
 
