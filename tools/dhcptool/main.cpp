@@ -1,6 +1,6 @@
 #include <CLI/CLI.hpp>
 
-#include "common/Capture.h"
+#include "capture/Capture.h"
 #include "common/Output.h"
 #include "common/Printable.h"
 #include "leasequery/LeaseQueryCommand.h"

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "DhcpLib/OptionParser.h"
-#include "common/Capture.h"
+#include "capture/Capture.h"
 #include "relay/UdpFrame.h"
 
 namespace DhcpTool {

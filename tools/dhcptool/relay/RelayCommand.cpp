@@ -4,8 +4,8 @@
 #include <exception>
 #include <memory>
 
+#include "capture/CaptureWriter.h"
 #include "common/AddressOption.h"
-#include "common/CaptureWriter.h"
 #include "common/Output.h"
 #include "common/Printable.h"
 #include "common/Progress.h"

@@ -2,8 +2,8 @@
 
 #include "Kcore/Exception.h"
 #include "common/EtherType.h"
-#include "snoop/MessageJson.h"
-#include "snoop/MessageLine.h"
+#include "view/MessageJson.h"
+#include "view/MessageLine.h"
 
 namespace DhcpTool {
 

@@ -7,7 +7,7 @@
 #include "Bridging/Config.h"
 #include "DhcpLib/Dhcp6Parser.h"
 #include "DhcpLib/DhcpParser.h"
-#include "snoop/Arrival.h"
+#include "capture/Arrival.h"
 #include "snoop/TraceLines.h"
 
 namespace DhcpTool {

@@ -6,12 +6,12 @@
 #include <limits>
 #include <memory>
 
-#include "common/CaptureWriter.h"
+#include "capture/CaptureWriter.h"
+#include "capture/LiveCapture.h"
+#include "capture/StopSignal.h"
 #include "common/Output.h"
 #include "common/Progress.h"
-#include "snoop/LiveCapture.h"
 #include "snoop/PortOptions.h"
-#include "snoop/StopSignal.h"
 
 namespace DhcpTool {
 
@@ -50,7 +50,8 @@ void printMessages(CaptureReader& capture, const Kitnet::IntfId& intf, Snooper& 
     while (output.open()) {
         const auto frame = capture.next();
         if (!frame) return;
-        const Arrival arrival{frame->number, frame->time, Kitnet::globalPktManager().newPkt(frame->bytes), intf};
+        const Arrival arrival{frame->number, frame->time, Kitnet::globalPktManager().newPkt(frame->bytes),
+                              frame->sentBytes, intf};
         if (const auto line = snooper.take(arrival)) {
             progress.hide();
             output.line(*line);

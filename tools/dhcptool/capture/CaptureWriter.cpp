@@ -1,4 +1,4 @@
-#include "common/CaptureWriter.h"
+#include "capture/CaptureWriter.h"
 
 #include <pcap/pcap.h>
 

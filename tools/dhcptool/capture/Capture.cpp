@@ -1,4 +1,4 @@
-#include "common/Capture.h"
+#include "capture/Capture.h"
 
 #include <pcap/pcap.h>
 #include <sys/stat.h>

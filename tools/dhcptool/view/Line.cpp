@@ -1,4 +1,4 @@
-#include "snoop/Line.h"
+#include "view/Line.h"
 
 #include <ctime>
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "DhcpLib/DhcpSnoopingPamManager.h"
-#include "snoop/Arrival.h"
+#include "capture/Arrival.h"
 
 namespace DhcpTool {
 

@@ -1,7 +1,7 @@
-#include "snoop/MessageLine.h"
+#include "view/MessageLine.h"
 
 #include "common/Ascending.h"
-#include "snoop/Line.h"
+#include "view/Line.h"
 
 namespace DhcpTool {
 

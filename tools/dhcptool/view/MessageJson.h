@@ -3,8 +3,8 @@
 #include <string>
 
 #include "DhcpLib/DhcpParser.h"
-#include "snoop/Arrival.h"
-#include "snoop/Message6.h"
+#include "capture/Arrival.h"
+#include "message/Message6.h"
 
 namespace DhcpTool {
 

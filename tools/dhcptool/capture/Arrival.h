@@ -2,7 +2,7 @@
 
 #include "Kitnet/IntfId.h"
 #include "Kitnet/Pkt.h"
-#include "common/Capture.h"
+#include "capture/Capture.h"
 
 namespace DhcpTool {
 
@@ -10,7 +10,8 @@ namespace DhcpTool {
 struct Arrival {
     U64 number = 0;  ///< counted from 1
     CaptureTime time{};
-    Kcore::Ptr<Kitnet::Pkt> pkt;
+    Kcore::Ptr<Kitnet::Pkt> pkt;  ///< the captured bytes
+    U32 sentBytes = 0;            ///< more than were captured if the snap length cut the frame
     Kitnet::IntfId intf;
     bool live = false;      ///< from an interface of this host
     bool outgoing = false;  ///< this host sent it

@@ -1,4 +1,4 @@
-#include "snoop/Message6.h"
+#include "message/Message6.h"
 
 #include "DhcpLib/Dhcp6Hdr.h"
 #include "common/Printable.h"

@@ -4,8 +4,8 @@
 
 #include "DhcpLib/Dhcp6Parser.h"
 #include "DhcpLib/DhcpParser.h"
-#include "snoop/Arrival.h"
-#include "snoop/Message6.h"
+#include "capture/Arrival.h"
+#include "message/Message6.h"
 
 namespace DhcpTool {
 

@@ -1,4 +1,4 @@
-#include "snoop/MessageJson.h"
+#include "view/MessageJson.h"
 
 #include "common/AttributeJson.h"
 

@@ -1,5 +1,5 @@
-#include "snoop/Line.h"
-#include "snoop/MessageLine.h"
+#include "view/Line.h"
+#include "view/MessageLine.h"
 
 namespace DhcpTool {
 

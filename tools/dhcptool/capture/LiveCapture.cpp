@@ -1,4 +1,4 @@
-#include "snoop/LiveCapture.h"
+#include "capture/LiveCapture.h"
 
 #include <poll.h>
 
@@ -63,7 +63,8 @@ std::optional<Arrival> LiveCapture::next() {
         while (!readable_.empty()) {
             Readable& front = readable_.front();
             const Interface::PamFrame frame = front.framesLeft-- > 0 ? front.pam->readPkt() : Interface::PamFrame();
-            if (frame) return Arrival{++frames_, now(), frame.pkt, frame.intf, true, frame.outgoing};
+            if (frame)
+                return Arrival{++frames_, now(), frame.pkt, frame.pkt->bytes(), frame.intf, true, frame.outgoing};
             readable_.pop_front();
         }
         if (!poll()) return std::nullopt;

@@ -1,4 +1,4 @@
-#include "snoop/StopSignal.h"
+#include "capture/StopSignal.h"
 
 #include <fcntl.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Kitnet/Pkt.h"
-#include "common/Capture.h"
+#include "capture/Capture.h"
 #include "common/Output.h"
 
 struct pcap_dumper;

@@ -4,8 +4,8 @@
 #include "Kcore/Text.h"
 #include "Kitnet/IpAddr.h"
 #include "Kitnet/NetInteger.h"
+#include "capture/Arrival.h"
 #include "common/Printable.h"
-#include "snoop/Arrival.h"
 
 namespace DhcpTool {
 
