@@ -1,5 +1,6 @@
 #include "Interface/EthDevPam.h"
 
+#include <memory>
 #include <system_error>
 
 #include "Interface/Trace.h"
@@ -11,23 +12,44 @@ namespace {
 
 const Kcore::ModuleTypes<EthDevPam> registration{"Interface/EthDevPam"};
 
+/// Created when a frame is read for the first time: threads that read none do without its memory.
+FrameBatch& batchOfThread() {
+    thread_local std::unique_ptr<FrameBatch> batch;
+    if (!batch) batch = std::make_unique<FrameBatch>();
+    return *batch;
+}
+
 }  // namespace
 
 EthDevPam::~EthDevPam() = default;
 const Kcore::TypeData& EthDevPam::typeData() const { return Kcore::typeDataOf<EthDevPam>(); }
 
 PamFrame EthDevPam::readPkt() {
-    while (socket_) {
-        try {
-            const ReadFrame read = readFrame(socket_.get());
-            if (read.pkt) ++received_;
-            return {read.pkt, intf_, read.outgoing, read.checksumReady};
-        } catch (const std::system_error& failure) {
-            handleFailure(failure);
-            if (failure.code() != std::errc::message_size) break;
+    PamFrame frame;
+    readPkts({&frame, 1});
+    return frame;
+}
+
+std::size_t EthDevPam::readPkts(std::span<PamFrame> frames) {
+    std::size_t taken = 0;
+    try {
+        while (socket_ && taken == 0) {
+            FrameBatch& batch = batchOfThread();
+            const std::size_t waiting = batch.read(socket_.get(), frames.size());
+            if (waiting == 0) break;
+            for (std::size_t i = 0; i < waiting; ++i) {
+                const ReadFrame read = batch.frame(i);
+                if (read.pkt)
+                    frames[taken++] = {read.pkt, intf_, read.outgoing, read.checksumReady, PamFrame::Time(read.time)};
+                else
+                    handleFailure(std::system_error(std::make_error_code(std::errc::message_size), "reading a frame"));
+            }
         }
+    } catch (const std::system_error& failure) {
+        handleFailure(failure);
     }
-    return {};
+    received_ += taken;
+    return taken;
 }
 
 bool EthDevPam::sendPkt(const Kcore::Ptr<Kitnet::Pkt>& pkt) {

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
+#include <span>
+
 #include "Interface/PacketSocketSettings.h"
 #include "Kcore/FileDescriptor.h"
 #include "Kcore/TypeData.h"
@@ -10,12 +14,16 @@ namespace Interface {
 
 /// A frame that was received on an interface, from its Ethernet header on. `outgoing`: this host sent it.
 /// `checksumReady`: false if the sender is on this host and has left the UDP checksum to the network card, so that it
-/// is not set.
+/// is not set. `time`: when the kernel received or sent it; the epoch unless the agent has set SO_TIMESTAMPNS on the
+/// socket.
 struct PamFrame {
+    using Time = std::chrono::sys_time<std::chrono::nanoseconds>;
+
     Kcore::Ptr<Kitnet::Pkt> pkt;
     Kitnet::IntfId intf;
     bool outgoing = false;
     bool checksumReady = true;
+    Time time{};
 
     explicit operator bool() const { return static_cast<bool>(pkt); }
 };
@@ -45,11 +53,16 @@ public:
 
     /// The next frame. The packet is null if no frame is waiting. A frame that cannot be read is counted and skipped.
     PamFrame readPkt();
+    /// Reads the next frames with one system call: as many as are waiting, but at most frames.size() and at most 64.
+    /// Stores them from frames[0] on and returns their number. No frame is kept back: after any number, `fd` is
+    /// readable if more are waiting. Returns 0 if no frame is waiting. A frame that cannot be read is counted and
+    /// skipped.
+    std::size_t readPkts(std::span<PamFrame> frames);
     /// Sends a frame that starts at its Ethernet header, with its out-of-band tag put back. If there is no socket or
     /// the kernel refuses the frame, counts an error, traces the reason and returns false.
     bool sendPkt(const Kcore::Ptr<Kitnet::Pkt>& pkt);
 
-    /// Number of frames that readPkt() returned and that sendPkt() sent.
+    /// Number of frames that readPkt() and readPkts() returned and that sendPkt() sent.
     U64 received() const { return received_; }
     U64 sent() const { return sent_; }
     /// Number of frames that passed the filter but were dropped by the kernel because the socket was full.

@@ -21,6 +21,8 @@ namespace {
 using Kcore::U8;
 
 constexpr std::size_t largestFrame = 65535;  // bytes; longer frames are refused
+// A multiple of the page size would make the beginnings of all frames compete for the same lines of the cache.
+constexpr std::size_t slotBytes = largestFrame + 513;
 constexpr std::size_t addressBytes = 2 * ETH_ALEN;
 
 [[noreturn]] void raise(const char* what, int error = errno) {
@@ -39,17 +41,18 @@ void attach(int fd, const Kitnet::SockFilterProgram& program) {
     optionIs(fd, SOL_SOCKET, SO_ATTACH_FILTER, filter, "filter program");
 }
 
-/// Data that the kernel delivers beside a frame.
-void takeAuxiliaryData(msghdr& message, ReadFrame& read) {
-    for (cmsghdr* at = CMSG_FIRSTHDR(&message); at != nullptr; at = CMSG_NXTHDR(&message, at)) {
-        if (at->cmsg_level != SOL_PACKET || at->cmsg_type != PACKET_AUXDATA) continue;
-        tpacket_auxdata data;
-        std::memcpy(&data, CMSG_DATA(at), sizeof data);
-        read.checksumReady = (data.tp_status & TP_STATUS_CSUMNOTREADY) == 0;
-        if ((data.tp_status & TP_STATUS_VLAN_VALID) == 0) return;
-        const bool hasTpid = (data.tp_status & TP_STATUS_VLAN_TPID_VALID) != 0;
-        return read.pkt->vlanTagIs(hasTpid ? data.tp_vlan_tpid : U16{ETHERTYPE_VLAN}, data.tp_vlan_tci);
-    }
+void takeAuxiliaryData(const tpacket_auxdata& data, ReadFrame& read) {
+    read.checksumReady = (data.tp_status & TP_STATUS_CSUMNOTREADY) == 0;
+    if ((data.tp_status & TP_STATUS_VLAN_VALID) == 0) return;
+    const bool hasTpid = (data.tp_status & TP_STATUS_VLAN_TPID_VALID) != 0;
+    read.pkt->vlanTagIs(hasTpid ? data.tp_vlan_tpid : U16{ETHERTYPE_VLAN}, data.tp_vlan_tci);
+}
+
+template <class Data>
+Data dataOf(const cmsghdr& control) {
+    Data data;
+    std::memcpy(&data, CMSG_DATA(&control), sizeof data);
+    return data;
 }
 
 }  // namespace
@@ -74,23 +77,46 @@ Kcore::FileDescriptor openPacketSocket(U32 ifIndex, const PacketSocketSettings& 
     return fd;
 }
 
-ReadFrame readFrame(int packetSocket) {
-    std::array<U8, largestFrame> frame;
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(tpacket_auxdata))> control;
-    sockaddr_ll address{};
-    iovec part{frame.data(), frame.size()};
-    msghdr message{&address, sizeof address, &part, 1, control.data(), control.size(), 0};
-    ssize_t size;
-    do size = ::recvmsg(packetSocket, &message, 0);
-    while (size < 0 &&
-           (errno == EINTR || errno == ENETDOWN));  // reported once when the link goes down, before any frame
+FrameBatch::FrameBatch() : bytes_(std::make_unique_for_overwrite<U8[]>(mostFrames * slotBytes)) {
+    for (std::size_t i = 0; i < mostFrames; ++i) {
+        places_[i] = {bytes_.get() + i * slotBytes, largestFrame};
+        msghdr& message = messages_[i].msg_hdr;
+        message.msg_iov = &places_[i];
+        message.msg_iovlen = 1;
+        message.msg_name = &beside_[i].from;
+        message.msg_control = beside_[i].control.data();
+    }
+}
 
-    if (size < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) return {};
-    if (size < 0) raise("reading a frame");
-    if ((message.msg_flags & MSG_TRUNC) != 0) raise("reading a frame", EMSGSIZE);
-    ReadFrame read{Kitnet::globalPktManager().newPkt({frame.data(), static_cast<std::size_t>(size)}),
-                   address.sll_pkttype == PACKET_OUTGOING};
-    takeAuxiliaryData(message, read);
+std::size_t FrameBatch::read(int packetSocket, std::size_t limit) {
+    const auto count = static_cast<unsigned>(std::min(limit, mostFrames));
+    for (unsigned i = 0; i < count; ++i) {  // the last call has set the sizes to what was received
+        messages_[i].msg_hdr.msg_namelen = sizeof beside_[i].from;
+        messages_[i].msg_hdr.msg_controllen = sizeof beside_[i].control;
+    }
+    int result;
+    do result = ::recvmmsg(packetSocket, messages_.data(), count, MSG_DONTWAIT, nullptr);
+    while (result < 0 &&
+           (errno == EINTR || errno == ENETDOWN));  // reported once when the link goes down, before any frame
+    if (result >= 0) return static_cast<std::size_t>(result);
+    if (errno != EAGAIN && errno != EWOULDBLOCK) raise("reading a frame");
+    return 0;
+}
+
+ReadFrame FrameBatch::frame(std::size_t index) {
+    msghdr& message = messages_[index].msg_hdr;
+    if ((message.msg_flags & MSG_TRUNC) != 0) return {};
+    const auto* const bytes = static_cast<const U8*>(places_[index].iov_base);
+    ReadFrame read{Kitnet::globalPktManager().newPkt({bytes, messages_[index].msg_len}),
+                   beside_[index].from.sll_pkttype == PACKET_OUTGOING};
+    for (cmsghdr* at = CMSG_FIRSTHDR(&message); at != nullptr; at = CMSG_NXTHDR(&message, at)) {
+        if (at->cmsg_level == SOL_PACKET && at->cmsg_type == PACKET_AUXDATA) {
+            takeAuxiliaryData(dataOf<tpacket_auxdata>(*at), read);
+        } else if (at->cmsg_level == SOL_SOCKET && at->cmsg_type == SCM_TIMESTAMPNS) {
+            const auto time = dataOf<timespec>(*at);
+            read.time = std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+        }
+    }
     return read;
 }
 

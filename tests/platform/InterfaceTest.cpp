@@ -1,8 +1,10 @@
 #include <arpa/inet.h>
 #include <unistd.h>
 
+#include <array>
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "NetNamespace.h"
 
@@ -170,6 +172,41 @@ TEST_F(PacketAccess, WhatCannotBeSentIsRefusedAndCounted) {
     EXPECT_FALSE(va->readPkt());
     EXPECT_EQ(va->sent(), 1u);
     EXPECT_EQ(va->errors(), 3u);
+}
+
+TEST_F(PacketAccess, SeveralFramesAreReadAtOnce) {
+    for (const char* end : {"va", "vb"}) ip(std::string("link set mtu 65535 dev ") + end);
+    const EthDevPam::Ptr va = openPam("va");
+    const int on = 1;
+    ASSERT_EQ(setsockopt(va->fd(), SOL_SOCKET, SO_TIMESTAMPNS, &on, sizeof on), 0);
+    const auto now = [] { return PamFrame::Time(std::chrono::system_clock::now()); };
+    const RawSender sender("vb");
+    const auto begin = now();
+    std::vector<Octets> sent;
+    for (U8 n = 0; n < 100; ++n) {
+        sent.push_back(untagged);
+        sent.back().push_back(n);
+        sender.send(sent.back());
+        if (n == 3) sender.send(Octets(65536, scratch));  // too long
+    }
+    const auto expect = [&](std::size_t first, std::span<const PamFrame> frames) {
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            EXPECT_EQ(bytesOf(*frames[i].pkt), sent[first + i]);
+            EXPECT_TRUE(frames[i].time >= begin && frames[i].time <= now());
+        }
+    };
+    std::array<PamFrame, 70> frames;
+    ASSERT_EQ(va->readPkts(std::span(frames).first(7)), 6u) << "with the one that is too long";
+    expect(0, std::span(frames).first(6));
+    ASSERT_TRUE(becomesReadable(va->fd()));
+    ASSERT_EQ(va->readPkts(frames), 64u);
+    expect(6, std::span(frames).first(64));
+    EXPECT_EQ(bytesOf(*va->readPkt().pkt), sent[70]);
+    ASSERT_EQ(va->readPkts(frames), 29u);
+    expect(71, std::span(frames).first(29));
+    EXPECT_EQ(va->readPkts(frames), 0u);
+    EXPECT_EQ(va->received(), 100u);
+    EXPECT_EQ(va->errors(), 1u);
 }
 
 TEST_F(PacketAccess, SocketsComeAndGoWithTheirInterface) {
