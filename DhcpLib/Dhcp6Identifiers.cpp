@@ -3,6 +3,7 @@
 #include <charconv>
 #include <limits>
 
+#include "DhcpLib/Dhcp6Hdr/internal/WholeOptions.h"
 #include "DhcpLib/internal/Dhcp6Identifiers.h"
 
 namespace DhcpLib {
@@ -27,10 +28,8 @@ unsigned long leadingNumber(std::string_view text) {
 
 Dhcp6OptionPlace placeOf(const Dhcp6Option& option) { return {true, option.len(), option.offset()}; }
 
-/// The packet's bytes up to the end of the option's data.
 Wire::ByteView upToEndOf(const Dhcp6Option& option) {
-    const U32 end = U32{option.offset()} + Dhcp6Const::optdata_offset + option.len();
-    return {option.pkt()->data(), std::min(end, option.pkt()->bytes())};
+    return upTo(option.pkt(), U32{option.offset()} + Dhcp6Const::optdata_offset + option.len());
 }
 
 }  // namespace
@@ -48,6 +47,7 @@ Dhcp6PortInfo decodeIntfVlan(std::string_view text, Kitnet::IntfId& intf, Bridgi
 
 Dhcp6ClientIdentifier dhcp6ClientIdentifier(const Dhcp6OptionPtr& opt) {
     Dhcp6ClientIdentifier id;
+    if (!opt) return id;
     id.option = placeOf(*opt);
     readClientIdentifier(upToEndOf(*opt), id);
     return id;
@@ -55,6 +55,7 @@ Dhcp6ClientIdentifier dhcp6ClientIdentifier(const Dhcp6OptionPtr& opt) {
 
 Dhcp6RemoteIdentifier dhcp6RemoteIdentifier(const Dhcp6OptionPtr& opt) {
     Dhcp6RemoteIdentifier id;
+    if (!opt) return id;
     id.option = placeOf(*opt);
     readRemoteIdentifier(upToEndOf(*opt), id);
     return id;

@@ -54,7 +54,7 @@ struct Dhcp6RemoteIdentifier {
 };
 
 /// Decode the option `opt`, whatever its code, as a client identifier or a remote-id. Bytes past the option's data or
-/// the packet's end read as 0. Nothing is traced.
+/// the packet's end read as 0. A null `opt` gives the result for an absent option. Nothing is traced.
 DHCPLIB_EXPORT Dhcp6ClientIdentifier dhcp6ClientIdentifier(const Dhcp6OptionPtr& opt);
 DHCPLIB_EXPORT Dhcp6RemoteIdentifier dhcp6RemoteIdentifier(const Dhcp6OptionPtr& opt);
 

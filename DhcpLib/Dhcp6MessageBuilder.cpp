@@ -1,5 +1,7 @@
 #include "DhcpLib/Dhcp6MessageBuilder.h"
 
+#include <algorithm>
+
 #include "Kcore/Exception.h"
 
 namespace DhcpLib {
@@ -31,15 +33,7 @@ void Dhcp6MessageBuilder::start(U32 headerBytes) {
     pkt_->newSharedTailData(headerBytes);
 }
 
-Dhcp6Option::Ptr Dhcp6MessageBuilder::add(Dhcp6OptionType type, std::size_t len) {
-    if (len > bytesLeft() || Dhcp6Const::optdata_offset > bytesLeft() - len) return nullptr;
-    const U16 at = packetPosition(pkt_->bytes());
-    pkt_->newSharedTailData(static_cast<U32>(Dhcp6Const::optdata_offset + len));
-    const Dhcp6Option::Ptr option = dhcp6OptionFactory(pkt_, at);
-    option->optTypeIs(type);
-    option->lenIs(static_cast<U16>(len));
-    return option;
-}
+Dhcp6Option::Ptr Dhcp6MessageBuilder::add(Dhcp6OptionType type, std::size_t len) { return addInside(0, type, len); }
 
 Dhcp6Option::Ptr Dhcp6MessageBuilder::add(Dhcp6OptionType type, std::span<const U8> data) {
     const Dhcp6Option::Ptr option = add(type, data.size());
@@ -48,10 +42,24 @@ Dhcp6Option::Ptr Dhcp6MessageBuilder::add(Dhcp6OptionType type, std::span<const 
 }
 
 Dhcp6Option::Ptr Dhcp6MessageBuilder::addNested(const Dhcp6Option::Ptr& outer, Dhcp6OptionType type, std::size_t len) {
-    const U32 outerEnd = U32{outer->offset()} + Dhcp6Const::optdata_offset + outer->len();
-    if (outer->pkt() != pkt_ || outerEnd != pkt_->bytes()) return nullptr;
-    const Dhcp6Option::Ptr option = add(type, len);
-    if (option) outer->lenIs(static_cast<U16>(outer->len() + Dhcp6Const::optdata_offset + len));
+    const auto at = std::find(last_.begin(), last_.end(), outer);
+    if (at == last_.end()) return nullptr;
+    if (U32{outer->offset()} + Dhcp6Const::optdata_offset + outer->len() != pkt_->bytes()) return nullptr;
+    return addInside(static_cast<std::size_t>(at - last_.begin()) + 1, type, len);
+}
+
+Dhcp6Option::Ptr Dhcp6MessageBuilder::addInside(std::size_t depth, Dhcp6OptionType type, std::size_t len) {
+    if (len > bytesLeft() || Dhcp6Const::optdata_offset > bytesLeft() - len) return nullptr;
+    const U32 added = static_cast<U32>(Dhcp6Const::optdata_offset + len);
+    // Everything that may throw comes before the first change.
+    const Dhcp6Option::Ptr option = dhcp6OptionFactory(pkt_, packetPosition(pkt_->bytes()));
+    last_.reserve(depth + 1);
+    pkt_->newSharedTailData(added);
+    option->optTypeIs(type);
+    option->lenIs(static_cast<U16>(len));
+    last_.resize(depth);
+    for (const Dhcp6Option::Ptr& outer : last_) outer->lenIs(static_cast<U16>(outer->len() + added));
+    last_.push_back(option);
     return option;
 }
 

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "DhcpLib/Dhcp6Hdr/Headers.h"
 #include "DhcpLib/Dhcp6Hdr/Options.h"
@@ -30,9 +31,10 @@ public:
     Dhcp6Option::Ptr add(Dhcp6OptionType type, std::span<const U8> data);
     /// Adds a relay message option (9) with a copy of `message`. Returns null if it does not fit.
     Dhcp6Option::Ptr addMessage(std::span<const U8> message) { return add(Dhcp6OptionType::relayMsg, message); }
-    /// Adds an option with `len` zero bytes at the end of `outer`'s data and increases the length of `outer`
-    /// accordingly, for example an address in an IA_NA. Returns null if it does not fit, or if `outer` is not the last
-    /// option of this message.
+    /// Adds an option with `len` zero bytes at the end of `outer`'s data, for example an address in an IA_NA. Increases
+    /// the lengths of `outer` and of the options that contain it. `outer` is an option that this builder returned and
+    /// behind whose data nothing has been added. Returns null for any other `outer`, null included, and if the option
+    /// does not fit.
     Dhcp6Option::Ptr addNested(const Dhcp6Option::Ptr& outer, Dhcp6OptionType type, std::size_t len);
 
     /// Size of the message, and number of bytes that can still be added, option headers (4 bytes each) included.
@@ -43,9 +45,11 @@ public:
 
 private:
     void start(U32 headerBytes);
+    Dhcp6Option::Ptr addInside(std::size_t depth, Dhcp6OptionType type, std::size_t len);
 
     PktPtr pkt_;
     U32 maxBytes_;
+    std::vector<Dhcp6Option::Ptr> last_;  // the last option, after the options that contain it, outermost first
 };
 
 }  // namespace DhcpLib

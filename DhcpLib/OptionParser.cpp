@@ -7,7 +7,7 @@ namespace DhcpLib {
 namespace {
 
 const Kcore::ModuleTypes<AreaState, DhcpSingleOption, DhcpSingleOptionWithCode, DhcpOptions,
-                         DhcpVendorSpecificEntOption, RelayRewriteVerdict>
+                         DhcpVendorSpecificEntOption, RelayGeneration, RelayRewriteVerdict>
     registration{"DhcpLib/OptionParser"};
 
 }  // namespace

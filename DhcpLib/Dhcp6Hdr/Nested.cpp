@@ -8,12 +8,6 @@ namespace {
 
 constexpr U32 lastPosition = 0xffff;  // of a view; later positions would wrap
 
-/// The packet's bytes in front of `end`; none for a null packet.
-Wire::ByteView upTo(const PktPtr& pkt, U32 end) {
-    const Wire::ByteView bytes(pkt.get());
-    return {bytes.data(), std::min(end, bytes.size())};
-}
-
 std::vector<Dhcp6Option::Ptr> wholeOptions(const PktPtr& pkt, U32 first, U32 end) {
     std::vector<Dhcp6Option::Ptr> options;
     walkWhole(upTo(pkt, std::min(end, lastPosition)), first, [&](const auto& head) {
@@ -23,7 +17,7 @@ std::vector<Dhcp6Option::Ptr> wholeOptions(const PktPtr& pkt, U32 first, U32 end
     return options;
 }
 
-/// Replaces `message` by the one in its relay message option; false and nothing done if it has none.
+/// Replaces `message` by the one in its relay message option. Returns false and changes nothing if it has none.
 bool findRelayed(const PktPtr& pkt, Dhcp6MessagePlace& message) {
     const Wire::ByteView bytes = upTo(pkt, std::min(message.end, lastPosition));
     const Dhcp6MsgType type = typeOf(bytes, message.offset);

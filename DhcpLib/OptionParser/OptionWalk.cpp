@@ -67,7 +67,7 @@ bool parseDhcpOptions(const PktPtr& pkt, U32 offset, std::vector<DhcpSingleOptio
 bool parseDhcpSubOptsInOption(DhcpSingleOption* first, std::size_t total,
                               std::vector<DhcpSingleOptionWithCode>& wanted) {
     auto* start = reinterpret_cast<U8*>(first);
-    walkSubOptsInOption(Wire::ByteView(start, Wire::unbounded), 0, total, [&](U8 code, U32 at) {
+    walkSubOptsInOption(unboundedFrom(start), 0, total, [&](U8 code, U32 at) {
         for (const DhcpSingleOptionWithCode& request : wanted)
             if (request.code == code) *request.option = reinterpret_cast<DhcpSingleOption*>(start + at);
     });

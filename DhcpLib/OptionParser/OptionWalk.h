@@ -67,7 +67,7 @@ DHCPLIB_EXPORT bool parseDhcpOptions(const PktPtr& pkt, U32 offset, std::vector<
 /// Walks the sub-options from `first` on, `total` bytes in all, and fills the slot of every request whose code occurs.
 /// Always returns true. The count and the position drift apart after a pad
 /// (docs/compatibility.md#sub-option-count-drifts-after-a-pad). Requires: all bytes that the lengths announce are
-/// readable; the first item is read even if `total` is 0.
+/// readable; the first item is read even if `total` is 0. Fills nothing if `first` is null.
 DHCPLIB_EXPORT bool parseDhcpSubOptsInOption(DhcpSingleOption* first, std::size_t total,
                                              std::vector<DhcpSingleOptionWithCode>& wanted);
 /// Positions of the magic cookie, the last option 82 (null if there is none), the end option, and the byte behind the

@@ -117,6 +117,15 @@ DHCPLIB_EXPORT bool relayRewrite(const PktPtr& pkt, const RelayRewrite& rewrite,
 }  // namespace DhcpLib
 
 template <>
+struct Kcore::EnumTable<DhcpLib::RelayGeneration> {
+    using enum DhcpLib::RelayGeneration;
+    static constexpr std::string_view name = "RelayGeneration";
+    static constexpr EnumMember<DhcpLib::RelayGeneration> members[] = {
+        {preparePacket, "preparePacket"},
+        {preparePacketNew, "preparePacketNew"},
+    };
+};
+template <>
 struct Kcore::EnumTable<DhcpLib::RelayRewriteVerdict> {
     using enum DhcpLib::RelayRewriteVerdict;
     static constexpr std::string_view name = "RelayRewriteVerdict";

@@ -105,8 +105,9 @@ bool isVendorSpecificQuorvaEntno(DhcpVendorSpecificEntOption* first, std::size_t
                                  DhcpVendorSpecificEntOption** found) {
     auto* start = reinterpret_cast<U8*>(first);
     U32 block = 0;
-    const auto total = static_cast<U32>(std::min<std::size_t>(totalLen, Wire::unbounded));
-    if (!findQuorvaBlock<U32>(Wire::ByteView(start, Wire::unbounded), 0, total, &block)) return false;
+    const Wire::ByteView bytes = unboundedFrom(first);
+    const auto total = static_cast<U32>(std::min<std::size_t>(totalLen, bytes.size()));
+    if (!findQuorvaBlock<U32>(bytes, 0, total, &block)) return false;
     *found = reinterpret_cast<DhcpVendorSpecificEntOption*>(start + block);
     return true;
 }
@@ -151,7 +152,7 @@ U32 getVendorSpecificSubOptionLenAdd(Kcore::String intfName, Kitnet::IpGenAddr s
 std::size_t addVendorSpecificSubOption(DhcpSingleOption* infoOpt, std::size_t dataPos,
                                        DhcpSingleOption* existingVsSubOpt, Kcore::String intfName,
                                        Kitnet::IpGenAddr srcVtep) {
-    if (!isVendorDataPresent(intfName, srcVtep)) return 0;
+    if (!isVendorDataPresent(intfName, srcVtep) || (infoOpt == nullptr && existingVsSubOpt == nullptr)) return 0;
     const U32 added = vendorBlockHeaderBytes + quorvaVendorSpecificSubOptLen(intfName, srcVtep);
     constexpr U32 longest = 255;
     if (added + (existingVsSubOpt == nullptr ? 0u : existingVsSubOpt->len) > longest) return 0;
@@ -182,7 +183,7 @@ void parseVendorSpecificSubOpt(Wire::ByteView bytes, U32 at, Kcore::String& intf
 }
 
 void parseVendorSpecificSubOpt(DhcpSingleOption* vsSubOpt, Kcore::String& intfName, Kitnet::IpGenAddr& srcVtepIp) {
-    parseVendorSpecificSubOpt(Wire::ByteView(reinterpret_cast<U8*>(vsSubOpt), Wire::unbounded), 0, intfName, srcVtepIp);
+    parseVendorSpecificSubOpt(unboundedFrom(vsSubOpt), 0, intfName, srcVtepIp);
 }
 
 }  // namespace DhcpLib

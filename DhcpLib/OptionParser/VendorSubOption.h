@@ -43,7 +43,7 @@ DHCPLIB_EXPORT void setInfoData(Kcore::Bytes& buf, U32& pos, U8 subType, U8 len,
 DHCPLIB_EXPORT DhcpVendorSpecificEntOption* getNextVendorSpecificEntOpt(DhcpVendorSpecificEntOption* block);
 /// Finds the own block among the blocks from `first` on. The walk ends when the blocks passed have `totalLen` bytes or
 /// more. The first block is always examined (docs/compatibility.md#first-item-always-read). Requires: all bytes that
-/// the lengths announce are readable.
+/// the lengths announce are readable. Returns false if `first` is null.
 DHCPLIB_EXPORT bool isVendorSpecificQuorvaEntno(DhcpVendorSpecificEntOption* first, std::size_t totalLen,
                                                 DhcpVendorSpecificEntOption** found);
 /// Writes the own enterprise number into `buf` at `pos` and sets `pos` to the buffer's size.
@@ -61,9 +61,10 @@ DHCPLIB_EXPORT void addQuorvaVendorSpecificSubOpt(Kcore::Bytes& buf, U32& pos, c
 /// none yet. With the toggle DhcpRelayTunnelEncapReplies off, `legacyLen` counts in place of the block.
 DHCPLIB_EXPORT U32 getVendorSpecificSubOptionLenAdd(Kcore::String intfName, Kitnet::IpGenAddr srcVtep,
                                                     Kcore::String existingVendorData, U32 legacyLen);
-/// Writes the system's block behind the data of `existingVsSubOpt`, or as a new sub-option 9 at `dataPos` of option
+/// Writes the own block behind the data of `existingVsSubOpt`, or as a new sub-option 9 at `dataPos` of option
 /// 82's data, and returns the bytes that it takes. The caller adds them to the length of option 82. Writes nothing and
-/// returns 0 if the block would be empty, or if the sub-option would pass 255 bytes. Requires: the bytes are writable.
+/// returns 0 if the block would be empty, if the sub-option would pass 255 bytes, or if both options are null.
+/// Requires: the bytes are writable.
 DHCPLIB_EXPORT std::size_t addVendorSpecificSubOption(DhcpSingleOption* infoOpt, std::size_t dataPos,
                                                       DhcpSingleOption* existingVsSubOpt, Kcore::String intfName,
                                                       Kitnet::IpGenAddr srcVtep);
@@ -75,7 +76,8 @@ DHCPLIB_EXPORT U32 calculateNonQuorvaVendorLen(Kcore::Ptr<DhcpInformationSubOpti
                                                Kcore::Ptr<DhcpVendorSpecificSubOpt>& vsView);
 /// Reads the own block of a sub-option 9. Outputs whose item is absent stay unchanged. With the toggle off, reads the
 /// interface name from the text layout (docs/compatibility.md#vendor-text-layout). Requires: all bytes that the lengths
-/// announce are readable, as they are within Pkt::guardBytes of the end of a roomy packet.
+/// announce are readable, as they are within Pkt::guardBytes of the end of a roomy packet. A null `vsSubOpt` has no
+/// block.
 DHCPLIB_EXPORT void parseVendorSpecificSubOpt(DhcpSingleOption* vsSubOpt, Kcore::String& intfName,
                                               Kitnet::IpGenAddr& srcVtepIp);
 /// The same for the sub-option at position `at` of a packet; reads stay inside the packet.

@@ -54,6 +54,7 @@ std::size_t EthDevPam::readPkts(std::span<PamFrame> frames) {
 
 bool EthDevPam::sendPkt(const Kcore::Ptr<Kitnet::Pkt>& pkt) {
     try {
+        if (!pkt) throw std::runtime_error("no packet to send");
         if (!socket_) throw std::runtime_error(error_.str());
         sendFrame(socket_.get(), *pkt);
         ++sent_;

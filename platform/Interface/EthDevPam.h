@@ -58,8 +58,8 @@ public:
     /// readable if more are waiting. Returns 0 if no frame is waiting. A frame that cannot be read is counted and
     /// skipped.
     std::size_t readPkts(std::span<PamFrame> frames);
-    /// Sends a frame that starts at its Ethernet header, with its out-of-band tag put back. If there is no socket or
-    /// the kernel refuses the frame, counts an error, traces the reason and returns false.
+    /// Sends a frame that starts at its Ethernet header, with its out-of-band tag put back. If `pkt` is null, there is
+    /// no socket, or the kernel refuses the frame, counts an error, traces the reason and returns false.
     bool sendPkt(const Kcore::Ptr<Kitnet::Pkt>& pkt);
 
     /// Number of frames that readPkt() and readPkts() returned and that sendPkt() sent.

@@ -88,6 +88,8 @@ TEST(NullPacket, IsTreatedAsEmpty) {
         EXPECT_EQ(relayRewriteCheck(none, {}, generation).verdict, RelayRewriteVerdict::notDhcp);
         EXPECT_FALSE(relayRewrite(none, {}, generation));
     }
+    EXPECT_FALSE(dhcp6ClientIdentifier(nullptr).option.present || dhcp6RemoteIdentifier(nullptr).option.present);
+    EXPECT_EQ(dhcp6RemoteIdentifier(dhcp6OptionFactory(none, 0)).portInfo, Dhcp6PortInfo::noPortText);
     PacketParser parser(nullptr);
     EXPECT_FALSE(parser.doParse(none, Kitnet::IntfId(), false));
     EXPECT_EQ(parser.rejection(), FrameRejection::shortEthernetHeader);

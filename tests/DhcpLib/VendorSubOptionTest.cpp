@@ -73,6 +73,16 @@ TEST(VendorSubOption, IsReadThroughAPointerByItsLengthsAlone) {
     }
 }
 
+TEST(VendorSubOption, ANullPointerHoldsNoBlock) {
+    DhcpVendorSpecificEntOption* block = nullptr;
+    EXPECT_FALSE(isVendorSpecificQuorvaEntno(nullptr, 11, &block));
+    Kcore::String name("-");
+    Kitnet::IpGenAddr vtep;
+    parseVendorSpecificSubOpt(static_cast<DhcpSingleOption*>(nullptr), name, vtep);
+    EXPECT_EQ(name, "-");
+    EXPECT_EQ(addVendorSpecificSubOption(nullptr, 0, nullptr, "Et1", vtep), 0u);
+}
+
 TEST(VendorSubOption, TheBlockIsFoundByItsNumber) {
     const struct {
         const char* blocks;

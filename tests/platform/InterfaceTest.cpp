@@ -163,7 +163,7 @@ TEST_F(PacketAccess, TagsAreDeliveredBesideTheFrame) {
 
 TEST_F(PacketAccess, WhatCannotBeSentIsRefusedAndCounted) {
     const EthDevPam::Ptr va = openPam("va");
-    EXPECT_FALSE(va->sendPkt(packet(Octets(11, scratch))));
+    EXPECT_FALSE(va->sendPkt(nullptr) || va->sendPkt(packet(Octets(11, scratch))));
     EXPECT_FALSE(va->sendPkt(packet(Octets(1515, scratch))));
     EXPECT_TRUE(va->sendPkt(packet(Octets(1514, scratch))));
     desired->intfDel(IntfId("va"));
@@ -171,7 +171,7 @@ TEST_F(PacketAccess, WhatCannotBeSentIsRefusedAndCounted) {
     EXPECT_FALSE(va->sendPkt(packet(untagged)));
     EXPECT_FALSE(va->readPkt());
     EXPECT_EQ(va->sent(), 1u);
-    EXPECT_EQ(va->errors(), 3u);
+    EXPECT_EQ(va->errors(), 4u);
 }
 
 TEST_F(PacketAccess, SeveralFramesAreReadAtOnce) {

@@ -2,9 +2,16 @@
 
 #include "DhcpLib/Dhcp6Hdr/Const.h"
 #include "DhcpLib/Dhcp6Hdr/Enums.h"
+#include "DhcpLib/PacketView.h"
 #include "DhcpLib/Walk.h"
 
 namespace DhcpLib {
+
+/// The packet's bytes in front of `end`; none for a null packet.
+inline Wire::ByteView upTo(const PktPtr& pkt, U32 end) {
+    const Wire::ByteView bytes(pkt.get());
+    return {bytes.data(), std::min(end, bytes.size())};
+}
 
 /// Calls `visit(head)` for each whole option from `first` on, until it returns false. Returns whether the
 /// options fill `bytes` exactly.

@@ -10,6 +10,11 @@ inline constexpr std::string_view noEndOptionText = " DHCP packet missing end op
 inline constexpr std::string_view emptyInfoText = "Info opt present but length is zero";
 inline constexpr std::string_view withoutBlank(std::string_view text) { return text.substr(1); }
 
+/// For functions that are given a pointer without a size: all bytes from `start` on; none if it is null.
+inline Wire::ByteView unboundedFrom(const void* start) {
+    return {static_cast<const U8*>(start), start != nullptr ? Wire::unbounded : 0};
+}
+
 /// Calls `visit(code, at)` for the sub-options from `first` on, until the bytes counted reach `total`. A pad is counted
 /// with a length byte (docs/compatibility.md#sub-option-count-drifts-after-a-pad), and the first item is visited even
 /// if `total` is 0 (docs/compatibility.md#first-item-always-read).
