@@ -3,6 +3,7 @@
 #include "capture/Capture.h"
 #include "common/Output.h"
 #include "common/Printable.h"
+#include "follow/FollowCommand.h"
 #include "leasequery/LeaseQueryCommand.h"
 #include "relay/RelayCommand.h"
 #include "snoop/SnoopCommand.h"
@@ -21,6 +22,7 @@ int main(int argc, char** argv) {
         CLI::App app("Inspects DHCP traffic, rewrites it as a relay, and queries leases.", "dhcptool");
         app.set_version_flag("--version", DHCPTOOL_VERSION);
         app.require_subcommand(1);
+        addFollowCommand(app);
         addLeaseQueryCommand(app, status);
         addRelayCommand(app);
         addSnoopCommand(app);
