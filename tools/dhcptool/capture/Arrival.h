@@ -13,6 +13,7 @@ struct Arrival {
     Kcore::Ptr<Kitnet::Pkt> pkt;  ///< the captured bytes
     U32 sentBytes = 0;            ///< more than were captured if the snap length cut the frame
     Kitnet::IntfId intf;
+    U32 ifIndex = 0;        ///< number of the interface on the host that captured the frame; 0 if it is not known
     bool live = false;      ///< from an interface of this host
     bool outgoing = false;  ///< this host sent it
 };

@@ -4,32 +4,30 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <limits>
+#include <array>
+#include <system_error>
 
-#include "Kcore/Types.h"
+#include "capture/StopSignal.h"
 #include "common/Printable.h"
 
 namespace DhcpTool {
 
 namespace {
 
-/// Throws with the file's name in the message once. Messages of libpcap contain it sometimes.
-[[noreturn]] void fail(const std::string& path, std::string_view why) {
-    if (why.starts_with(path + ": ")) why.remove_prefix(path.size() + 2);
-    throw CaptureError(quotedText(path) + ": " + harmless(why));
-}
-
-U64 regularFileSize(std::FILE* file) {
+U64 regularFileSize(int fd) {
     struct stat status {};
-    if (fstat(fileno(file), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return 0;
     return static_cast<U64>(status.st_size);
 }
 
-/// Limits seconds and microseconds, which may be any number in a file, so that their sum does not overflow.
+/// Limits the seconds, which may be any number in a file, so that the sum does not overflow. libpcap delivers
+/// nanoseconds in the place of microseconds.
 CaptureTime timeOf(const timeval& time) {
     using Second = std::chrono::seconds;
     constexpr auto most = std::chrono::duration_cast<Second>(CaptureTime::max()) - std::chrono::days(1);
-    return std::clamp(Second(time.tv_sec), -most, most) + CaptureTime(time.tv_usec);
+    constexpr CaptureTime::rep mostFraction = 1'000'000'000;
+    const auto fraction = std::clamp(CaptureTime::rep{time.tv_usec}, -mostFraction, mostFraction);
+    return std::clamp(Second(time.tv_sec), -most, most) + CaptureTime(fraction);
 }
 
 std::string linkTypeName(int linkType) {
@@ -37,37 +35,68 @@ std::string linkTypeName(int linkType) {
     return name != nullptr ? name : std::to_string(linkType);
 }
 
+/// Reads the format of a capture that is not compressed from its first four bytes.
+bool mayHaveNanoseconds(std::FILE* stream) {
+    constexpr std::array<U8, 4> inNanoseconds{0xa1, 0xb2, 0x3c, 0x4d}, nextGeneration{0x0a, 0x0d, 0x0d, 0x0a};
+    std::array<U8, 4> magic{};
+    const std::size_t count = std::fread(magic.data(), 1, magic.size(), stream);
+    for (std::size_t i = count; i > 0; --i) std::ungetc(magic[i - 1], stream);
+    return magic == nextGeneration || magic == inNanoseconds ||
+           std::equal(magic.rbegin(), magic.rend(), inNanoseconds.begin());
+}
+
 }  // namespace
 
 void CaptureReader::Close::operator()(pcap* handle) const { pcap_close(handle); }
 
-CaptureReader::CaptureReader(const std::string& path) : path_(path) {
-    char error[PCAP_ERRBUF_SIZE] = "";
-    handle_.reset(pcap_open_offline(path.c_str(), error));
-    if (!handle_) fail(path_, error);
-    const int linkType = pcap_datalink(handle_.get());
-    if (linkType != DLT_EN10MB) fail(path_, "link type is " + linkTypeName(linkType) + ", not Ethernet");
-    size_ = regularFileSize(pcap_file(handle_.get()));
+CaptureReader::CaptureReader(const std::string& path, const StopSignal* stop) : path_(path), stop_(stop) {
+    try {
+        stream_ = std::make_unique<ByteStream>(path, stop);
+        open();
+    } catch (const std::system_error& failure) {
+        fail(failure.code().message());
+    }
+    size_ = regularFileSize(stream_->raw().fd());
 }
 
+void CaptureReader::open() {
+    char error[PCAP_ERRBUF_SIZE] = "";
+    std::FILE* const stream = stream_->open();
+    nanoseconds_ = mayHaveNanoseconds(stream);
+    handle_.reset(pcap_fopen_offline_with_tstamp_precision(stream, PCAP_TSTAMP_PRECISION_NANO, error));
+    if (!handle_) {
+        std::fclose(stream);
+        fail(error);
+    }
+    const int linkType = pcap_datalink(handle_.get());
+    linkLayer_ = LinkLayer::of(linkType);
+    if (!linkLayer_) fail("link type " + linkTypeName(linkType) + " is not supported");
+}
+
+/// Throws with the file's name in the message.
+void CaptureReader::fail(std::string_view why) const {
+    if (stream_ && !stream_->error().empty()) why = stream_->error();
+    throw CaptureError(quotedText(path_) + ": " + harmless(why));
+}
+
+bool CaptureReader::stopped() const { return stop_ != nullptr && stop_->signalled(); }
+
 std::optional<Frame> CaptureReader::next() {
+    if (stopped()) return std::nullopt;
     pcap_pkthdr* header = nullptr;
     const U8* bytes = nullptr;
     const int result = pcap_next_ex(handle_.get(), &header, &bytes);
+    if (result != 1 && stopped()) return std::nullopt;
+    if (result != 1 && !stream_->error().empty()) fail(stream_->error());
     if (result == PCAP_ERROR_BREAK) return std::nullopt;
-    if (result != 1) fail(path_, pcap_geterr(handle_.get()));
-    return Frame{++frames_, timeOf(header->ts), {bytes, header->caplen}, header->len};
-}
-
-U64 CaptureReader::position() const {
-    const long at = std::ftell(pcap_file(handle_.get()));
-    return at > 0 ? static_cast<U64>(at) : 0;
+    if (result != 1) fail(pcap_geterr(handle_.get()));
+    return Frame{linkLayer_->ethernet({bytes, header->caplen}, header->len), ++frames_, timeOf(header->ts)};
 }
 
 bool CaptureReader::reads(const std::string& path) const {
     struct stat ours {
     }, theirs{};
-    return fstat(fileno(pcap_file(handle_.get())), &ours) == 0 && stat(path.c_str(), &theirs) == 0 &&
+    return ::fstat(stream_->raw().fd(), &ours) == 0 && ::stat(path.c_str(), &theirs) == 0 &&
            ours.st_dev == theirs.st_dev && ours.st_ino == theirs.st_ino;
 }
 

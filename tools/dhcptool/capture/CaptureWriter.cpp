@@ -12,11 +12,12 @@ namespace DhcpTool {
 
 namespace {
 
-pcap_dumper* opened(const std::string& path) {
+pcap_dumper* opened(const std::string& path, u_int precision) {
     constexpr int longestFrame = 262144;
     std::FILE* const file = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
     if (file == nullptr) throw OutputError(quotedText(path) + ": " + std::strerror(errno));
-    const std::unique_ptr<pcap, decltype(&pcap_close)> format(pcap_open_dead(DLT_EN10MB, longestFrame), pcap_close);
+    const std::unique_ptr<pcap, decltype(&pcap_close)> format(
+        pcap_open_dead_with_tstamp_precision(DLT_EN10MB, longestFrame, precision), pcap_close);
     pcap_dumper* const dumper = pcap_dump_fopen(format.get(), file);
     if (dumper == nullptr) throw OutputError(quotedText(path) + ": " + harmless(pcap_geterr(format.get())));
     return dumper;
@@ -26,15 +27,20 @@ pcap_dumper* opened(const std::string& path) {
 
 void CaptureWriter::Close::operator()(pcap_dumper* file) const { pcap_dump_close(file); }
 
-CaptureWriter::CaptureWriter(const std::string& path, bool live)
-    : file_(opened(path)), output_(live, pcap_dump_file(file_.get())), live_(live) {}
+CaptureWriter::CaptureWriter(const std::string& path, bool live, bool nanoseconds)
+    : file_(opened(path, nanoseconds ? PCAP_TSTAMP_PRECISION_NANO : PCAP_TSTAMP_PRECISION_MICRO)),
+      output_(live, pcap_dump_file(file_.get())),
+      live_(live),
+      nanoseconds_(nanoseconds) {}
 
 void CaptureWriter::write(CaptureTime time, std::span<const U8> bytes, U32 sentBytes) {
     if (!open()) return;
     const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
     pcap_pkthdr header{};
     header.ts.tv_sec = seconds.count();
-    header.ts.tv_usec = (time - seconds).count();
+    const CaptureTime fraction = time - seconds;
+    header.ts.tv_usec =
+        nanoseconds_ ? fraction.count() : std::chrono::duration_cast<std::chrono::microseconds>(fraction).count();
     header.caplen = static_cast<U32>(bytes.size());
     header.len = sentBytes;
     pcap_dump(reinterpret_cast<U8*>(file_.get()), &header, bytes.data());

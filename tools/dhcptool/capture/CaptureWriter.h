@@ -11,9 +11,10 @@ namespace DhcpTool {
 /// Writes Ethernet frames to a pcap file. If the reader closes the pipe, `open` becomes false; that is not an error.
 class CaptureWriter {
 public:
-    /// "-" is the standard output. Pipes are supported. `live`: flushes after each frame. Throws OutputError if the
-    /// file cannot be opened.
-    CaptureWriter(const std::string& path, bool live);
+    /// "-" is the standard output. Pipes are supported. `live`: flushes after each frame.
+    /// `nanoseconds`: the file has times in nanoseconds, not in microseconds. Throws OutputError if the file cannot be
+    /// opened.
+    CaptureWriter(const std::string& path, bool live, bool nanoseconds = true);
 
     /// Writes a frame of which `sentBytes` were sent and `bytes` were captured. Throws OutputError.
     void write(CaptureTime time, std::span<const U8> bytes, U32 sentBytes);
@@ -31,6 +32,7 @@ private:
     std::unique_ptr<pcap_dumper, Close> file_;
     Output output_;
     bool live_;
+    bool nanoseconds_;
 };
 
 }  // namespace DhcpTool

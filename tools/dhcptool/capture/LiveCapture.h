@@ -1,45 +1,50 @@
 #pragma once
 
-#include <deque>
-#include <functional>
+#include <array>
 #include <map>
 #include <vector>
 
 #include "DhcpLib/DhcpSnoopingPamManager.h"
-#include "capture/Arrival.h"
+#include "capture/Source.h"
 
 namespace DhcpTool {
 
 /// Receives the DHCPv4 and DHCPv6 frames of interfaces of this host as a snooping agent does. Prints a line on stderr
-/// when it listens on all of them, and when an interface appears, disappears, or goes down or up.
-class LiveCapture {
+/// when it listens on all of them, when an interface appears, disappears, or goes down or up, and, at most once a
+/// second, while the kernel drops frames.
+class LiveCapture final : public Source {
 public:
     using Clock = std::chrono::steady_clock;
+    static constexpr U32 usualBuffer = 32 << 20;
 
-    /// Stops when `stopFd` is readable, and at `end`. Throws CaptureError if none of the interfaces exists, or if one
-    /// of them cannot be opened. If only some are missing, it waits for them.
-    LiveCapture(const std::vector<Kitnet::IntfId>& interfaces, int stopFd, Clock::time_point end);
+    /// Stops when `stopFd` is readable, and at `end`. `receiveBuffer`: of each socket, in bytes of frames; without
+    /// CAP_NET_ADMIN the system limits it. Throws CaptureError if none of the interfaces exists, or if one of them
+    /// cannot be opened. If only some are missing, it waits for them.
+    LiveCapture(const std::vector<Kitnet::IntfId>& interfaces, int stopFd, Clock::time_point end,
+                U32 receiveBuffer = usualBuffer);
     LiveCapture(const LiveCapture&) = delete;
     LiveCapture& operator=(const LiveCapture&) = delete;
 
-    /// Waits for the next frame; none at the end.
-    std::optional<Arrival> next();
-
-    /// Calls `tell` with a line of counters for each interface.
-    void forEachCount(const std::function<void(const std::string&)>& tell) const;
+    std::optional<Arrival> next() override;
+    bool mayWait() const override { return handedOut_ == waiting_.size(); }
+    void forEachCount(const std::function<void(const std::string&)>& tell) const override;
 
 private:
     using Pam = Interface::EthDevPam;
     using Manager = DhcpLib::PamManager::Ptr;
 
-    struct Readable {
-        Pam::Ptr pam;
-        int framesLeft;  ///< until another socket is read
+    struct Counts {
+        U64 received = 0, dropped = 0, errors = 0;
     };
 
     void requireAccess() const;
-    bool poll();
+    std::vector<Pam::Ptr> pams(const Kitnet::IntfId& intf) const;
+    Counts countsOf(const Kitnet::IntfId& intf) const;
+    bool fill();
+    void read(Pam& pam);
     int pollTimeout() const;
+    void prepareSockets(const Kitnet::IntfId& intf) const;
+    void tellDrops();
     std::string stateOf(const Kitnet::IntfId& intf) const;
     void handleIntf(const Kitnet::IntfId& intf);
     void announce();
@@ -47,12 +52,19 @@ private:
     const std::vector<Kitnet::IntfId> interfaces_;
     const int stopFd_;
     const Clock::time_point end_;
+    const U32 receiveBuffer_;
     const KernelNetInfo::Status::Ptr kni_ = Kcore::makeNode<KernelNetInfo::Status>();
     const Manager dhcp_, dhcp6_;
     std::map<Kitnet::IntfId, std::string> states_;
     bool announced_ = false, ended_ = false;
-    std::deque<Readable> readable_;
+    std::array<Interface::PamFrame, 64> batch_;
+    std::vector<Arrival> waiting_;  // read in one turn, in the order of time
+    std::size_t handedOut_ = 0;     // number of them that next() has returned
+    std::size_t readAfterEnd_ = 0;
     U64 frames_ = 0;
+    Clock::time_point nextDropCheck_;
+    bool readSinceDropCheck_ = false;
+    std::map<Kitnet::IntfId, U64> toldDrops_;
     const Kcore::Observers<const Kitnet::IntfId&>::Observation changes_;
 };
 

@@ -10,12 +10,14 @@ namespace DhcpTool {
 
 namespace {
 
-std::atomic<int> signalled{-1};
-static_assert(std::atomic<int>::is_always_lock_free);
+std::atomic<int> pipeEnd{-1};
+std::atomic<bool> arrived{false};
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
 
 extern "C" void tellOfSignal(int) {
     const int errnoBefore = errno;
-    [[maybe_unused]] const auto written = ::write(signalled, "", 1);
+    arrived = true;
+    [[maybe_unused]] const auto written = ::write(pipeEnd, "", 1);
     errno = errnoBefore;
 }
 
@@ -26,13 +28,16 @@ StopSignal::StopSignal() {
     if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) throw std::system_error(errno, std::system_category(), "pipe");
     readable_ = Kcore::FileDescriptor(ends[0]);
     written_ = Kcore::FileDescriptor(ends[1]);
-    signalled = ends[1];
+    pipeEnd = ends[1];
+    arrived = false;
     struct sigaction action {};
     action.sa_handler = tellOfSignal;
     action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
     ::sigaction(SIGINT, &action, &interruptBefore_);
     ::sigaction(SIGTERM, &action, &terminateBefore_);
 }
+
+bool StopSignal::signalled() const { return arrived; }
 
 StopSignal::~StopSignal() {
     ::sigaction(SIGINT, &interruptBefore_, nullptr);

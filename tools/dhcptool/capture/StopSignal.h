@@ -17,6 +17,8 @@ public:
     StopSignal& operator=(const StopSignal&) = delete;
 
     int fd() const { return readable_.get(); }
+    /// Whether a signal has arrived.
+    bool signalled() const;
 
 private:
     Kcore::FileDescriptor readable_, written_;

@@ -60,7 +60,7 @@ void relay(const RelayArguments& arguments) {
         throw OutputError(DhcpTool::quotedText(arguments.target) + " is the capture that is being read");
     const bool live = source.size() == 0;
     Output report(live, arguments.target == "-" ? stderr : stdout);
-    CaptureWriter target(arguments.target, live);
+    CaptureWriter target(arguments.target, live, source.nanoseconds());
     Relayer relayer(arguments.settings);
     std::exception_ptr cutShort;
     try {

@@ -50,8 +50,8 @@ void printMessages(CaptureReader& capture, const Kitnet::IntfId& intf, Snooper& 
     while (output.open()) {
         const auto frame = capture.next();
         if (!frame) return;
-        const Arrival arrival{frame->number, frame->time, Kitnet::globalPktManager().newPkt(frame->bytes),
-                              frame->sentBytes, intf};
+        const Arrival arrival{frame->number,    frame->time, Kitnet::globalPktManager().newPkt(frame->bytes),
+                              frame->sentBytes, intf,        frame->ifIndex};
         if (const auto line = snooper.take(arrival)) {
             progress.hide();
             output.line(*line);

@@ -6,11 +6,13 @@ namespace DhcpTool {
 
 namespace {
 
-/// "2024-05-01T10:11:12.123456Z"
-std::string microsecondText(CaptureTime time) {
+/// "2024-05-01T10:11:12.123456Z"; nine digits if the time is not one of whole microseconds.
+std::string arrivalText(CaptureTime time) {
     const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
-    const std::string micros = std::to_string((time - seconds).count());
-    return timeText(seconds) + '.' + std::string(6 - micros.size(), '0') + micros + 'Z';
+    std::string digits = std::to_string((time - seconds).count());
+    digits.insert(0, 9 - digits.size(), '0');
+    if (digits.ends_with("000")) digits.resize(6);
+    return timeText(seconds) + '.' + digits + 'Z';
 }
 
 }  // namespace
@@ -24,7 +26,7 @@ std::string timeText(std::chrono::seconds sinceEpoch) {
 }
 
 Line& Line::start(const Arrival& frame, Bridging::VlanId vlan, bool tagged) {
-    word(frame.number).word(microsecondText(frame.time));
+    word(frame.number).word(arrivalText(frame.time));
     if (frame.live) word(frame.intf);
     if (frame.outgoing) word("out");
     return field("vlan", vlan).word(tagged ? "tagged" : "untagged");
