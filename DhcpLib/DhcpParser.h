@@ -30,8 +30,9 @@ public:
     /// Parses Ethernet, IPv4, UDP and the DHCP message. With `dhcpHdrOnly` the packet starts at the BOOTP header, and
     /// the options are searched behind the header lengths of the previous parse
     /// (docs/compatibility.md#header-only-uses-old-lengths). Returns true for DHCP, and for plain BOOTP, which sets
-    /// `isDhcp` to false and `dhcpMsgType` to "BOOTP". Returns false after a trace line if it refused the frame;
-    /// `rejection` gives the reason. Throws Kcore::RangeException for a tag with VLAN 4095.
+    /// `isDhcp` to false and `dhcpMsgType` to "BOOTP" (docs/compatibility.md#bootp-is-accepted). Returns false after a
+    /// trace line if it refused the frame; `rejection` gives the reason. Throws Kcore::RangeException for a tag with
+    /// VLAN 4095.
     bool doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool dhcpHdrOnly);
     /// The header stages, for agents that run one alone. Each reads at `offset`, advances it and sets `rejection`. A
     /// stage whose header does not fit into the frame changes no other attribute.

@@ -24,7 +24,7 @@ public:
     using KniStatusPtr = Kcore::Ptr<const KernelNetInfo::Status>;
     static inline KitSlab::AllocationTracker memAllocationTracker_;
 
-    /// Calls handleInitialized(), so the manager is ready for use.
+    /// Calls handleInitialized(), so the manager is ready for use. Requires: no pointer is null.
     PamManager(const Kcore::String& name, const AllIntfStatusDirPtr& allIntfStatusDir,
                const AllIntfStatusLocalDirPtr& allIntfStatusLocalDir, const KniStatusPtr& kniStatus);
     static Ptr PamManagerIs(const Kcore::String& name, const AllIntfStatusDirPtr& allIntfStatusDir,

@@ -1,5 +1,5 @@
 // Asks a DHCP server which lease a client has (RFC 4388): leasequery SERVER OWN-ADDRESS MAC
-// The server answers to UDP port 67 of OWN-ADDRESS, which takes CAP_NET_BIND_SERVICE.
+// The server answers to UDP port 67 of OWN-ADDRESS. Binding this port needs CAP_NET_BIND_SERVICE.
 
 #include <arpa/inet.h>
 #include <poll.h>
@@ -8,8 +8,8 @@
 #include <array>
 #include <iostream>
 
-#include "DhcpLib/DhcpHdr.h"
 #include "DhcpLib/DhcpParser.h"
+#include "DhcpLib/OptionParser.h"
 #include "Kcore/FileDescriptor.h"
 
 namespace {
@@ -26,22 +26,6 @@ sockaddr_in serverPortAt(const Kitnet::IpAddr& address) {
     return out;
 }
 
-PktPtr query(const Kitnet::IpAddr& own, const Kitnet::EthAddr& client) {
-    constexpr U8 options[] = {0x63, 0x82, 0x53, 0x63, 53, 1, 10,  // DHCPLEASEQUERY
-                              55,   2,    51,   91,   255};       // lease time and client-last-transaction-time
-    const PktPtr pkt = Kitnet::globalPktManager().newPkt();
-    pkt->newSharedTailData(Constants::bootpHdrSize + sizeof options);
-    DhcpHdrWrapper header(pkt, 0);
-    header.opIs(BootpOp(static_cast<U8>(BootpOpType::bootpReq)));
-    header.htypeIs(Constants::hardwareTypeEthernet);
-    header.hlenIs(sizeof client);
-    header.xidIs(xid);
-    header.giaddrIs(own);
-    header.chaddrIs(client);
-    Wire::store(*pkt, Constants::bootpHdrSize, std::span<const U8>(options));
-    return pkt;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -51,9 +35,9 @@ int main(int argc, char** argv) {
     const sockaddr_in local = serverPortAt(own);
     const Kcore::FileDescriptor udp(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     if (bind(udp.get(), reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) return perror("bind"), 1;
-    // From then on the socket takes the server's datagrams alone.
+    // A connected socket receives only datagrams from the server.
     if (connect(udp.get(), reinterpret_cast<const sockaddr*>(&server), sizeof server) != 0) return perror("connect"), 1;
-    const PktPtr asked = query(own, Kitnet::EthAddr::fromText(argv[3]));
+    const PktPtr asked = buildDhcpLeaseQuery(true, own, Kitnet::EthAddr::fromText(argv[3]), {}, xid);
     if (send(udp.get(), asked->data(), asked->bytes(), 0) < 0) return perror("send"), 1;
 
     constexpr int patience = 3000;  // milliseconds
@@ -66,7 +50,7 @@ int main(int argc, char** argv) {
         if (!parser.doParse(reply, {}, true) || parser.xid().value() != xid) continue;
         std::cout << parser.dhcpMsgType();
         if (!parser.ciaddr().isAny()) std::cout << ' ' << parser.ciaddr();
-        if (parser.leaseTimeExist()) std::cout << ", for another " << parser.leaseTime().count() << " s";
+        if (parser.leaseTimeExist()) std::cout << ", for " << parser.leaseTime().count() << " s";
         std::cout << '\n';
         return 0;
     }

@@ -1,5 +1,5 @@
 // A DHCPv4 relay agent (RFC 1542, RFC 3046) of one link and one server: relay LINK RELAY-ADDRESS SERVER
-// RELAY-ADDRESS is this host's on the link. Shows how the library rewrites; agents/dhcprelay is the one to run.
+// RELAY-ADDRESS is this host's address on the link. This is an example; agents/dhcprelay is a complete agent.
 
 #include <arpa/inet.h>
 #include <poll.h>
@@ -34,7 +34,8 @@ sockaddr_in serverPortAt(const Kitnet::IpAddr& address) {
     return out;
 }
 
-/// Never lets a stranger's packet reach an assertion: asks first.
+/// Asks relayRewriteCheck first, so that no packet makes an assertion fail. Uses preparePacket, because it removes all
+/// of option 82 from a reply.
 bool rewrite(const PktPtr& pkt, const RelayRewrite& how) {
     constexpr auto generation = RelayGeneration::preparePacket;
     return relayRewriteCheck(pkt, how, generation).isRewritable() && relayRewrite(pkt, how, generation);
@@ -57,7 +58,7 @@ void relayRequest(const Relay& relay, const Interface::PamFrame& frame) {
            reinterpret_cast<const sockaddr*>(&relay.server), sizeof relay.server);
 }
 
-/// A server's reply loses option 82 and goes to all hosts of the link, as RFC 1542 lets a relay agent do it.
+/// A server's reply loses option 82 and goes to all hosts of the link, which RFC 1542 allows.
 void relayReply(const Relay& relay, Interface::EthDevPam& link, const Kitnet::EthAddr& linkMac) {
     std::array<U8, 65536> buffer;
     const ssize_t size = recv(relay.udp.get(), buffer.data(), buffer.size(), 0);

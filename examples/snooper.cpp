@@ -1,5 +1,5 @@
 // Prints the DHCPv4 messages on the interfaces that the command line names, one line each: snooper eth1 eth2
-// Needs CAP_NET_RAW. An interface that goes and comes back is followed.
+// Needs CAP_NET_RAW. Interfaces may disappear and come back.
 
 #include <poll.h>
 
@@ -42,10 +42,10 @@ int main(int argc, char** argv) {
     const Pams& pams = manager->ethDevPamCollection()->ethDevPam();
     for (;;) {
         std::vector<pollfd> fds{{kernel->fd(), POLLIN, 0}};
-        for (const auto& [intf, pam] : pams) fds.push_back({pam->fd(), POLLIN, 0});  // -1 without a device: ignored
+        for (const auto& [intf, pam] : pams) fds.push_back({pam->fd(), POLLIN, 0});  // poll ignores -1 (no device)
         if (poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR) return 1;
         for (const auto& [intf, pam] : pams)
             if (const auto frame = pam->readPkt()) print(frame, bridging);
-        kernel->handleReadable();  // last: it makes and removes members of the collection
+        kernel->handleReadable();  // last, because it adds and removes members of the collection
     }
 }

@@ -1,5 +1,5 @@
-// The relay agent's steps on frames and datagrams from all sides, one after the other, so that what one message left
-// behind meets the next: nothing but a well-formed message that the rules allow is sent on.
+// One relay agent handles frames and datagrams of clients and servers one after the other, so that a message meets the
+// state that earlier ones left. The agent sends only well-formed messages that its rules allow.
 
 #include "DhcpLib/DhcpHdr.h"
 #include "DhcpLib/OptionParser.h"
@@ -11,8 +11,8 @@ using namespace DhcpTest::Fuzz;
 
 namespace {
 
-/// How a message of the input arrives: bits 0 and 1 the client link, or 3 for the server side; bit 2 DHCPv6 there;
-/// bit 3 a checksum that is not filled in; bit 4 a tag beside the frame, bit 5 another one.
+/// How a message of the input arrives. Bits 0 and 1: the client link, or 3 for a server. Bit 2: a DHCPv6 server. Bit 3:
+/// the UDP checksum is not set. Bit 4: a tag beside the frame. Bit 5: with another TPID.
 struct Arrival {
     U8 how;
     bool isFromServer() const { return (how & 3) == 3; }
@@ -57,7 +57,7 @@ void checkDelivered(const Transaction& t, const World& world) {
 
 }  // namespace
 
-/// Messages one behind the other: how (1), length (2), bytes.
+/// The input is a list of messages, each an Arrival (1), a length (2) and that many bytes.
 extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
     Settings settings = usualSettings();
     settings.untrustedInfo = InfoPolicy::replace;

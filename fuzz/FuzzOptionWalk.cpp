@@ -42,7 +42,7 @@ void checkPlaces(const PktPtr& pkt, U32 offset, const Model::Area& area) {
     if (info != nullptr) expect(reinterpret_cast<U8*>(info) - pkt->data() == places.at(82));
 }
 
-/// Only its byte count bounds the walk without a packet, so all bytes that the lengths can announce are put behind.
+/// Without a packet only the byte count bounds the walk, so bytes are added for the largest lengths.
 void checkSubOptions(const Octets& bytes, std::size_t total) {
     Octets roomy = bytes + Octets(total + 600, U8{0});
     Places expected;

@@ -12,8 +12,8 @@ using namespace DhcpTest::Fuzz;
 
 namespace {
 
-/// How a frame arrives. Bits 0 and 1 choose the port, bit 2 a bare message, bit 3 a tag beside the frame, bit 4 another
-/// TPID.
+/// How a frame arrives. Bits 0 and 1: the port. Bit 2: a message without headers. Bit 3: a tag beside the frame. Bit 4:
+/// with another TPID.
 struct Arrival {
     U8 how;
     bool bare() const { return (how & 4) != 0; }

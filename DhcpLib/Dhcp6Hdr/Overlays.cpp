@@ -29,7 +29,7 @@ U16 vendorBytes(const Dhcp6OptionNrc& option) {
 }
 
 constexpr U32 nowhere = 0xffffffff;
-constexpr U32 askedOnce = nowhere - 1;  // as the place searched to: nothing is remembered yet
+constexpr U32 askedOnce = nowhere - 1;  // value of `searchedTo_` after the first look-up, which remembers nothing
 
 }  // namespace
 

@@ -9,8 +9,9 @@
 
 namespace DhcpLib {
 
-/// Overlay on the bytes of an option: code (2), length (2), data. It reads the packet at each call and keeps the packet
-/// alive. No read passes the packet's end; absent bytes read as 0.
+/// Overlay on the bytes of an option: code (2), length (2), data. It keeps the packet alive. No read passes the
+/// packet's end; absent bytes read as 0. Derived overlays remember positions of items: get a new one after the packet
+/// changes.
 class DHCPLIB_EXPORT Dhcp6OptionNrc {
 public:
     Dhcp6OptionNrc(const PktPtr& pkt, U16 offset) : pkt_(pkt), offset_(offset) {}
@@ -54,7 +55,7 @@ public:
 
 private:
     mutable U16 knownIndex_ = 0;
-    mutable U32 knownAt_ = 0;  // the place of that item, counted from the first one
+    mutable U32 knownAt_ = 0;  // position of that item, relative to the first one
 };
 
 /// A vendor-specific information option (RFC 8415, section 21.17): enterprise number (4), then a list of vendor
@@ -78,7 +79,7 @@ public:
 private:
     U32 placeOf(U16 code) const;
 
-    // The first vendor option of each code among those in front of `searchedTo_`. Places count from the first one.
+    // Positions of the first vendor option of each code, as far as `searchedTo_`; relative to the first vendor option.
     mutable Kcore::FlatMap<U16, U32> places_;
     mutable U32 searchedTo_ = 0;
 };

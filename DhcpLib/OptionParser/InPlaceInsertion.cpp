@@ -22,7 +22,7 @@ bool holdsOwnVendorData(Wire::ByteView bytes, const RawOption& subOption) {
 
 void traceOwnVendorDataFound() {
     std::string_view text = "Vendor-specific subopt with Quorva's data already present ";
-    if (dhcpRelayTunnelEncapReplies()) text.remove_suffix(1);  // only the legacy layout traces the blank
+    if (dhcpRelayTunnelEncapReplies()) text.remove_suffix(1);  // only the trace of the text layout ends with a blank
     Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "{}{}", caller, text);
 }
 

@@ -81,10 +81,12 @@ DHCPLIB_EXPORT extern const std::array<Kcore::String, 14> DhcpMsgTypeTbl;
 
 /// The name of the DHCP message type (RFC 2132, section 9.6); its number goes to `msgType`. Returns "BOOTP" if there is
 /// no magic cookie and "INVALID DHCP" if the options area is malformed. If option 53 is absent or its value is not 1 to
-/// 13, returns an empty string and leaves `msgType` unchanged.
+/// 13, returns an empty string and leaves `msgType` unchanged. The length of option 53 is not checked
+/// (docs/compatibility.md#message-type-length-unchecked).
 DHCPLIB_EXPORT Kcore::String getDhcpMsgTypeStringAndOpt(const PktPtr& pkt, U32 offset, U8& msgType);
 DHCPLIB_EXPORT Kcore::String getDhcpMsgType(const PktPtr& pkt, U32 offset);
-/// The requested IP address (option 50 of length 4) of a request that starts at byte 0, else 0.0.0.0.
+/// The requested IP address (option 50 of length 4) of a request that starts at byte 0, else 0.0.0.0
+/// (docs/compatibility.md#message-starts-at-byte-0).
 DHCPLIB_EXPORT Kitnet::IpAddr getRequestedIpOption(const PktPtr& pkt, BootpOption direction);
 /// The server identifier (option 54 of length 4) of a message that starts at byte 0, else 0.0.0.0.
 DHCPLIB_EXPORT Kitnet::IpAddr getServerId(const PktPtr& pkt);

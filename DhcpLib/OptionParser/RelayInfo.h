@@ -24,8 +24,8 @@ DHCPLIB_EXPORT bool infoSubOptPresent(Kcore::Ptr<const DhcpInformationSubOptions
 ///    9 intfName and srcVtepIp, from the own vendor block (Constants::quorvaEntNum)
 /// An output whose sub-option is absent stays unchanged, so initialise all outputs. Returns false if the options area
 /// is malformed; an absent or empty option 82 is only traced. Sub-options are read up to the end option, past the end
-/// of option 82 (docs/compatibility.md#sub-options-up-to-the-end-option). The last one of a code wins. Of 5 and 11 the
-/// first four data bytes are taken (docs/compatibility.md#four-bytes-whatever-the-length).
+/// of option 82 (docs/compatibility.md#sub-options-up-to-the-end-option). The last one of a code wins. Takes the
+/// first four data bytes of 5 and 11 (docs/compatibility.md#four-bytes-whatever-the-length).
 DHCPLIB_EXPORT bool parseInfoOpt(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remoteId, Tyk::String& vpnId,
                                  bool& vssControl, Kitnet::IpAddr& serverIdOverride, Kitnet::IpAddr& linkSelection,
                                  Tyk::String& intfName, Kitnet::IpGenAddr& srcVtepIp, U32 offset);

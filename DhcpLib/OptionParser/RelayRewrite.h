@@ -14,13 +14,12 @@ namespace DhcpLib {
 /// There are two generations with the same arguments; docs/choosing.md compares them.
 ///   preparePacketNew  rebuilds option 82. It keeps the options behind option 82 and drops the sub-options that it does
 ///                     not know. For new agents.
-///   preparePacket     edits option 82 in place. It keeps the sub-options that other relays added. In a request it
-///   drops
-///                     the options behind option 82.
-/// Call relayRewriteCheck first: some packets from the network fail a documented assertion, or would get a broken
-/// option
-/// 82. If isRewritable() is false, drop the packet or forward it unchanged. To forward a message without adding or
-/// removing option 82, set `infoOpt` to false.
+///   preparePacket     edits option 82 in place. It keeps the sub-options that other relays added, and drops the
+///                     options behind option 82 of a request.
+/// Neither changes an own block in a request (docs/compatibility.md#own-block-is-not-renewed). They search option 57 in
+/// different places (docs/compatibility.md#option-57-behind-the-end). Call relayRewriteCheck first: some packets from
+/// the network fail a documented assertion, or would get a broken option 82. If isRewritable() is false, drop the
+/// packet or forward it unchanged. To forward a message without adding or removing option 82, set `infoOpt` to false.
 
 /// Rewrites the message whose BOOTP header starts at `offset` and brings it to its smallest size: 548 bytes for a
 /// request without option 57, 300 otherwise. Pad bytes behind the end option are added or removed. Arguments:
@@ -56,7 +55,8 @@ DHCPLIB_EXPORT bool preparePacket(const PktPtr& pkt, BootpOption op, bool infoOp
 ///     none; then 5, 11, 151 and 152 from the arguments, with or without link selection. Its other sub-options are
 ///     dropped.
 ///   - A reply's option 82 keeps the blocks of 9 in front of the own block (all of 9 if the arguments contain no vendor
-///     data), and 1 and 2 if `infoOpt` is false. If nothing is left, option 82 is removed.
+///     data), and 1 and 2 if `infoOpt` is false. If nothing is left, option 82 is removed
+///     (docs/compatibility.md#vendor-data-behind-the-own-block-is-lost).
 ///   - The options behind option 82 stay unchanged.
 DHCPLIB_EXPORT bool preparePacketNew(const PktPtr& pkt, BootpOption op, bool infoOpt, Tyk::String circuitId,
                                      Tyk::String remoteId, Tyk::String vpnId, Kitnet::IpAddr serverId,

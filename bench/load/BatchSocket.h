@@ -13,7 +13,7 @@ namespace DhcpBench {
 
 using DhcpLib::Wire::ByteView;
 
-/// Where a datagram goes or came from. A size of 0: where the socket is bound to.
+/// Destination or source of a datagram. If `bytes` is 0, sending uses the address that the socket is bound to.
 struct Peer {
     sockaddr_storage address{};
     socklen_t bytes = 0;
@@ -27,14 +27,14 @@ class BatchSocket {
 public:
     static constexpr std::size_t batch = 64, largestMessage = 2048;
 
-    /// Gives the socket a large receive buffer, so that what is measured loses messages and not the measuring.
+    /// Gives the socket a large receive buffer, so that messages are lost in the measured program only.
     explicit BatchSocket(Kcore::FileDescriptor fd);
 
     int fd() const { return fd_.get(); }
-    /// Sends `message` with the next flush(), or once a batch of them waits.
+    /// Queues `message`. It is sent by the next flush(), or when `batch` messages are queued.
     void send(Octets message, const Peer& to);
     void flush();
-    /// Hands over what has arrived, one batch at most: `take(bytes, from)`. Returns the number of messages.
+    /// Calls `take(bytes, from)` for each message that has arrived, at most `batch`. Returns their number.
     template <class Take>
     std::size_t receive(Take take) {
         const std::size_t count = fill();
@@ -56,7 +56,7 @@ private:
     std::vector<mmsghdr> received_;
 };
 
-/// A socket of that family bound to `own`. Throws std::system_error with `what` if that fails.
+/// A socket of the address family of `own`, bound to it. Throws std::system_error with `what` if that fails.
 Kcore::FileDescriptor boundSocket(int type, int protocol, const Peer& own, const std::string& what);
 
 }  // namespace DhcpBench

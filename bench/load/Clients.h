@@ -8,10 +8,10 @@
 
 namespace DhcpBench {
 
-/// The clients of one link, told apart by a number: the first message of each, and what it does with a reply.
+/// The clients of one link, each with a number. Builds their messages and evaluates the replies.
 class Clients {
 public:
-    /// A reply to one of the clients, and the request that takes the offer up; without one the client has its lease.
+    /// The client that a reply is for, and the request that follows an offer; no request if the client has its lease.
     struct Answer {
         U32 number;
         std::optional<Octets> request;
@@ -19,11 +19,11 @@ public:
 
     virtual ~Clients() = default;
     BatchSocket& socket() { return socket_; }
-    /// Where the clients' messages go.
+    /// Destination of the clients' messages.
     const Peer& agents() const { return agents_; }
-    /// DISCOVER or SOLICIT.
+    /// The first message of a client: DISCOVER or SOLICIT.
     virtual Octets discover(U32 number) const = 0;
-    /// Nothing where the bytes are no reply to a client of this kind.
+    /// Empty if `bytes` is not a reply to one of these clients.
     virtual std::optional<Answer> answerTo(ByteView bytes) const = 0;
 
 protected:
@@ -34,9 +34,9 @@ private:
     Peer agents_;
 };
 
-/// DHCPv4 clients, each with a hardware address of its own; whole frames in and out.
+/// DHCPv4 clients, each with its own hardware address. Messages are whole Ethernet frames.
 std::unique_ptr<Clients> clients4(const std::string& interface);
-/// DHCPv6 clients, each with a DUID of its own, at the interface's link-local address.
+/// DHCPv6 clients, each with its own DUID. All use the interface's link-local address.
 std::unique_ptr<Clients> clients6(const std::string& interface);
 
 }  // namespace DhcpBench

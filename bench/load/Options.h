@@ -11,7 +11,7 @@ using DhcpLib::Wire::ByteView;
 /// Bytes of `bytes` from `pos` on.
 inline ByteView tail(ByteView bytes, DhcpLib::U32 pos) { return {bytes.data() + pos, bytes.from(pos)}; }
 
-/// The data of the first option of that code; nothing where there is none. `first` is the position of the first option.
+/// The data of the first option of that code; empty if there is none. `first` is the position of the first option.
 template <class Shape>
 ByteView optionOf(ByteView bytes, DhcpLib::U32 first, unsigned code) {
     constexpr unsigned end = 255;  // DHCPv4 only; no message here has a DHCPv6 option of that code

@@ -11,7 +11,7 @@ namespace DhcpBench {
 
 namespace {
 
-/// A server's answer to one relayed message; empty where there is none to give.
+/// Builds a server's answer to one relayed message; empty if the server does not answer it.
 class Server {
 public:
     Server(const Peer& own, bool echo) : echo_(echo) {
@@ -69,7 +69,7 @@ Octets Server::answerRelay6(ByteView message, unsigned depth) const {
     return reply;
 }
 
-/// `link` is the link address that the relay told; a client that speaks to us directly has none.
+/// `link` is the link address in the innermost relay message; empty for a message that no relay forwarded.
 Octets Server::answer6(ByteView message, const Octets& link, unsigned depth) const {
     constexpr U8 solicit = 1, advertise = 2, request = 3, reply = 7, relayForward = 12;
     constexpr U32 optionsAt = 4, relayBytes = 34;

@@ -1,4 +1,4 @@
-// Load for a relay agent: many DHCP clients on one link, and a server that answers as fast as it is asked.
+// Load for a relay agent: many DHCP clients on one link, and a server that answers at once.
 
 #include <poll.h>
 
@@ -23,7 +23,7 @@ struct Load {
     bool v6 = false, flood = false;
 };
 
-/// Starts transactions at a rate, or one for each that has ended, and follows them to the lease.
+/// Starts transactions at a fixed rate, or a new one whenever one has ended, and completes each up to the lease.
 class Generator {
 public:
     Generator(Clients& clients, const Load& load) : clients_(clients), load_(load), next_(load.first) {}
@@ -55,7 +55,7 @@ private:
         }
     }
 
-    /// Sends what is due, and waits a moment for replies.
+    /// Sends the queued messages, then waits for replies, at most 0.2 ms.
     void step(Clock::time_point now) {
         constexpr timespec moment{0, 200'000};
         clients_.socket().flush();
@@ -103,17 +103,19 @@ int main(int argc, char** argv) {
     CLI::App app{"Load for a DHCP relay agent"};
     app.require_subcommand(1);
     Load load;
-    CLI::App* clients = app.add_subcommand("clients", "Clients of one link; tells what became of their transactions");
+    CLI::App* clients =
+        app.add_subcommand("clients", "Run the clients of one link and print how many transactions completed");
     clients->add_option("interface", load.interface, "The clients' interface")->required();
     clients->add_flag("-6", load.v6, "DHCPv6 instead of DHCPv4");
-    clients->add_option("--rate", load.rate, "Transactions started a second, whatever becomes of them");
-    clients->add_option("--window", load.window, "Without a rate: transactions at a time")->capture_default_str();
-    clients->add_option("--seconds", load.seconds, "How long transactions are started")->capture_default_str();
+    clients->add_option("--rate", load.rate, "Transactions to start per second");
+    clients->add_option("--window", load.window, "Number of open transactions if no rate is given")
+        ->capture_default_str();
+    clients->add_option("--seconds", load.seconds, "Time during which transactions are started")->capture_default_str();
     clients->add_option("--first", load.first, "Number of the first client");
-    clients->add_flag("--flood", load.flood, "First messages only; replies are not looked at");
+    clients->add_flag("--flood", load.flood, "Send first messages only and ignore replies");
     std::string address;
     bool noEcho = false;
-    CLI::App* server = app.add_subcommand("server", "Answers relayed requests until it is ended");
+    CLI::App* server = app.add_subcommand("server", "Answer relayed requests until SIGTERM");
     server->add_option("address", address, "The server's address")->required();
     server->add_flag("--no-echo", noEcho, "Return no option 82 and no interface-id");
     CLI11_PARSE(app, argc, argv);

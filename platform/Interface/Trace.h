@@ -5,13 +5,14 @@
 
 namespace Interface {
 
-/// The trace handle of this module. Level 1: packet access that failed. Level 4: objects made, dropped and changed.
+/// The trace handle of this module. Level 1: packet access that failed. Level 4: objects created, destroyed and
+/// changed.
 inline const Tyk::TraceHandle& traceHandle() {
     static const Tyk::TraceHandle handle("Interface", false);
     return handle;
 }
 
-/// Member that traces when its object is made, at the place of the constructor, and when it is dropped.
+/// Member that traces when its object is created and destroyed. The first line names the constructor's source line.
 class LifeTrace {
 public:
     explicit LifeTrace(std::string_view className, std::string_view name = {}, Tyk::TraceSite site = {})

@@ -95,8 +95,8 @@ private:
             index_[slotOf(KeyOf{}(entries_[i]))] = static_cast<U32>(i + 1);
     }
 
-    // Empty until there are more than `searchedInOrder` entries; then a power of two of places counted from 1, 0 where
-    // one is free.
+    // Empty until there are more than `searchedInOrder` entries. Then its size is a power of two; a slot holds an
+    // entry's position in `entries_` plus 1, or 0 if it is free.
     std::vector<U32> index_;
 };
 

@@ -23,7 +23,7 @@ inline U64 internetSum(std::span<const U8> bytes) {
     return bytes.empty() ? sum : sum + (U64{bytes[0]} << 8);
 }
 
-/// The checksum to write for that sum. What was summed with its right checksum in it gives 0.
+/// The checksum to write for that sum. 0 if the summed bytes already contain their correct checksum.
 constexpr U16 internetChecksum(U64 sum) {
     while (sum >> 16 != 0) sum = (sum & 0xffff) + (sum >> 16);
     return static_cast<U16>(~sum);

@@ -93,7 +93,7 @@ void Pkt::delSharedTailData(U32 n) {
     try {
         move(0, bytes_, 0);
     } catch (const std::bad_alloc&) {
-        // The larger storage does as well: who takes bytes away has mostly changed the others already.
+        // Keep the larger storage. An exception would come too late: callers mostly changed other bytes before.
     }
 }
 

@@ -55,7 +55,7 @@ public:
     /// change nothing if it would have more than 4294967295 bytes.
     void newSharedHeadData(U32 n);
     void newSharedTailData(U32 n);
-    /// Removes the last `n` bytes. Throws RangeException and changes nothing if there are fewer, and nothing else.
+    /// Removes the last `n` bytes. Throws only RangeException, if there are fewer; it then changes nothing.
     void delSharedTailData(U32 n);
 
     /// The out-of-band 802.1Q tag: the receive path took it out of the frame. TPID and TCI are in host order, and 0 if

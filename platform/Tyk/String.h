@@ -13,9 +13,9 @@ namespace Tyk {
 
 using String = Kcore::String;
 
-/// A byte string of at most `N` bytes, read like a `String` and converted to one where a `String` is wanted. Made from
-/// or assigned more bytes it throws Kcore::RangeException "Tyk::String::bytes > maxLength() not allowed"; an assignment
-/// then changes nothing.
+/// A byte string of at most `N` bytes. It is read like a `String` and converts to one. Construction from more bytes
+/// throws Kcore::RangeException "Tyk::String::bytes > maxLength() not allowed". So does assignment, which then changes
+/// nothing.
 template <std::size_t N>
 class BoundedString {
 public:

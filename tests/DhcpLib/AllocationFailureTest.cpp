@@ -34,7 +34,7 @@ using namespace DhcpTest;
 namespace {
 
 /// Calls `act` with the first, second, ... allocation failing, and `unchanged` after each failure, until `act`
-/// succeeds. The number of failures.
+/// succeeds. Returns the number of failures.
 int failEachAllocation(const std::function<void()>& act, const std::function<void()>& unchanged) {
     for (int failures = 0;; ++failures) {
         allocationsUntilFailure = failures;
@@ -83,7 +83,7 @@ TEST(AllocationFailure, LeavesACollectionAsItWas) {
     EXPECT_GE(failures, 5);
 }
 
-TEST(AllocationFailure, OfAnEnterpriseBlockLeavesThePacketAsItWas) {
+TEST(AllocationFailure, LeavesAPacketAsItWasBeforeABlockIsWritten) {
     const Octets bytes = hex("A5*5 01 01 61 02 01 62");
     const PktPtr pkt = packet(bytes);
     const auto live = QuorvaSpecificSubOptionSubOpt::memAllocationTracker_.live();

@@ -34,7 +34,7 @@ template <class View>
 std::string placeOf(const View& view) {
     return std::to_string(view.opt()) + '@' + std::to_string(view.offset()) + '+' + std::to_string(view.len()) + ' ';
 }
-/// Of each view, by code.
+/// The text of each view, by code.
 template <class Collection>
 std::string kept(const Collection& collection) {
     std::map<unsigned, std::string> byCode;

@@ -5,7 +5,7 @@ using namespace DhcpTest;
 
 namespace {
 
-/// Set before the toggle is read for the first time.
+/// Selects the toggle file. Must run before the toggle is first read.
 [[maybe_unused]] const int toggleIsOff = setenv("DHCPLIB_TOGGLE_DIR", DHCPLIB_TEST_DATA "/toggles-off", 1);
 
 TEST(Dhcp6InterfaceIdText, IsTwoNamesAroundAColon) {

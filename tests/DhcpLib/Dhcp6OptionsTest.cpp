@@ -13,7 +13,7 @@ namespace {
 
 std::string optionsIn(const PktPtr& pkt, U16 offset) { return kept(*dhcp6OptionsFactory(pkt, offset)); }
 
-TEST(Dhcp6Options, HoldThese) {
+TEST(Dhcp6Options, HoldTheOptions) {
     const Area rows[] = {
         {"first of two wins", 0, "00 01 00 01 61 00 01 00 00", "1@0+1 "},
         {"zero ends the area", 0, "00 01 00 00 00 00 00 00 00 02 00 00", "1@0+0 "},
@@ -91,7 +91,7 @@ TEST(Dhcp6Options, AreWrittenThroughCollectionsAndViews) {
     EXPECT_EQ(options->optionDel(Dhcp6OptionType::iata), readOnly);
 }
 
-TEST(Dhcp6Options, OfNothingAreEmptyAndRefuseWrites) {
+TEST(Dhcp6Options, WithoutAPacketAreEmptyAndRefuseWrites) {
     EXPECT_EQ(optionsIn(nullptr, 0), "");
     EXPECT_TRUE(cableLabsSubOptionsFactory(nullptr, 0)->option().empty());
     EXPECT_EQ(dhcp6IanaFactory(nullptr)->iaid(), 0u);

@@ -38,7 +38,7 @@ struct Row {
     std::string outcome;
 };
 
-TEST(Dhcp6Parser, ReadsFramesAsFarAsTheyGo) {
+TEST(Dhcp6Parser, ReadsWholeAndTruncatedFrames) {
     const std::string cId = " cIdOption=true cIdOptOffset=66 cIdOptLen=";
     const Row rows[] = {
         {"tagged", macs + "81 00 60 1E 86 DD " + ip6,
@@ -84,7 +84,7 @@ TEST(Dhcp6Parser, ReadsFramesAsFarAsTheyGo) {
     }
 }
 
-TEST(Dhcp6Parser, TakesTheMessagesOfTheTwoSets) {
+TEST(Dhcp6Parser, AcceptsTheKnownMessageTypes) {
     std::string kinds, relays;
     for (unsigned type = 0; type < 256; ++type) {
         Octets frame = hex(front + "00 12 34 56");
@@ -175,7 +175,7 @@ TEST(Dhcp6Parser, IdentifiersAreReadWithoutAFrame) {
 static_assert(!std::is_constructible_v<PacketParser, const char*> &&
               !std::is_constructible_v<Dhcp6PacketParser, const char*>);
 
-TEST(Dhcp6Parser, KeepsWhatAParseDoesNotReach) {
+TEST(Dhcp6Parser, KeepsAttributesThatAParseDoesNotReach) {
     Dhcp6PacketParser parser(config());
     const std::string advertise = front + "02 12 34 57 ", next = solicit + clientId;
     const Row rows[] = {

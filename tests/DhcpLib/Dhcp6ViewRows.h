@@ -10,7 +10,7 @@
 /// Tables of what views over a DHCPv6 option read from its bytes.
 namespace DhcpTest {
 
-/// "name=value" of each attribute but those that are the same everywhere.
+/// "name=value" of each attribute, without those that are the same in all rows.
 inline std::string attributesOf(const Kcore::Node& node) {
     std::string all;
     for (const auto& attribute : node.typeData().attributes()) {

@@ -104,7 +104,7 @@ void expectAsDescribed(const DhcpFilter& filter, bool (*isDhcp)(Frame), const Oc
             << testing::PrintToString(frame) << " cut to " << size;
 }
 
-TEST(DhcpFilter, TakesDhcpv4AndNothingElse) {
+TEST(DhcpFilter, AcceptsDhcpv4Only) {
     const DhcpFilter filter("Dhcp4PamMan"), other("dhcp6PamMan");
     EXPECT_EQ(filter.count(), other.count());  // all names but one are for DHCPv4
     unsigned taken = 0;
@@ -117,7 +117,7 @@ TEST(DhcpFilter, TakesDhcpv4AndNothingElse) {
     EXPECT_GT(taken, 100u);
 }
 
-TEST(DhcpFilter, TakesDhcpv6AndNothingElse) {
+TEST(DhcpFilter, AcceptsDhcpv6Only) {
     const DhcpFilter filter("Dhcp6PamMan");
     unsigned taken = 0;
     // UDP, TCP, an unknown protocol, then UDP behind hop-by-hop options and behind a fragment header.

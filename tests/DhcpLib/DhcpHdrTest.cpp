@@ -176,7 +176,7 @@ TEST(DhcpHdrCollection, ChangesItsMapAndCountsItsViews) {
     EXPECT_EQ(pkt->useCount(), 3u);
 }
 
-TEST(DhcpHdrViews, OfNothingAreEmptyAndRefuseWrites) {
+TEST(DhcpHdrViews, WithoutAPacketAreEmptyAndRefuseWrites) {
     EXPECT_EQ(optionsIn(nullptr, 0), "");
     EXPECT_TRUE(dhcpInformationSubOptionsFactory(nullptr)->initialized());
     EXPECT_EQ(dhcpVendorSpecificSubOptFactory(nullptr)->quorvaSpecificOpt(), nullptr);

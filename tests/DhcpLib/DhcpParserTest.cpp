@@ -115,7 +115,7 @@ TEST(DhcpParser, TurnsOptionsIntoAttributes) {
     }
 }
 
-TEST(DhcpParser, KeepsWhatAParseDoesNotReach) {
+TEST(DhcpParser, KeepsAttributesThatAParseDoesNotReach) {
     PacketParser parser(config());
     const auto parse = [&](const Octets& bytes, bool headerOnly) {
         return parser.doParse(packet(bytes), accessPort, headerOnly);
@@ -137,7 +137,7 @@ TEST(DhcpParser, KeepsWhatAParseDoesNotReach) {
     EXPECT_EQ(Kcore::textOf(parser.xid()), "16909060");
 }
 
-TEST(DhcpParser, ItsStagesStandAlone) {
+TEST(DhcpParser, StagesCanBeCalledAlone) {
     PacketParser parser(nullptr);
     EXPECT_FALSE(parser);
     EXPECT_EQ(parser.offsetInc(65535), 65535);

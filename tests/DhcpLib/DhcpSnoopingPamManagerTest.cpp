@@ -22,7 +22,7 @@ struct PlatformInputs {
 
 using Lines = std::vector<std::string>;
 
-TEST(PamManager, WiresThePlatformInOrderAndDropsItInReverse) {
+TEST(PamManager, CreatesThePlatformObjectsAndDestroysThemInReverse) {
     const PlatformInputs inputs;
     TraceRecorder trace(4, {"Interface", "DhcpLib"});
     auto pam = inputs.pam("Dhcp6PamMan");
@@ -46,7 +46,7 @@ using LiveSnooping = NetNamespace;
 const Octets unwanted =
     hex("FF*6 02 00 00 00 00 01 08 00  45 00 00 1C 00 00 00 00 40 11 00 00 00*4 FF*4") + hex("00 44 00 45 00 08 00 00");
 
-TEST_F(LiveSnooping, NoFramePassesBeforeTheFilterIsInForce) {
+TEST_F(LiveSnooping, NoFramePassesBeforeTheFilterIsAttached) {
     const PlatformInputs inputs;
     const auto pam = inputs.pam("Dhcp4PamMan");
     const IntfId va("va");

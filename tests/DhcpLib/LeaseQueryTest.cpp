@@ -12,7 +12,7 @@ using namespace DhcpTest;
 
 namespace {
 
-TEST(LeaseQueryBuild, AsksByOneAddressOfTheTwo) {
+TEST(LeaseQueryBuild, AsksByMacOrByIpAddress) {
     const auto giaddr = Kitnet::IpAddr::fromText("10.0.0.1"), ciaddr = Kitnet::IpAddr::fromText("192.0.2.9");
     const auto chaddr = Kitnet::EthAddr::fromText("00:11:22:33:44:55");
     const Octets options = hex("63 82 53 63 35 01 0A 37 03 33 5B 5C FF 00*51");

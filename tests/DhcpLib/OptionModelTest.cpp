@@ -7,8 +7,8 @@ using namespace DhcpTest;
 
 namespace {
 
-/// The 16-bit positions of the views wrap there, those of the raw walk do not. Each byte of a message stands at the
-/// wrap once; the fuzz targets compare the readers with the model everywhere else.
+/// At byte 65536 the 16-bit positions of the views wrap, but not those of the raw walk. The message is placed so that
+/// each of its bytes is at 65536 once. The fuzz targets compare the readers with the model at other positions.
 TEST(OptionModel, ReadersAgreeWithItAcrossByte65536) {
     const Octets rich = message(
         "35 01 05 36 04 0A 00 00 01 52 2C 01 03 'abc' 02 02 'de' 97 01 'f' 98 00 05 04 0A 00 00 02 0B 04 0A 00 00 03 "
@@ -17,7 +17,7 @@ TEST(OptionModel, ReadersAgreeWithItAcrossByte65536) {
         SCOPED_TRACE(i);
         const U32 offset = 65536 - i;
         Octets bytes = Octets(offset, U8{0}) + rich + Octets(240, U8{0});
-        // Wrapped positions find the rest of the message at the packet's start, in capitals.
+        // At the packet's start, where wrapped positions lead, stands the rest of the message, in capitals.
         std::copy(rich.begin() + i, rich.end(), bytes.begin());
         for (U32 at = 0; at < rich.size() - i; ++at)
             if (bytes[at] >= 'a' && bytes[at] <= 'j') bytes[at] = static_cast<U8>(bytes[at] - 32);

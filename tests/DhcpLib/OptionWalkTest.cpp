@@ -72,11 +72,11 @@ TEST(OptionWalk, AddressesComeFromOptionsOfLengthFour) {
         EXPECT_EQ(Kcore::textOf(getServerId(pkt)), row.server) << row.options;
         TraceRecorder trace(1);
         EXPECT_TRUE(getRequestedIpOption(pkt, BootpOption::bootpReply).isAny());
-        EXPECT_EQ(trace.lines().size(), hex(row.options).back() == 255 ? 0u : 1u);  // it walks in any case
+        EXPECT_EQ(trace.lines().size(), hex(row.options).back() == 255 ? 0u : 1u);  // it walks a reply, too
     }
 }
 
-TEST(OptionWalk, PlacesAreFoundOrTheAssertionFails) {
+TEST(OptionWalk, OptionPointersAreFoundOrTheAssertionFails) {
     const std::string signature =
         "void DhcpLib::getDhcpOptions(const Ptr&, U32, DhcpLib::DhcpOptions*&, DhcpLib::DhcpSingleOption*&, "
         "DhcpLib::DhcpSingleOption*&, DhcpLib::DhcpSingleOption*&)";

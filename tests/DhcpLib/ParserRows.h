@@ -10,7 +10,7 @@
 #include "Kcore/Exception.h"
 #include "Recorders.h"
 
-/// What the tests of either snooping parser need: ports, and the outcome of a parse as text.
+/// Shared by the tests of both snooping parsers: ports, and the outcome of a parse as text.
 namespace DhcpTest {
 
 inline const Kitnet::IntfId accessPort("Ethernet1"), tunnelPort("Ethernet2"), unknownPort("Ethernet9"), noPort;
@@ -27,8 +27,8 @@ inline const Kcore::Ptr<const Bridging::Config>& config() {
     return switchConfig;
 }
 
-/// What `parse(parser)` makes of the parser: "true", the rejection's name or the range exception's text, then the
-/// attributes that it changed, then its trace lines up to the level of rejections.
+/// The outcome of `parse(parser)` as text: "true", the rejection's name or the text of the RangeException, then the
+/// attributes that the call changed, then its trace lines of levels 1 and 2.
 template <class Parser, class Parse>
 std::string outcomeOf(Parser& parser, Parse parse) {
     const Parser before = parser;

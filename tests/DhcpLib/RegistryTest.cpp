@@ -26,7 +26,7 @@ std::string registryDump() {
     return all;
 }
 
-/// A line that differs is a change of names that agents use: change the file only on purpose.
+/// Agents use these names. Change the file only if a name is meant to change.
 TEST(TypeRegistry, HoldsWhatTheFileLists) {
     const std::string dump = registryDump();
     std::ostringstream expected;

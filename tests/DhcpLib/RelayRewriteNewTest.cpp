@@ -42,7 +42,7 @@ TEST(PreparePacketNew, BuildsOption82OfARequest) {
     for (const Rewritten& row : rows) expectRewritten(row, newGeneration);
 }
 
-TEST(PreparePacketNew, KeepsOfAReplyWhatTheRelayDidNotAdd) {
+TEST(PreparePacketNew, RemovesOnlyTheRelaysDataFromAReply) {
     const Rewritten rows[] = {
         {"NothingIsLeft", replied, "35 01 05 52 13 01 02 'ab' 02 01 'c' 05 04 07*4 0B 04 08*4 FF", "35 01 05 FF", 300},
         {"TheirIds", repliedToOthers, "52 0C 06 01 'x' 02 01 'c' 01 02 'ab' 98 00 FF", "52 07 01 02 'ab' 02 01 'c' FF",

@@ -9,7 +9,7 @@
 #include "DhcpLib/OptionParser.h"
 #include "Recorders.h"
 
-/// Rows of the relay rewrite's tests, and what is expected of each kind.
+/// Rows of the tests of the relay rewrite, and a function that checks each kind of row.
 namespace DhcpTest::Relay {
 
 using DhcpLib::BootpOption;
@@ -21,7 +21,7 @@ inline constexpr auto oldGeneration = Generation::preparePacket, newGeneration =
 inline constexpr auto reply = BootpOption::bootpReply;
 inline constexpr auto wouldBreak = Verdict::infoOptionWouldBreak;
 
-// 0A 00 05 01, 0A 00 0B 01 and 0A 00 09 01 on the wire.
+// Their wire bytes are 0A 00 05 01, 0A 00 0B 01 and 0A 00 09 01.
 inline const auto linkAddress = Kitnet::IpAddr::fromText("10.0.5.1"),
                   serverAddress = Kitnet::IpAddr::fromText("10.0.11.1");
 inline const auto tunnelAddress = Kitnet::IpGenAddr::fromText("10.0.9.1");
@@ -33,7 +33,7 @@ inline std::string signatureOf(Generation generation) {
            "Kitnet::IpAddr, U32, bool, Tyk::String, Kitnet::IpGenAddr)";
 }
 
-/// As rows spell bytes, "EE*3" for a byte that repeats.
+/// The bytes in the notation of the rows: "EE*3" for three bytes EE.
 inline std::string shown(const Octets& bytes) {
     std::string text = std::to_string(bytes.size()) + " bytes:";
     for (auto run = bytes.begin(); run != bytes.end();) {
@@ -55,12 +55,12 @@ struct Rewritten {
     const char* rule;
     RelayRewrite args;
     const char* before;  ///< the options area
-    const char* after;   ///< of it, what is through the end option; zeros follow up to ...
-    U32 size;            ///< ... the size of the message
+    const char* after;   ///< the options area afterwards, up to the end option; zeros follow
+    U32 size;            ///< of the message afterwards
     Verdict verdict = Verdict::fine;
 };
 
-/// The whole packet becomes what the row says, wherever the message stands and however it is stored, as foretold.
+/// Expects that the rewrite and its forecast give what the row says, at each offset and in every kind of storage.
 inline void expectRewritten(const Rewritten& row, Generation generation) {
     SCOPED_TRACE(row.rule);
     const Octets options = message(row.after);
@@ -87,10 +87,10 @@ struct Stopped {
     RelayRewrite args;
     Octets before;  ///< the whole packet
     Verdict verdict;
-    const char* text;  ///< of the last trace line at the level of failures; of the assertion
+    const char* text;  ///< text of the last level-1 trace line, or of the assertion
 };
 
-/// The packet stays as it is, as foretold: false after a trace line, or an assertion whose handler throws.
+/// Expects that the rewrite refuses the packet and leaves it unchanged, and that the forecast says so.
 inline void expectStopped(const Stopped& row, Generation generation) {
     SCOPED_TRACE(row.rule);
     for (const PktPtr& pkt : packets(row.before)) {

@@ -187,7 +187,7 @@ TEST(PreparePacket, TracesEachStep) {
     const struct {
         const RelayRewrite& args;
         const char* before;
-        std::vector<std::string> lines;  // behind that of the entry
+        std::vector<std::string> lines;  // after the first line, which names the function and its arguments
     } rows[] = {
         {everything,
          "FF",

@@ -7,7 +7,7 @@ using namespace DhcpTest::Relay;
 
 namespace {
 
-// The toggle is read once per process, and so before anything else.
+// Selects the toggle file. Must run before the toggle is first read.
 [[maybe_unused]] const int toggleIsOff = setenv("DHCPLIB_TOGGLE_DIR", DHCPLIB_TEST_DATA "/toggles-off", 1);
 
 const RelayRewrite fromPort{.vendorSpecificSubOptIntfName = "Et1"},

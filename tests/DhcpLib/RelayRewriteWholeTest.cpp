@@ -9,7 +9,7 @@ namespace {
 
 using SubOptions = std::map<U8, Octets>;
 
-/// What a first relay adds, without or with vendor data and a remote-id.
+/// The arguments of the first relay, with or without vendor data and a remote-id.
 RelayRewrite firstRelay(unsigned selection, bool vendor) {
     RelayRewrite args{.circuitId = "Et1"};
     if (vendor) args.remoteId = "sw1", args.vendorSpecificSubOptIntfName = "Et1";
@@ -50,7 +50,7 @@ SubOptions subOptionsOf(const Octets& bytes) {
 
 Octets octets(std::string_view text) { return {text.begin(), text.end()}; }
 
-/// Option 82 as the second relay has to leave it, the vendor data apart.
+/// The option 82 that is expected from the second relay, without the vendor data.
 SubOptions expectedOf(SubOptions first, const RelayRewrite& args, Generation generation) {
     const bool rebuilds = generation == newGeneration, selects = !args.linkselectionId.isAny();
     SubOptions expected = first;
@@ -86,7 +86,7 @@ void expectWhole(const Octets& relayedOnce, const RelayRewrite& args, Generation
     EXPECT_EQ(second, expected);
 }
 
-TEST(RelayRewrite, IsWholeBehindAnotherRelay) {
+TEST(RelayRewrite, GivesAWholeOption82BehindAnotherRelay) {
     for (const Generation firstGeneration : {oldGeneration, newGeneration})
         for (unsigned shape = 0; shape < 12; ++shape) {
             const PktPtr pkt = packet(message("FF"));

@@ -10,7 +10,7 @@ using namespace DhcpTest;
 
 namespace {
 
-TEST(VendorSubOption, SizesAndItemsAreWrittenWhereThePositionSays) {
+TEST(VendorSubOption, SizesAndItemsAreWrittenAtThePosition) {
     const auto vtep = Kitnet::IpGenAddr::fromText("10.0.0.4");
     Kcore::Bytes buf;
     buf.append(hex("A5*3"));

@@ -8,7 +8,7 @@ using namespace DhcpTest;
 
 namespace {
 
-// Set before the toggle is read for the first time.
+// Selects the toggle file. Must run before the toggle is first read.
 [[maybe_unused]] const int toggleIsOff = setenv("DHCPLIB_TOGGLE_DIR", DHCPLIB_TEST_DATA "/toggles-off", 1);
 
 TEST(VendorText, HoldsTheNameBehindTheNumberAndALength) {
@@ -40,7 +40,7 @@ TEST(VendorText, HoldsTheNameBehindTheNumberAndALength) {
     }
 }
 
-TEST(VendorText, CostsWhatTheCallerSays) {
+TEST(VendorText, HasTheSizeThatTheCallerPasses) {
     EXPECT_EQ(getVendorSpecificSubOptionLenAdd("Et1", Kitnet::IpGenAddr(), "", 9), 11u);
     EXPECT_EQ(getVendorSpecificSubOptionLenAdd("Et1", Kitnet::IpGenAddr(), "me", 9), 9u);
 }

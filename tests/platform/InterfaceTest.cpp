@@ -54,7 +54,7 @@ protected:
 
 const Octets untagged = hex("02 00 00 00 00 02  02 00 00 00 00 01  08 00  45*50");
 
-TEST_F(PacketAccess, KernelDevicesAreFollowed) {
+TEST_F(PacketAccess, DirectoriesFollowKernelDevices) {
     const auto status = [&](const char* name) {
         const IntfStatus* const found = kni->intfStatus().find(name);
         return found != nullptr ? *found : IntfStatus();
@@ -91,11 +91,12 @@ TEST_F(PacketAccess, KernelDevicesAreFollowed) {
     EXPECT_EQ(changes(), Names{"0x"});
 }
 
-TEST_F(PacketAccess, LostNotificationsAreMadeUpFor) {
+TEST_F(PacketAccess, RecoversFromLostNotifications) {
     ip("link add vy type veth peer name vz");
     kni->handleReadable();
     EXPECT_EQ(kni->intfStatus().entries().size(), 5u);
-    // Far more than the socket holds. The changes after that go unseen: all devices are removed, two names come back.
+    // Far more changes than the socket's buffer holds, so later notifications are lost: all devices are removed, then
+    // two names come back.
     std::string batch;
     for (int i = 0; i < 400; ++i) batch += "link set va down\nlink set va up\n";
     ip("-batch - <<'END'\n" + batch + "link set lo up\nlink del va\nlink del vy\nEND");
@@ -161,7 +162,7 @@ TEST_F(PacketAccess, TagsAreDeliveredBesideTheFrame) {
     EXPECT_EQ(va->errors() + va->dropped() + vb->errors() + vb->dropped() + vb->sent(), 0u);
 }
 
-TEST_F(PacketAccess, WhatCannotBeSentIsRefusedAndCounted) {
+TEST_F(PacketAccess, FramesThatCannotBeSentAreCounted) {
     const EthDevPam::Ptr va = openPam("va");
     EXPECT_FALSE(va->sendPkt(nullptr) || va->sendPkt(packet(Octets(11, scratch))));
     EXPECT_FALSE(va->sendPkt(packet(Octets(1515, scratch))));
@@ -209,7 +210,7 @@ TEST_F(PacketAccess, SeveralFramesAreReadAtOnce) {
     EXPECT_EQ(va->errors(), 1u);
 }
 
-TEST_F(PacketAccess, SocketsComeAndGoWithTheirInterface) {
+TEST_F(PacketAccess, SocketsFollowTheirInterface) {
     const EthDevPam::Ptr va = openPam("va"), missing = openPam("missing");
     EXPECT_EQ(missing->fd(), -1);
     EXPECT_EQ(missing->error(), "there is no such interface");

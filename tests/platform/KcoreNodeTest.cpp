@@ -52,7 +52,7 @@ struct Key {
     friend bool operator==(const Key&, const Key&) = default;
 };
 
-TEST(KcoreFlatMap, AgreesWithAVectorInWhichTheLastEntryFillsAGap) {
+TEST(KcoreFlatMap, AgreesWithAModel) {
     std::mt19937 random(5);
     for (const int keys : {6, 40, 700}) {
         FlatMap<Key, int> map;

@@ -19,7 +19,7 @@ std::string letters(std::size_t size) {
     return bytes;
 }
 
-TEST(KcoreString, HoldsAnyBytesOnBothSidesOfItsInlineCapacity) {
+TEST(KcoreString, HoldsAnyBytesInlineOrShared) {
     const std::size_t sizes[] = {0, 1, 8, boundary - 1, boundary, boundary + 1, 255, 256, 65536};
     for (const std::size_t size : sizes) {
         SCOPED_TRACE(size);
@@ -47,7 +47,7 @@ TEST(KcoreString, HoldsAnyBytesOnBothSidesOfItsInlineCapacity) {
     }
 }
 
-TEST(KcoreBytes, GrowPastTheirInlineRoomLikeAVector) {
+TEST(KcoreBytes, GrowBeyondTheInlineBuffer) {
     std::mt19937 random(3);
     Bytes bytes;
     std::vector<U8> model;

@@ -23,7 +23,7 @@ using KcoreTest::Gear;
 
 namespace {
 
-TEST(KcoreEnum, OneTableNamesParsesAndRefuses) {
+TEST(KcoreEnum, IsPrintedAndParsedByItsTable) {
     std::ostringstream out;
     out << Gear::low << ' ' << static_cast<Gear>(7) << ' ' << stringValue(Gear::highest);
     EXPECT_EQ(out.str(), "low 7 highest");
@@ -83,7 +83,7 @@ TEST(KcoreDeclaration, YieldsEqualityAndHash) {
     }
 }
 
-TEST(KcoreDeclaration, ItsTextFormReadsBack) {
+TEST(KcoreDeclaration, EncodedTextIsDecoded) {
     EXPECT_EQ(encoded(whole), wholeText);
     CharRange range(wholeText);
     Outer read;
@@ -93,7 +93,7 @@ TEST(KcoreDeclaration, ItsTextFormReadsBack) {
     EXPECT_EQ(followed.rest(), ",next");
 }
 
-TEST(KcoreDeclaration, RefusesEveryOtherTextAndTouchesNothing) {
+TEST(KcoreDeclaration, OtherTextIsRefusedAndChangesNothing) {
     const auto refused = [](std::string_view text) {
         CharRange range(text);
         Outer read = whole;
@@ -130,7 +130,7 @@ TEST(KcoreAssertion, AHandlerMayThrow) {
     EXPECT_NE(assertionHandlerIs(nullptr), nullptr);
 }
 
-TEST(KcoreAssertionDeathTest, WithoutAHandlerAndWithOneThatReturnsTheProcessAborts) {
+TEST(KcoreAssertionDeathTest, AbortsWithoutAHandlerOrIfTheHandlerReturns) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(assertionFailed(broken), testing::KilledBySignal(SIGABRT),
                 "^DhcpLib/Module:12: void f\\(\\): assertion 'a >= 0' failed\n$");

@@ -32,7 +32,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Storage, KitnetPkt, testing::Values(Pkt::Storage::roomy, Pkt::Storage::tight),
                          [](const auto& row) { return row.param == Pkt::Storage::tight ? "Tight" : "Roomy"; });
 
-TEST_P(KitnetPkt, KeepsItsBytesThroughGrowthAndShrinkage) {
+TEST_P(KitnetPkt, KeepsItsBytesWhenItsSizeChanges) {
     std::mt19937 random(1);
     const U32 livePackets = Pkt::memAllocationTracker_.live();
     auto pkt = manager.newPkt();
@@ -70,7 +70,7 @@ TEST_P(KitnetPkt, KeepsItsBytesThroughGrowthAndShrinkage) {
     EXPECT_EQ(Pkt::memAllocationTracker_.live(), livePackets);
 }
 
-TEST_P(KitnetPkt, RefusesWhatNoPacketCanBeAndStaysAsItWas) {
+TEST_P(KitnetPkt, RefusesImpossibleSizesAndStaysUnchanged) {
     const Bytes bytes{1, 2, 3};
     const auto pkt = manager.newPkt(bytes);
     const U8* const data = pkt->data();
@@ -81,7 +81,7 @@ TEST_P(KitnetPkt, RefusesWhatNoPacketCanBeAndStaysAsItWas) {
     EXPECT_EQ(bytesOf(*pkt), bytes);
 }
 
-TEST(KitnetPktRoomy, MovesNothingWithinItsRoomAndSeldomBeyond) {
+TEST(KitnetPktRoomy, MovesItsBytesOnlyIfTheSpareRoomIsTooSmall) {
     Pkt::Manager manager(Pkt::Storage::roomy);
     const auto pkt = manager.newPkt(Bytes(300, 0xa5));
     const U8* const start = pkt->data();

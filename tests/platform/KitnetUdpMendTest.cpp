@@ -30,7 +30,7 @@ TEST(KitnetUdpMend, SetsLengthsAndChecksums) {
         }
 }
 
-TEST(KitnetUdpMend, LeavesAloneWhatItCannotMend) {
+TEST(KitnetUdpMend, ChangesNothingIfItRefusesTheFrame) {
     constexpr char noRoom[] = "Kitnet::mendUdp: no room for an IPv4 and a UDP header";
     const std::tuple<Octets, U32, const char*> rows[] = {
         {hex("44 00*60"), 0, noRoom},          {hex("45 00*26"), 0, noRoom},

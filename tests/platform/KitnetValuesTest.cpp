@@ -35,7 +35,7 @@ void expectTextForm(const std::vector<Good>& good, const std::vector<std::string
     }
 }
 
-TEST(KitnetText, IsReadAndRefused) {
+TEST(KitnetText, IsParsedOrRefused) {
     expectTextForm<IpAddr>({{"255.255.255.255", "\xff\xff\xff\xff"}, {"10.0.0.1", "\n\0\0\1"s}},
                            {"", "10.0.0", "10.0.0.256", "10.0.0.1 ", "10.0.0.1\0"s});
     const std::string zeros(16, '\0'), dbl("\x20\1\r\xb8");
@@ -144,7 +144,7 @@ TEST(KitnetIntfId, DiffersInEveryCharacter) {
     for (std::size_t size = 1; size <= IntfId::maxNameBytes; ++size)
         for (const char last : {'a', 'b'}) {
             const std::string name = std::string(size - 1, 'a') + last;
-            IntfId intf("Port-Channel1000");  // nothing of a longer name that was there before may remain
+            IntfId intf("Port-Channel1000");  // a longer name that was stored before must not leave bytes behind
             intf.handleInitialized(name);
             EXPECT_TRUE(intf == IntfId(name) && intf.hash() == IntfId(name).hash());
             EXPECT_TRUE(seen.insert(intf).second) << name;

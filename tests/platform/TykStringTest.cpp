@@ -9,7 +9,7 @@ namespace {
 
 using Name = Tyk::BoundedString<100>;
 
-TEST(TykBoundedString, RefusesOneByteTooManyAndKeepsWhatItHeld) {
+TEST(TykBoundedString, RefusesTooManyBytesAndStaysUnchanged) {
     for (const std::size_t size : {0u, 100u, 101u, 256u, 65536u}) {
         const std::string bytes(size, '\0');
         const char* expected = size > 100 ? "Tyk::String::bytes > maxLength() not allowed" : "";
@@ -21,7 +21,7 @@ TEST(TykBoundedString, RefusesOneByteTooManyAndKeepsWhatItHeld) {
     }
 }
 
-TEST(TykBoundedString, JoinsAndConvertsToAStringWithoutABound) {
+TEST(TykBoundedString, ConcatenatesAndConvertsToString) {
     const Name name("red");
     const Tyk::String converted = name;
     EXPECT_EQ(converted, "red");

@@ -49,7 +49,7 @@ protected:
     std::vector<std::string> lines;
 };
 
-TEST_F(TykToggle, IsWhatAGoodFileSays) {
+TEST_F(TykToggle, HasTheValueFromTheFile) {
     const std::string spaces(65536 - 10, ' ');
     for (const std::string& content :
          {std::string(" {\t\"b\" : false ,\n\"a\"\r:\ttrue } \r\n"),
@@ -62,7 +62,7 @@ TEST_F(TykToggle, IsWhatAGoodFileSays) {
     expectState(false);
 }
 
-TEST_F(TykToggle, IsTheDefaultForAnythingElseAndSaysWhy) {
+TEST_F(TykToggle, IsTheDefaultForABadFileAndTracesTheReason) {
     const std::pair<std::string, const char*> rows[] = {
         {"{}", ": the name is not in it"},
         {R"({"a":true,"b":null})", ": expected true or false at byte 14"},
@@ -86,7 +86,7 @@ TEST_F(TykToggle, IsTheDefaultForAnythingElseAndSaysWhy) {
     }
 }
 
-TEST_F(TykToggle, IsTheDefaultWhereThereIsNoFileToRead) {
+TEST_F(TykToggle, IsTheDefaultWithoutAFile) {
     expectDefault("/absent.json: No such file or directory", "absent.json");
     ASSERT_EQ(mkfifo((folder / "pipe.json").c_str(), 0600), 0);
     expectDefault("/pipe.json: not a regular file", "pipe.json");

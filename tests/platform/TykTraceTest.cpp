@@ -61,7 +61,7 @@ protected:
     Texts texts, places;
 };
 
-TEST_F(TykTrace, LevelsDecideWhereALineGoesAndThatItIsFormattedAtMostOnce) {
+TEST_F(TykTrace, LevelsSelectOutputsAndALineIsFormattedAtMostOnce) {
     const struct {
         int handleLevel, ringLevel, level;
         bool inText, inRing;
@@ -82,7 +82,7 @@ TEST_F(TykTrace, LevelsDecideWhereALineGoesAndThatItIsFormattedAtMostOnce) {
     }
 }
 
-TEST_F(TykTrace, ALineNamesItsPlaceAndItsArguments) {
+TEST_F(TykTrace, ALineContainsItsSourceLineAndArguments) {
     const auto helper = [&](Tyk::TraceText<int> text) { Tyk::fmtrace(handle, 4, {nullptr, text.caller()}, text, 1); };
     const auto at = [line = __LINE__](int n) { return "TykTraceTest.cpp:" + std::to_string(line + n); };
     Tyk::fmtrace(handle, 4, {}, "<{}> {}, {}{{{}", std::string("{} \0", 4), Gear::high, static_cast<Gear>(7), true);
@@ -95,7 +95,7 @@ TEST_F(TykTrace, ALineNamesItsPlaceAndItsArguments) {
     EXPECT_EQ(texts, (Texts{std::string("<{} \0> high, 7{{true", 20), "given", "1 of 2", "a 1"}));
 }
 
-TEST_F(TykTrace, StderrGetsWhatNoSinkTakesAndNeverRawBytes) {
+TEST_F(TykTrace, LinesWithoutASinkGoToStderrQuoted) {
     const Tyk::TraceHandle stamped("TykTraceTest", true);
     const std::string hostile("a\x1b[2J\n\x9b\x7f\xc3\xa9\\x\0~ ", 15);
     const std::string shown = " f(): \"name a\\x1b[2J\\x0a\\x9b\\x7f\\xc3\\xa9\\\\x\\x00~ \"\n";
@@ -111,7 +111,7 @@ TEST_F(TykTrace, StderrGetsWhatNoSinkTakesAndNeverRawBytes) {
     EXPECT_TRUE(printed(handle).ends_with(shown));
 }
 
-TEST(TykTraceHandle, SharesItsLevelByNameAndTakesTheFirstFromTheEnvironment) {
+TEST(TykTraceHandle, SharesItsLevelByNameAndReadsItFromTheEnvironment) {
     for (const auto& [text, level] : std::map<const char*, int>{{"10", 10}, {"", 0}, {"4x", 0}, {"-2", 0}}) {
         setenv("DHCPLIB_TRACE", text, 1);
         EXPECT_EQ(Tyk::TraceHandle(std::string("environment ") + text, false).level(), level) << text;

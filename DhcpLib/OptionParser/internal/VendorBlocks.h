@@ -4,10 +4,10 @@
 
 namespace DhcpLib {
 
-/// What a reader that keeps to the length of a sub-option 9 finds in it.
+/// What a reader finds in a sub-option 9 if it stops at the end of the sub-option.
 struct VendorBlocks {
-    bool own = false;  ///< the system's block, inside the sub-option
-    bool all = false;  ///< nothing but whole blocks: one that is appended is found
+    bool own = false;  ///< the own block, inside the sub-option
+    bool all = false;  ///< the sub-option consists of whole blocks, so readers find a block that is appended
 };
 
 inline VendorBlocks vendorBlocksIn(Wire::ByteView bytes, U32 at, U8 len) {
