@@ -22,6 +22,13 @@ public:
     using value_type = Entry;
     using const_iterator = typename std::vector<Entry>::const_iterator;
 
+    FlatTable() = default;
+    FlatTable(const FlatTable&) = default;
+    FlatTable(FlatTable&&) noexcept = default;
+    ~FlatTable() = default;
+    FlatTable& operator=(const FlatTable& other) { return *this = FlatTable(other); }
+    FlatTable& operator=(FlatTable&&) noexcept = default;
+
     std::size_t size() const { return entries_.size(); }
     bool empty() const { return entries_.empty(); }
     const_iterator begin() const { return entries_.begin(); }

@@ -56,6 +56,11 @@ TEST(AllocationFailure, LeavesAMapAsItWas) {
         before = map;
     }
     EXPECT_GE(failures, 5);
+    Kcore::FlatMap<int, int> other;
+    other.insert(1000, 0);
+    EXPECT_EQ(failEachAllocation([&] { other = map; }, [&] { EXPECT_TRUE(other.size() == 1 && other.contains(1000)); }),
+              2);
+    EXPECT_TRUE(other == map && other.contains(99));
     EXPECT_EQ(failEachAllocation(
                   [&] {
                       for (int key = 0; key < 100; ++key) map.erase(key);
