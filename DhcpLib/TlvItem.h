@@ -52,7 +52,7 @@ public:
         Wire::store<Width>(writablePkt(), position(sizeof(Width)), n);
         len_ = n;
     }
-    /// Copies `len()` bytes into the packet. Throws like lenIs, and for a view of a pad.
+    /// Copies `len()` bytes from `from` into the packet. Throws like lenIs, and for a view of a pad.
     void dataIs(const U8* from) {
         if (!hasData_) Wire::throwNoRoom();
         requireFrontRoom(len_);

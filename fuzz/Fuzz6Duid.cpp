@@ -65,7 +65,7 @@ std::vector<Field> fieldsOf(U16 type, std::size_t optionLen, std::size_t textByt
 void checkSetters(const Octets& bytes, U16 optionAt, U16 inside, U8 value) {
     const auto duidOf = [&](const PktPtr& pkt) { return dhcp6DuidFactory(dhcp6OptionFactory(pkt, optionAt), inside); };
     const auto probe = duidOf(packet(bytes));
-    // Most inputs choose a length of their own, so that the one that fits comes up.
+    // Most inputs choose the length, so that one that fits occurs.
     for (const std::size_t textBytes :
          {std::size_t{16}, std::size_t{probe->opt()->len()} - 6, std::size_t{value} % 20}) {
         if (textBytes > 70000) continue;

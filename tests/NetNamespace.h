@@ -40,7 +40,7 @@ class NetNamespace : public testing::Test {
 protected:
     void SetUp() override {
         if (unshare(CLONE_NEWNET) != 0)
-            GTEST_SKIP() << "needs a network namespace of its own, which takes root: " << std::strerror(errno);
+            GTEST_SKIP() << "needs its own network namespace, which only root can create: " << std::strerror(errno);
         if (std::system("ip -Version >/dev/null 2>&1") != 0) GTEST_SKIP() << "needs the program ip (iproute2)";
         if (std::system("ip link add va type veth peer name vb 2>/dev/null") != 0)
             GTEST_SKIP() << "needs veth devices, which the kernel does not have";

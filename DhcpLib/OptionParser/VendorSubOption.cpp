@@ -13,7 +13,8 @@ namespace {
 constexpr U32 headerBytes = SubOptionShape::headerBytes;
 constexpr std::string_view reader = "parseVendorSpecificSubOpt";
 
-/// Writes `bytes` at `pos`, growing the buffer if necessary, and sets `pos` to the buffer's size.
+/// Writes `bytes` at `pos`, growing the buffer if necessary, and sets `pos` to the buffer's size
+/// (docs/compatibility.md#position-is-the-buffer-size).
 void put(Kcore::Bytes& buf, U32& pos, std::span<const U8> bytes) {
     if (buf.size() < pos + bytes.size()) buf.resize(pos + bytes.size());
     std::copy(bytes.begin(), bytes.end(), buf.data() + pos);
@@ -125,7 +126,7 @@ U32 quorvaVendorSpecificSubOptLen(const Kcore::String& intfName, const Kitnet::I
 U32 addVendorSpecificSubOptLen(Kcore::Bytes& buf, U32& pos, U8 len, bool addQuorva, const Kcore::String& intfName,
                                const Kitnet::IpGenAddr& srcVtep) {
     const U32 block = addQuorva ? quorvaVendorSpecificSubOptLen(intfName, srcVtep) + vendorBlockHeaderBytes : 0;
-    const U8 whole = static_cast<U8>(len + block);
+    const U8 whole = static_cast<U8>(len + block);  // docs/compatibility.md#helper-lengths-wrap-at-256
     put(buf, pos, {&whole, 1});
     return pos;
 }

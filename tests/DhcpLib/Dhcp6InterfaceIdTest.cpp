@@ -20,7 +20,7 @@ TEST(Dhcp6InterfaceId, ReadsElements) {
         {"so does an overrun", "00 12 00 0A 01 03 'Et1' 02 04 'blu' 65", read("")},
         {"so does a type without length", "00 12 00 06 01 03 'Et1' 02 00", read("")},
         {"IPv6, in any order", "00 12 00 17 03 10 20 01 0D B8 00*11 01 01 03 'Et1' EE", read("Et1", "", "2001:db8::1")},
-        {"odd sizes are passed over",
+        {"elements of wrong sizes are skipped",
          "00 12 00 26 03 05 0A 00 00 01 02 03 11 FF*17 04 05 02 C1 00 00 0C 02 01 'r' 01 00", read("", "r")},
         {"a long MAC is cut", "00 12 00 0D 04 07 02 C1 00 00 0C 01 FF 02 02 'vr'", read("", "vr", "", mac)},
         {"last of two wins", "00 12 00 0A 01 03 'Et1' 01 03 'Et2'", read("Et2")},

@@ -18,7 +18,7 @@ TEST(Dhcp6Options, HoldTheOptions) {
         {"first of two wins", 0, "00 01 00 01 61 00 01 00 00", "1@0+1 "},
         {"zero ends the area", 0, "00 01 00 00 00 00 00 00 00 02 00 00", "1@0+0 "},
         {"an overrun within the offset is kept", 4, "EE*4 00 01 00 06 61 62", "1@4+6 "},
-        {"an overrun beyond it is not", 4, "EE*4 00 01 00 07 61 62", ""},
+        {"a longer overrun is dropped", 4, "EE*4 00 01 00 07 61 62", ""},
         {"two bytes are a code of length 0", 4, "EE*4 00 01 00 00 00 07", "1@4+0 7@8+0 "},
         // The cursor turns back or stands still: such an option is judged by where it seems to end, and is the last.
         {"length 65535", 0, "00 01 00 00 00 05 FF FF 00 02 00 00", "1@0+0 5@4+65535 "},
@@ -29,7 +29,7 @@ TEST(Dhcp6Options, HoldTheOptions) {
         {"last of two wins", 0, "00 3D 00 02 61 62 00 3D 00 01 63", "61@6+1 "},
         {"zero is a code", 0, "00 00 00 01 61 00 01 00 00", "0@0+1 1@5+0 "},
         {"an overrun is kept", 0, "00 01 00 00 00 3D FF 00 61", "1@0+0 61@4+65280 "},
-        {"lengths that turn back end the walk", 0, "00 01 00 00 00 3D FF FC 00 02 00 00", "1@0+0 61@4+65532 "},
+        {"lengths that wrap backwards end the walk", 0, "00 01 00 00 00 3D FF FC 00 02 00 00", "1@0+0 61@4+65532 "},
     };
     expectFound(cableLabs,
                 [](const PktPtr& pkt, U16 offset) { return kept(*cableLabsSubOptionsFactory(pkt, offset)); });
@@ -147,7 +147,7 @@ TEST(Dhcp6Overlays, ExtractData) {
     const Area userClass[] = {
         {"each", 2, "EE*2 00 0F 00 0C 00 03 'abc' 00 05 'defgh' 00 01 'x'", "abc|defgh|"},
         {"cut at the option's end", 2, "EE*2 00 0F 00 05 00 08 'abcdefgh'", "abc||"},
-        {"nothing behind a cut one", 2, "EE*2 00 0F 00 05 00 08 'abc' 00 01 'x'", "abc||"},
+        {"an item behind a truncated one", 2, "EE*2 00 0F 00 05 00 08 'abc' 00 01 'x'", "abc||"},
         {"empty item", 2, "EE*2 00 0F 00 07 00 00 00 03 'abc'", "|abc|"},
         {"one byte is no item", 2, "EE*2 00 0F 00 01 00 03 'abc'", "||"},
         {"cut at the packet's end", 2, "EE*2 00 0F 00 07 00 05 'abc'", "abc||"},

@@ -41,7 +41,7 @@ TEST(Dhcp6Views, ReadDuids) {
         {"EN of length 2", "00 01 00 02 00 02 00 00 11 8B 'abcdef'",
          duidRead(4, 2, 0, noMac, "entno=4491 entId=abcdef")},
     };
-    const ReadRow inRemoteId[] = {{"EN deep in its option counts four too many",
+    const ReadRow inRemoteId[] = {{"EN in a remote-id is 4 bytes too long",
                                    "00 25 00 0C EE*4 00 02 00 00 11 8B 'ab0123456789'",
                                    duidRead(8, 2, 0, noMac, "entno=4491 entId=ab0123")}};
     const ReadRow at254[] = {{"positions in the option wrap at 256", "00 03 01 02 03 04 05 06 A5*246 00 03",

@@ -24,10 +24,10 @@ std::string blockIn(const PktPtr& pkt, U16 offset) {
 TEST(DhcpHdrCollections, HoldTheOptions) {
     const Area rows[] = {
         {"first of two wins, pads are not kept", 0, "52 01 01 00 52 01 02 FF 00", "82@0+1 255@7+0 "},
-        {"the walk goes on behind the end", 0, "FF 00 52 02 01 00 3D 00", "61@6+0 82@2+2 255@0+0 "},
-        {"an end whose length overruns is dropped", 0, "0C 00 FF 04 52 01 01", "12@0+0 "},
+        {"the walk continues behind the end option", 0, "FF 00 52 02 01 00 3D 00", "61@6+0 82@2+2 255@0+0 "},
+        {"an end option whose length overruns is dropped", 0, "0C 00 FF 04 52 01 01", "12@0+0 "},
         {"an overrun within the offset is kept", 4, "EE*4 0C 05 61", "12@4+5 "},
-        {"an overrun beyond it is not", 4, "EE*4 0C 06 61", ""},
+        {"a longer overrun is dropped", 4, "EE*4 0C 06 61", ""},
     };
     expectFound(rows, optionsIn);
 }
@@ -51,8 +51,9 @@ TEST(DhcpHdrCollections, HoldTheVendorBlock) {
         {"an item overruns the block", 0, "09 0A 00 00 7E D9 05 02 00 01 02 'ab'", "2+5: 2@7+0 "},
         {"too short to search", 0, "09 02 00 00 7E D9 00", "none"},
         {"just long enough", 0, "09 03 00 00 7E D9 00", "2+0: "},
-        {"searched below the length from the code on", 0, "09 0D 00 00 00 09 05 'five5' 00 00 7E D9 00", "12+0: "},
-        {"not at it", 0, "09 0C 00 00 00 09 05 'five5' 00 00 7E D9 00", "none"},
+        {"a block below the length, counted from the code, is found", 0, "09 0D 00 00 00 09 05 'five5' 00 00 7E D9 00",
+         "12+0: "},
+        {"a block at that length is not", 0, "09 0C 00 00 00 09 05 'five5' 00 00 7E D9 00", "none"},
         {"its header passes the packet", 0, "09 0A 00 00 7E D9", "none"},
     };
     expectFound(rows, blockIn);

@@ -43,7 +43,7 @@ TEST(DhcpParser, ReadsOrRefusesHeaders) {
          "true:" + ether + " vlanId=30 etherHdrLen=18" + ipRead + udpRead + bootpRead + " offset=46"},
         {"tag beside the frame", accessPort, 0x8100, 0x3014, untagged + rest,
          "true:" + ether + " tagged=true vlanId=20 etherHdrLen=14" + ipRead + udpRead + bootpRead + " offset=42"},
-        {"another, which hides the one inside", accessPort, 0x88a8, 20, tag20 + rest,
+        {"a tag of another TPID hides the one in the frame", accessPort, 0x88a8, 20, tag20 + rest,
          "notIp: etherType=33024 " + macsRead +
              " vlanId=10 etherHdrLen=14 offset=14 | 2 Ethernet payload is not IP, Ethertype: 33024"},
         {"unknown interface", unknownPort, -1, 0, untagged + rest,
@@ -55,7 +55,7 @@ TEST(DhcpParser, ReadsOrRefusesHeaders) {
          "notDhcpPort" + refused + ipRead.substr(10) +
              " isUdp=true udpSrcPort=67 udpDstPort=1000 udpHdrLen=8 offset=42 | 2 UDP payload is not DHCP packet, UDP "
              "src port: 67, UDP dst port: 1000"},
-        {"IP header of nothing", accessPort, -1, 0, untagged + ip("40") + udp + bootp,
+        {"IP header of length 0", accessPort, -1, 0, untagged + ip("40") + udp + bootp,
          "notDhcpPort" + refused + " ipProtocol=17" + addresses +
              " isUdp=true udpSrcPort=16384 udpHdrLen=8 offset=22 | 2 UDP payload is not DHCP packet, UDP src port: "
              "16384, UDP dst port: 0"},
@@ -93,7 +93,8 @@ TEST(DhcpParser, TurnsOptionsIntoAttributes) {
          offerRead + " circuitId=ab remoteId=c serverId=10.0.0.8 serverIdExist=true leaseTime=60 leaseTimeExist=true "
                      "lastTransactionTime=7 lastTransactionTimeExist=true associatedIps=[10.0.0.9, 10.0.0.10] "
                      "hostname=pc paramReqList=1,121 vendorClassId=x offset=42"},
-        {"the override goes before option 54", "35 01 02 36 04 0A 00 00 08 52 0B 01 03 'abc' 0B 04 0A 00 00 0B FF 00",
+        {"the override takes precedence over option 54",
+         "35 01 02 36 04 0A 00 00 08 52 0B 01 03 'abc' 0B 04 0A 00 00 0B FF 00",
          offerRead + " circuitId=abc serverId=10.0.0.11 serverIdExist=true offset=42 | 1 server ID override10.0.0.11" +
              noIds + "3, RemoteId len: 0"},
         {"malformed vendor block", "35 01 02 52 0A 09 08 00 00 7E D9 03 02 01 00 FF 00",
