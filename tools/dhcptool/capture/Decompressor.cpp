@@ -81,10 +81,12 @@ private:
         if (result == Z_STREAM_END) {
             memberEnded_ = true;
             insideMemberIs(false);
-        } else if (result != Z_OK && result != Z_BUF_ERROR) {  // Z_BUF_ERROR: it needs more input
-            raiseDamage(state_.msg != nullptr ? state_.msg : "unknown reason");
         }
-        return size - state_.avail_out;
+        const std::size_t written = size - state_.avail_out;
+        // Z_BUF_ERROR: it needs more input. What was written before an error is whole; the next call fails again.
+        if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR && written == 0)
+            raiseDamage(state_.msg != nullptr ? state_.msg : "unknown reason");
+        return written;
     }
 
     z_stream state_{};

@@ -1,13 +1,12 @@
 #include "snoop/SnoopCommand.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <exception>
 #include <limits>
 #include <memory>
 
 #include "capture/CaptureWriter.h"
-#include "capture/LiveCapture.h"
+#include "capture/SourceOptions.h"
 #include "capture/StopSignal.h"
 #include "common/Output.h"
 #include "common/Progress.h"
@@ -29,123 +28,72 @@ paramReqList) are strings, times are numbers of seconds. For DHCPv6 these fields
 "remoteId" with "data" and, if it is well-formed, its fields; "relay", the relay messages around the message,
 outermost first, with "messageType", "hopCount", "linkAddr", "peerAddr", "interfaceId", "remoteId".
 Fields that are absent or too short are null, or an empty list.
-Live capture: the time is that of reading. Frames that this host sends are marked "out". If only some of the
+Several files are read in the order of time. Frames of other link types than Ethernet (Linux cooked captures, raw IP)
+get an Ethernet header of 14 bytes, from which positions are counted.
+Live capture: the time is the kernel's. Frames that this host sends are marked "out". If only some of the
 interfaces exist, or one disappears, the program waits for it. The first SIGINT or SIGTERM stops the capture.
 Exit status: 0 success; 1 wrong usage, or the output cannot be written; 2 the capture cannot be read to its end,
 none of the interfaces exists, or one cannot be opened (CAP_NET_RAW is required).)";
 
 struct SnoopArguments {
-    std::string file;
-    std::vector<std::string> interfaces;
-    std::string port = "Ethernet1";  ///< the port on which the frames of a file arrive
+    SourceOptions source;
     PortOptions ports;
     SnoopSettings settings;
     std::string target;
     U64 messages = std::numeric_limits<U64>::max();
-    std::optional<double> seconds;
 };
 
-void printMessages(CaptureReader& capture, const Kitnet::IntfId& intf, Snooper& snooper, Output& output) {
-    Progress progress(capture.size());
-    while (output.open()) {
-        const auto frame = capture.next();
-        if (!frame) return;
-        const Arrival arrival{frame->number,    frame->time, Kitnet::globalPktManager().newPkt(frame->bytes),
-                              frame->sentBytes, intf,        frame->ifIndex};
-        if (const auto line = snooper.take(arrival)) {
-            progress.hide();
-            output.line(*line);
-        }
-        progress.at(capture.position());
-    }
-}
-
-void snoopFile(const SnoopArguments& arguments, const SnoopSettings& settings) {
-    CaptureReader capture(arguments.file);
-    Snooper snooper(settings);
-    Output output(capture.size() == 0);
-    std::exception_ptr cutShort;
-    try {
-        printMessages(capture, Kitnet::IntfId(arguments.port), snooper, output);
-    } catch (const CaptureError&) {
-        cutShort = std::current_exception();
-    }
-    output.flush();
-    if (output.open()) complain(snooper.counts().text());
-    if (cutShort) std::rethrow_exception(cutShort);
-}
-
-LiveCapture::Clock::time_point endOf(const SnoopArguments& arguments) {
-    using Clock = LiveCapture::Clock;
-    if (!arguments.seconds) return Clock::time_point::max();
-    return Clock::now() +
-           std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(*arguments.seconds));
-}
-
-void printLiveMessages(LiveCapture& capture, Snooper& snooper, CaptureWriter* target, Output& output, U64 messages) {
-    while (messages != 0 && output.open() && (target == nullptr || target->open())) {
-        const auto frame = capture.next();
-        if (!frame) return;
-        if (target != nullptr) target->write(frame->time, *frame->pkt);
-        if (const auto line = snooper.take(*frame)) {
-            output.line(*line);
-            --messages;
-        }
-    }
-}
-
-void snoopLive(const SnoopArguments& arguments, const SnoopSettings& settings) {
-    const StopSignal stop;
-    std::vector<Kitnet::IntfId> interfaces;
-    for (const std::string& name : arguments.interfaces)
-        if (std::ranges::count(interfaces, Kitnet::IntfId(name)) == 0) interfaces.emplace_back(name);
-    Snooper snooper(settings);
-    Output output(true, arguments.target == "-" ? stderr : stdout);
-    LiveCapture capture(interfaces, stop.fd(), endOf(arguments));
+/// Where the messages and their frames go.
+struct Sink {
+    Snooper snooper;
+    Output output;
     std::optional<CaptureWriter> target;
-    if (!arguments.target.empty()) target.emplace(arguments.target, true);
-    printLiveMessages(capture, snooper, target ? &*target : nullptr, output, arguments.messages);
-    if (!output.open()) return;
-    complain(snooper.counts().text());
-    capture.forEachCount(complain);
+    U64 messagesLeft;
+
+    bool wantsMore() const { return messagesLeft != 0 && output.open() && (!target || target->open()); }
+    void flush() {
+        output.flush();
+        if (target) target->flush();
+    }
+};
+
+void printMessages(Source& source, Sink& sink) {
+    constexpr U64 framesPerStep = 1024;
+    Progress progress(source.size());
+    while (sink.wantsMore()) {
+        if (source.mayWait()) sink.flush();
+        const auto frame = source.next();
+        if (!frame) return;
+        if (sink.target) sink.target->write(frame->time, *frame->pkt);
+        if (const auto line = sink.snooper.take(*frame)) {
+            progress.hide();
+            sink.output.line(*line);
+            --sink.messagesLeft;
+        }
+        if (frame->number % framesPerStep == 0) progress.at(source.position());
+    }
 }
 
 void snoop(const SnoopArguments& arguments) {
+    const StopSignal stop;
     SnoopSettings settings = arguments.settings;
-    if (arguments.interfaces.empty()) {
-        settings.ports = arguments.ports.of({arguments.port});
-        snoopFile(arguments, settings);
-    } else {
-        settings.ports = arguments.ports.of(arguments.interfaces);
-        snoopLive(arguments, settings);
+    settings.ports = arguments.ports.of(arguments.source.ports());
+    const auto source = arguments.source.open(stop);
+    Sink sink{Snooper(settings), Output(false, arguments.target == "-" ? stderr : stdout), std::nullopt,
+              arguments.messages};
+    if (!arguments.target.empty()) sink.target.emplace(arguments.target, false);
+    std::exception_ptr cutShort;
+    try {
+        printMessages(*source, sink);
+    } catch (const CaptureError&) {
+        cutShort = std::current_exception();
     }
-}
-
-void addSources(CLI::App& command, SnoopArguments& arguments) {
-    CLI::Option* const file =
-        command.add_option("-r,--read", arguments.file, "Capture file, pcap or pcapng; - is the standard input")
-            ->type_name("FILE");
-    CLI::Option* const live =
-        command.add_option("-i,--live", arguments.interfaces, "Live interfaces of this host, instead of a file")
-            ->type_name("IFACE")
-            ->check(portNameFault, "")
-            ->excludes(file);
-    command.add_option("--interface", arguments.port, "Switch port on which the frames of a file arrive")
-        ->type_name("NAME")
-        ->check(portNameFault, "")
-        ->excludes(live)
-        ->capture_default_str();
-    command.add_option("--write", arguments.target, "Write the live frames to a pcap file; - is the standard output")
-        ->type_name("FILE")
-        ->needs(live);
-    command.add_option("--count", arguments.messages, "Stop after N messages")
-        ->type_name("N")
-        ->check(CLI::Range(U64{1}, std::numeric_limits<U64>::max()))
-        ->needs(live);
-    command.add_option("--duration", arguments.seconds, "Stop after SECONDS")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, 1e8))
-        ->needs(live);
+    sink.flush();
+    if (sink.output.open()) {
+        complain(sink.snooper.counts().text());
+        source->forEachCount(complain);
+    }
+    if (cutShort) std::rethrow_exception(cutShort);
 }
 
 /// Adds an option that can be repeated for several ports.
@@ -164,7 +112,14 @@ void addSnoopCommand(CLI::App& app) {
     const auto arguments = std::make_shared<SnoopArguments>();
     SnoopSettings& settings = arguments->settings;
     CLI::App* const command = app.add_subcommand("snoop", about)->footer(footer);
-    addSources(*command, *arguments);
+    addSourceOptions(*command, arguments->source);
+    command->add_option("--write", arguments->target, "Write the live frames to a pcap file; - is the standard output")
+        ->type_name("FILE")
+        ->needs("--live");
+    command->add_option("--count", arguments->messages, "Stop after N messages")
+        ->type_name("N")
+        ->check(CLI::Range(U64{1}, std::numeric_limits<U64>::max()))
+        ->needs("--live");
     addPortOption(*command, "--native-vlan", arguments->ports.nativeVlans, "VLAN", nativeVlanFault,
                   "VLAN of frames without a tag, for all interfaces or one", "1");
     addPortOption(*command, "--switchport-mode", arguments->ports.switchportModes, "MODE", switchportModeFault,
@@ -176,10 +131,7 @@ void addSnoopCommand(CLI::App& app) {
         ->check(CLI::Range(0, 9));
     command->add_flag("--keep-state", settings.keepState,
                       "Reuse one parser: attributes that a frame does not set keep their values");
-    command->callback([arguments] {
-        if (arguments->file.empty() && arguments->interfaces.empty()) throw CLI::RequiredError("--read or --live");
-        snoop(*arguments);
-    });
+    command->callback([arguments] { snoop(*arguments); });
 }
 
 }  // namespace DhcpTool
