@@ -9,10 +9,24 @@
 
 #include "ConfigFile.h"
 #include "Reason.h"
+#include "cli/Program.h"
+#include "cli/Suggestion.h"
 
 namespace DhcpRelay {
 
 namespace {
+
+constexpr Cli::ExitMeaning exits[] = {
+    {done, "The program ended because it was told to, or --check found no error."},
+    {failed, "The program failed: no privileges, or no socket."},
+    {badUsage, "The options or the configuration file are wrong."},
+};
+constexpr Cli::Example examples[] = {
+    {"Relay between clients on two links, one of them with VLANs, and two servers:",
+     "dhcprelay -c eth1 -c eth2 --vlans eth1=10,20-29 -s 192.0.2.1 -s 2001:db8::1"},
+    {"Check a configuration file:", "dhcprelay --config /etc/dhcprelay.json --check"},
+};
+constexpr Cli::Program program{8, exits, examples, "dhcptool(1)"};
 
 /// The options as they are written.
 struct Written {
@@ -97,13 +111,13 @@ void addLimits(CLI::App& app, Settings& s) {
         {"discard", InfoPolicy::discard}, {"replace", InfoPolicy::replace}, {"keep", InfoPolicy::keep}};
     app.add_option("--option82", s.untrustedInfo,
                    "A client's own option 82: discard the request\nor replace it (default discard)")
-        ->type_name("POLICY")
+        ->type_name("discard|replace")
         ->transform(CLI::Transformer(untrusted).description(""))
         ->check(CLI::IsMember(untrusted).description(""))
         ->group(group);
     app.add_option("--trusted-option82", s.trustedInfo,
                    "The same on trusted links: discard, replace\nor keep (default keep)")
-        ->type_name("POLICY")
+        ->type_name("discard|replace|keep")
         ->transform(CLI::Transformer(trusted).description(""))
         ->check(CLI::IsMember(trusted).description(""))
         ->group(group);
@@ -142,7 +156,7 @@ void addReports(CLI::App& app, Settings& s) {
         ->check(CLI::Range(1, 86400).description(""))
         ->group(group);
     app.add_option("--stats-format", s.statsFormat, "'text' (default), or 'json': an object a line")
-        ->type_name("FORMAT")
+        ->type_name("text|json")
         ->transform(CLI::Transformer(formats).description(""))
         ->check(CLI::IsMember(formats).description(""))
         ->group(group);
@@ -277,9 +291,8 @@ void takeIdentity(Settings& s, const Written& w) {
 std::optional<Settings> settingsOf(int argc, const char* const* argv) {
     Settings settings;
     Written written;
-    CLI::App app("Relays DHCPv4 and DHCPv6 between clients on links and servers elsewhere.", "dhcprelay");
-    app.get_formatter()->column_width(30);
-    app.set_version_flag("--version", DHCPRELAY_VERSION);
+    CLI::App app("Relays DHCPv4 and DHCPv6 between clients on links and servers.", "dhcprelay");
+    Cli::describe(app, program);
     app.config_formatter(std::make_shared<JsonConfig>());
     app.set_config("--config", "",
                    "Read options from a JSON file: the long names\nbelow, arrays where one may be repeated;\nthe "
@@ -288,9 +301,9 @@ std::optional<Settings> settingsOf(int argc, const char* const* argv) {
     app.allow_config_extras(CLI::config_extras_mode::capture);  // refused below, by their names
     app.allow_extras();
     app.footer(
-        "Messages go to stderr, counters to stdout. \"dhcprelay: ready\" tells that clients\n"
-        "are served; a missing link is waited for. SIGTERM and SIGINT end the program.\n"
-        "Exit status: 0 ended as told, 1 failed, 2 wrong usage.");
+        "Messages go to stderr, counters to stdout. \"dhcprelay: ready\" tells that clients are served; a missing link "
+        "is "
+        "waited for. SIGTERM and SIGINT end the program.");
     addRelaying(app, settings, written);
     addIdentity(app, settings, written);
     addLimits(app, settings);
@@ -303,7 +316,7 @@ std::optional<Settings> settingsOf(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         throw UsageError(error.what());
     }
-    if (!app.remaining().empty()) throw UsageError(app.remaining().front() + ": no such option");
+    if (!app.remaining().empty()) throw UsageError(app.remaining().front() + ": no such option" + Cli::optionHint(app));
     takeClients(settings, written);
     takeServers(settings, written);
     takeIdentity(settings, written);

@@ -6,6 +6,9 @@
 
 namespace DhcpRelay {
 
+/// Exit status of the program.
+enum Status { done = 0, failed = 1, badUsage = 2 };
+
 /// An error in the command line or the configuration file. The text names the option.
 class UsageError : public std::runtime_error {
 public:

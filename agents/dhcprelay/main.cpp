@@ -5,7 +5,6 @@
 #include "Privileges.h"
 
 int main(int argc, char** argv) {
-    enum Status { done = 0, failed = 1, badUsage = 2 };
     using namespace DhcpRelay;
     try {
         const std::optional<Settings> settings = settingsOf(argc, argv);

@@ -81,12 +81,12 @@ build_parts() {
 }
 
 programs() {
-    build_parts tools/dhcptool agents/dhcprelay examples
+    build_parts tools/cli tools/dhcptool agents/dhcprelay examples
 }
 
 # Takes several minutes, so it is not run by CTest.
 programs_and_tests() {
-    build_parts tools/dhcptool agents/dhcprelay examples tests
+    build_parts tools/cli tools/dhcptool agents/dhcprelay examples tests
 }
 
 rm -rf "$work"

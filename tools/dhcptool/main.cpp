@@ -1,6 +1,10 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <filesystem>
 
 #include "capture/Capture.h"
+#include "cli/Suggestion.h"
+#include "common/ExitStatus.h"
 #include "common/Output.h"
 #include "common/Printable.h"
 #include "follow/FollowCommand.h"
@@ -8,38 +12,82 @@
 #include "relay/RelayCommand.h"
 #include "snoop/SnoopCommand.h"
 
+namespace DhcpTool {
+
 namespace {
 
-/// Exit status, unless the command sets another one.
-enum Status { done = 0, failed = 1, badCapture = 2 };
+constexpr Cli::Example examples[] = {
+    {"Show the DHCP messages of a capture:", "dhcptool lease.pcap"},
+    {"Show the exchanges in which something went wrong:", "dhcptool follow -r lease.pcap --problems"},
+    {"Show what arrives on an interface, and keep the frames:", "dhcptool snoop -i eth0 --write frames.pcap"},
+    {"Ask a server who has an address:", "dhcptool leasequery --server 192.0.2.1 --ip 192.0.2.100"},
+    {"Rewrite a capture as a relay agent does:",
+     "dhcptool relay -r lease.pcap -w relayed.pcap --circuit-id Ethernet1 --remote-id sw1"},
+};
+constexpr Cli::Program program{1, exitMeanings, examples, "dhcprelay(8), tcpdump(8), pcap-filter(7)"};
+
+std::vector<std::string> commandNames(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        names.push_back(command->get_name());
+    return names;
+}
+
+/// The arguments, with `snoop -r` before a first one that is no command but a file. Throws CLI::ParseError if it is
+/// neither.
+std::vector<std::string> completed(const CLI::App& app, std::vector<std::string> arguments) {
+    const auto names = commandNames(app);
+    if (arguments.empty() || std::ranges::count(names, arguments.front()) != 0) return arguments;
+    const std::string& first = arguments.front();
+    const bool option = first.starts_with('-') && first != "-";
+    std::error_code ignored;
+    if (option) return arguments;
+    if (first == "-" || std::filesystem::exists(first, ignored)) {
+        arguments.insert(arguments.begin(), {"snoop", "-r"});
+        return arguments;
+    }
+    const auto meant = Cli::closest(first, names);
+    throw CLI::ParseError(
+        quotedText(first) + " is neither a command nor a file" + (meant ? " (did you mean " + *meant + "?)" : ""),
+        CLI::ExitCodes::ExtrasError);
+}
+
+int run(int argc, char** argv) {
+    int status = done;
+    CLI::App app("Shows and rewrites DHCP traffic, and queries leases.", "dhcptool");
+    Cli::describe(app, program);
+    app.footer("dhcptool FILE is the same as dhcptool snoop -r FILE.\n\ndhcptool COMMAND --help describes a command.");
+    app.require_subcommand(1);
+    addSnoopCommand(app);
+    addFollowCommand(app);
+    addLeaseQueryCommand(app, status);
+    addRelayCommand(app);
+    try {
+        auto arguments = completed(app, {argv + 1, argv + argc});
+        std::ranges::reverse(arguments);  // as parse() wants them
+        app.parse(std::move(arguments));
+    } catch (const CLI::Success& help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError& error) {
+        complain(harmless(error.what()) + Cli::optionHint(app) + "; see --help");
+        return failed;
+    }
+    return status;
+}
 
 }  // namespace
 
+}  // namespace DhcpTool
+
 int main(int argc, char** argv) {
     using namespace DhcpTool;
-    int status = done;
     try {
-        CLI::App app("Inspects DHCP traffic, rewrites it as a relay, and queries leases.", "dhcptool");
-        app.set_version_flag("--version", DHCPTOOL_VERSION);
-        app.require_subcommand(1);
-        addFollowCommand(app);
-        addLeaseQueryCommand(app, status);
-        addRelayCommand(app);
-        addSnoopCommand(app);
-        try {
-            app.parse(argc, argv);
-        } catch (const CLI::Success& help) {
-            return app.exit(help);
-        } catch (const CLI::ParseError& error) {
-            complain(harmless(error.what()) + "; see --help");
-            return failed;
-        }
+        return run(argc, argv);
     } catch (const CaptureError& error) {
         complain(error.what());
-        return badCapture;
+        return badInput;
     } catch (const std::exception& error) {
         complain(harmless(error.what()));
         return failed;
     }
-    return status;
 }

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "common/AddressOption.h"
+#include "common/ExitStatus.h"
 #include "common/Output.h"
 #include "leasequery/LeaseQueryClient.h"
 
@@ -17,12 +18,7 @@ constexpr char footer[] =
     R"(The query is sent from UDP port 67 of the relay address, to which the server replies. So this must be an address of
 this machine, the port must be free, and CAP_NET_BIND_SERVICE is required. Malformed replies, replies from another
 address and replies with another transaction id are ignored. Fields that the reply does not contain are left out;
-with --json they are null.
-Exit status: 0 the server knows the client or address (state active or unassigned); 1 wrong usage, no route, or no
-socket; 3 the state is unknown; 4 no answer.)";
-
-/// Exit status, in addition to those of all commands.
-enum Status { leaseKnown = 0, leaseUnknown = 3, noAnswer = 4 };
+with --json they are null.)";
 
 struct LeaseQueryArguments {
     LeaseSubject subject;
@@ -32,7 +28,7 @@ struct LeaseQueryArguments {
     bool json = false;
 };
 
-Status ask(const LeaseQueryArguments& arguments) {
+ExitStatus ask(const LeaseQueryArguments& arguments) {
     LeaseQueryClient client(arguments.server,
                             arguments.giaddr ? *arguments.giaddr : localAddressTowards(arguments.server));
     const auto answer = client.ask(arguments.subject, std::chrono::seconds(arguments.timeout), arguments.retries);
@@ -44,7 +40,7 @@ Status ask(const LeaseQueryArguments& arguments) {
     Output output(false);
     output.line(arguments.json ? answer->json() : answer->text());
     output.flush();
-    return answer->state == LeaseState::unknown ? leaseUnknown : leaseKnown;
+    return answer->state == LeaseState::unknown ? leaseUnknown : done;
 }
 
 }  // namespace

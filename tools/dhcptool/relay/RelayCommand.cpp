@@ -22,8 +22,7 @@ message, then, on stderr, counters.)";
 constexpr char footer[] =
     R"(Messages that cannot be rewritten, or whose option 82 would be broken afterwards, fragments and incomplete datagrams
 are copied unchanged and reported. If the capture is written to the standard output, the lines go to stderr.
-Timestamps have a resolution of one microsecond.
-Exit status: 0 success; 1 wrong usage, or the output cannot be written; 2 the capture cannot be read to its end.)";
+Timestamps have a resolution of one microsecond.)";
 
 const std::map<std::string, DhcpLib::RelayGeneration>& generations() {
     using enum DhcpLib::RelayGeneration;

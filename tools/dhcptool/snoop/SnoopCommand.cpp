@@ -28,12 +28,13 @@ paramReqList) are strings, times are numbers of seconds. For DHCPv6 these fields
 "remoteId" with "data" and, if it is well-formed, its fields; "relay", the relay messages around the message,
 outermost first, with "messageType", "hopCount", "linkAddr", "peerAddr", "interfaceId", "remoteId".
 Fields that are absent or too short are null, or an empty list.
+
 Several files are read in the order of time. Frames of other link types than Ethernet (Linux cooked captures, raw IP)
 get an Ethernet header of 14 bytes, from which positions are counted.
+
 Live capture: the time is the kernel's. Frames that this host sends are marked "out". If only some of the
 interfaces exist, or one disappears, the program waits for it. The first SIGINT or SIGTERM stops the capture.
-Exit status: 0 success; 1 wrong usage, or the output cannot be written; 2 the capture cannot be read to its end,
-none of the interfaces exists, or one cannot be opened (CAP_NET_RAW is required).)";
+CAP_NET_RAW is required.)";
 
 struct SnoopArguments {
     SourceOptions source;

@@ -1,0 +1,52 @@
+#include "Program.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "CommandText.h"
+#include "Completion.h"
+#include "DhcpLib/Config.h"
+#include "DhcpLib/Version.h"
+#include "Help.h"
+#include "ManPage.h"
+
+namespace Cli {
+
+namespace {
+
+void generate(const CLI::App& app, const Program& program, const std::string& what) {
+    const CommandText command = commandText(app);
+    if (what == "man")
+        std::cout << manPage(command, program);
+    else if (what == "bash")
+        std::cout << bashCompletion(command);
+    else if (what == "zsh")
+        std::cout << zshCompletion(command);
+    else
+        std::cout << fishCompletion(command);
+}
+
+}  // namespace
+
+void describe(CLI::App& app, const Program& program) {
+    app.formatter(std::make_shared<HelpFormatter>());
+    app.set_help_flag("-h,--help", "Print this help and end");
+    app.set_version_flag("--version", versionText(app.get_name()),
+                         "Print version, build and enterprise number, and end");
+    app.add_option_function<std::string>("--generate",
+                                         [&app, &program](const std::string& what) {
+                                             generate(app, program, what);
+                                             throw CLI::Success();
+                                         })
+        ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
+        ->configurable(false)
+        ->group("");
+}
+
+std::string versionText(std::string_view program) {
+    return std::string(program) + ' ' + DhcpLib::version + "\nbuild " DHCPLIB_BUILD_TEXT "\nenterprise number " +
+           std::to_string(DhcpLib::enterpriseNumber);
+}
+
+}  // namespace Cli
