@@ -4,11 +4,11 @@
 #include <set>
 #include <string>
 
-#include "DhcpLib/PacketView.h"
 #include "Kcore/Duration.h"
 #include "Kcore/Enum.h"
 #include "Kitnet/EthAddr.h"
 #include "Kitnet/IpAddr.h"
+#include "leasequery/LeaseQuery.h"
 
 namespace DhcpTool {
 
@@ -20,7 +20,9 @@ struct LeaseAnswer {
     LeaseState state{};
     std::optional<Kitnet::IpAddr> ip;    ///< never 0.0.0.0
     std::optional<Kitnet::EthAddr> mac;  ///< set for Ethernet clients only
-    std::optional<Kcore::Duration> leaseTime, lastTransactionTime;
+    std::optional<std::string> clientId;
+    std::optional<Kcore::Duration> leaseTime;
+    std::optional<Kcore::Duration> lastTransactionTime;  ///< since the client's last transaction: the answer's age
     std::set<Kitnet::IpAddr> associatedIps;
     std::optional<Kitnet::IpAddr> serverId;
 
@@ -30,9 +32,15 @@ struct LeaseAnswer {
     std::string json() const;
 };
 
-/// Parses `message`, which may contain any bytes, as a reply to the lease query with transaction id `xid`. Empty if it
-/// is not one.
-std::optional<LeaseAnswer> leaseAnswerOf(const DhcpLib::PktPtr& message, Kcore::U32 xid);
+/// An answer, or why a datagram is none.
+struct LeaseReply {
+    std::optional<LeaseAnswer> answer;
+    std::string_view refusal;  ///< a static text; empty if there is an answer
+};
+
+/// Reads `message`, which may contain any bytes, as the reply to the query for `subject` with transaction id `xid`. An
+/// option that occurs several times is joined first (RFC 3396, section 7).
+LeaseReply leaseReplyOf(const DhcpLib::PktPtr& message, const LeaseSubject& subject, Kcore::U32 xid);
 
 }  // namespace DhcpTool
 

@@ -4,13 +4,13 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <random>
 #include <system_error>
 
 #include "DhcpLib/Constants.h"
-#include "DhcpLib/OptionParser/LeaseQuery.h"
 #include "Kitnet/BigEndian.h"
 
 namespace DhcpTool {
@@ -18,6 +18,7 @@ namespace DhcpTool {
 namespace {
 
 using Kitnet::IpAddr;
+using namespace std::chrono_literals;
 
 [[noreturn]] void raise(const std::string& what) { throw std::system_error(errno, std::system_category(), what); }
 
@@ -43,11 +44,9 @@ Kcore::FileDescriptor udpSocket() {
     return fd;
 }
 
-DhcpLib::PktPtr queryFor(const LeaseSubject& subject, IpAddr giaddr, Kcore::U32 xid) {
-    const auto* const mac = std::get_if<Kitnet::EthAddr>(&subject);
-    const auto* const ip = std::get_if<IpAddr>(&subject);
-    return DhcpLib::buildDhcpLeaseQuery(mac != nullptr, giaddr, mac != nullptr ? *mac : Kitnet::EthAddr(),
-                                        ip != nullptr ? *ip : IpAddr(), xid);
+/// Up to a tenth longer or shorter than `wait`.
+std::chrono::milliseconds varied(std::chrono::milliseconds wait, std::random_device& random) {
+    return std::chrono::milliseconds(std::uniform_int_distribution(wait.count() * 9, wait.count() * 11)(random) / 10);
 }
 
 }  // namespace
@@ -71,11 +70,15 @@ LeaseQueryClient::LeaseQueryClient(IpAddr server, IpAddr giaddr)
 
 std::optional<LeaseAnswer> LeaseQueryClient::ask(const LeaseSubject& subject, std::chrono::seconds timeout,
                                                  unsigned retries) {
-    const Kcore::U32 xid = std::random_device{}();
-    const DhcpLib::PktPtr query = queryFor(subject, giaddr_, xid);
+    std::random_device random;
+    const Kcore::U32 xid = random();
+    const DhcpLib::PktPtr query = leaseQueryFor(subject, giaddr_, xid);
+    std::chrono::milliseconds wait = timeout;
+    const std::chrono::milliseconds longest = std::max<std::chrono::milliseconds>(timeout, 64s);
     for (unsigned tries = 0; tries <= retries; ++tries) {
         send(*query);
-        if (auto answer = awaitAnswer(xid, Clock::now() + timeout)) return answer;
+        if (auto answer = awaitAnswer(subject, xid, Clock::now() + varied(wait, random))) return answer;
+        wait = std::min(2 * wait, longest);
     }
     return std::nullopt;
 }
@@ -86,7 +89,8 @@ void LeaseQueryClient::send(const Kitnet::Pkt& query) {
         if (errno != EINTR) raise("sending to " + Kcore::textOf(server_));
 }
 
-std::optional<LeaseAnswer> LeaseQueryClient::awaitAnswer(Kcore::U32 xid, Clock::time_point deadline) {
+std::optional<LeaseAnswer> LeaseQueryClient::awaitAnswer(const LeaseSubject& subject, Kcore::U32 xid,
+                                                         Clock::time_point deadline) {
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
         if (left.count() <= 0) return std::nullopt;
@@ -94,11 +98,11 @@ std::optional<LeaseAnswer> LeaseQueryClient::awaitAnswer(Kcore::U32 xid, Clock::
         const int ready = ::poll(&wanted, 1, static_cast<int>(left.count()));
         if (ready < 0 && errno != EINTR) raise("waiting for the reply");
         if (ready <= 0) continue;
-        if (auto answer = takeDatagram(xid)) return answer;
+        if (auto answer = takeDatagram(subject, xid)) return answer;
     }
 }
 
-std::optional<LeaseAnswer> LeaseQueryClient::takeDatagram(Kcore::U32 xid) {
+std::optional<LeaseAnswer> LeaseQueryClient::takeDatagram(const LeaseSubject& subject, Kcore::U32 xid) {
     std::array<Kcore::U8, 65536> bytes;  // the largest datagram
     Endpoint from;
     socklen_t fromSize = from.size();
@@ -108,11 +112,13 @@ std::optional<LeaseAnswer> LeaseQueryClient::takeDatagram(Kcore::U32 xid) {
         if (errno == EAGAIN || errno == EINTR) return std::nullopt;
         raise("reading the reply");
     }
-    std::optional<LeaseAnswer> answer;
-    if (from.ip() == server_)
-        answer = leaseAnswerOf(Kitnet::globalPktManager().newPkt({bytes.data(), static_cast<std::size_t>(size)}), xid);
-    if (!answer) ++ignored_;
-    return answer;
+    LeaseReply reply{std::nullopt, "from another address"};
+    if (from.ip() == server_) {
+        const std::span datagram(bytes.data(), static_cast<std::size_t>(size));
+        reply = leaseReplyOf(Kitnet::globalPktManager().newPkt(datagram), subject, xid);
+    }
+    if (!reply.answer) ++ignored_[reply.refusal];
+    return reply.answer;
 }
 
 }  // namespace DhcpTool
