@@ -8,6 +8,7 @@
 #include <csignal>
 #include <iostream>
 #include <system_error>
+#include <thread>
 
 namespace DhcpRelay {
 
@@ -15,9 +16,7 @@ namespace {
 
 using DhcpLib::Constants;
 
-constexpr int longestTurn = 32;  // messages that are taken from one source before the others get their turn
-// Turns that follow each other faster are those of a busy agent: more messages are waiting than one.
-constexpr std::chrono::microseconds busyTurn{40};
+constexpr unsigned longestTurn = 32;  // messages that are taken from one source before the others get their turn
 
 Kcore::FileDescriptor signalSource() {
     sigset_t set;
@@ -45,8 +44,7 @@ void say(const std::string& what) { std::cerr << "dhcprelay: " + what + "\n" << 
 
 Agent::Agent(const Settings& settings)
     : context_(settings),
-      counters_(settings.clients),
-      budgets_(settings.clients.size(), Budget{static_cast<double>(settings.rate), Clock::now()}),
+      counters_(settings),
       signals_(signalSource()),
       kni_(Kcore::makeNode<KernelNetInfo::Status>()),
       addresses_(Kcore::makeNode<KernelNetInfo::Addresses>()),
@@ -136,11 +134,11 @@ int Agent::pollTimeout() const {
 
 /// One turn: waits until there is something to do, then serves every source a bounded number of times.
 void Agent::poll() {
+    if (rest_ > Clock::duration::zero()) std::this_thread::sleep_for(rest_);
     if (::poll(fds_.data(), fds_.size(), pollTimeout()) < 0 && errno != EINTR)
         throw std::system_error(errno, std::system_category(), "waiting for messages");
-    const Clock::time_point before = std::exchange(now_, Clock::now());
-    isBusy_ = now_ - before < busyTurn;
-    context_.now = static_cast<U32>(std::chrono::duration_cast<std::chrono::seconds>(now_.time_since_epoch()).count());
+    now_ = Clock::now();
+    context_.timeIs(now_);
 
     if (fds_[0].revents != 0) handleSignals();
     if (context_.settings.statsSeconds != 0 && now_ >= nextStats_) {
@@ -148,21 +146,48 @@ void Agent::poll() {
         printCounters();
     }
     constexpr std::size_t firstSource = 3;
+    unsigned messages = 0;
     for (std::size_t i = 0; i < sources_.size(); ++i)
-        if (fds_[firstSource + i].revents != 0) handleSource(sources_[i]);
+        if (const short events = fds_[firstSource + i].revents; events != 0) {
+            if ((events & POLLERR) != 0 && !sources_[i].link) handleReturned(*sources_[i].stack);
+            messages += handleSource(sources_[i]);
+        }
+    rest_ = pace_.restAfter(now_, messages);
     if (fds_[1].revents == 0 && fds_[2].revents == 0) return;
     kni_->handleReadable();
     addresses_->handleReadable();
     listSources();
 }
 
-void Agent::handleSource(Source& source) {
-    for (int i = 0; i < source.turn; ++i)
+/// Returns the number of messages that were waiting, or that its turn allows.
+unsigned Agent::handleSource(Source& source) {
+    const unsigned turn = source.turn;
+    for (unsigned served = 0; served < turn; ++served)
         if (!(source.link ? handleFrame(*source.stack, *source.link) : handleDatagram(*source.stack))) {
-            source.turn = std::max(1, i);
-            return;
+            source.turn = std::max(1u, served);
+            return served;
         }
-    if (isBusy_ || source.turn > 1) source.turn = std::min(2 * source.turn, longestTurn);
+    if (rest_ > Clock::duration::zero() || turn > 1) source.turn = std::min(2 * turn, longestTurn);
+    return turn;
+}
+
+/// Counts the requests that did not reach their server.
+void Agent::handleReturned(Stack& stack) {
+    for (unsigned i = 0; i < longestTurn; ++i) {
+        const auto returned = stack.servers.takeReturned();
+        if (!returned) return;
+        ServerCounters* const server = counters_.ofServer(returned->to);
+        if (server == nullptr) continue;
+        ++server->returned;
+        tellFailure(*server, returned->error);
+    }
+}
+
+/// Prints a line, but not more than one a second.
+void Agent::tellFailure(const ServerCounters& server, int error) {
+    if (now_ < nextFailure_) return;
+    nextFailure_ = now_ + std::chrono::seconds(1);
+    say("server " + Kcore::textOf(server.address) + ": " + std::generic_category().message(error));
 }
 
 void Agent::handleSignals() {
@@ -171,18 +196,6 @@ void Agent::handleSignals() {
             printCounters();
         else
             ended_ = true;
-}
-
-bool Agent::spend(std::size_t link) {
-    if (context_.settings.rate == 0) return true;
-    const double rate = context_.settings.rate;
-    Budget& budget = budgets_[link];
-    budget.requests =
-        std::min(rate, budget.requests + rate * std::chrono::duration<double>(now_ - budget.since).count());
-    budget.since = now_;
-    if (budget.requests < 1) return false;
-    budget.requests -= 1;
-    return true;
 }
 
 /// False where no frame is waiting.
@@ -195,7 +208,6 @@ bool Agent::handleFrame(Stack& stack, std::size_t link) {
     if (!receipt.isOurs || t.protocol != stack.protocol) return true;
     t.port.link = static_cast<U16>(link);
     Reason reason = receipt.reason;
-    if (reason == Reason::none && !spend(link)) reason = Reason::rateLimit;
     if (reason == Reason::none) reason = process(t, context_);
     if (reason == Reason::none) reason = sendToServers(stack, t);
     finish(t, reason);
@@ -230,12 +242,20 @@ Reason Agent::sendToServers(Stack& stack, Transaction& t) {
     const std::span<const U8> message(t.pkt->data() + t.at, t.bytes());
     const Settings& s = context_.settings;
     bool sent = false;
+    const auto sendTo = [&](const IpGenAddr& address, U16 port) {
+        ServerCounters& server = *counters_.ofServer(address);
+        if (stack.servers.send(message, address, port, context_.links.serverIfIndex())) {
+            ++server.sent;
+            sent = true;
+            return;
+        }
+        ++server.notSent;
+        tellFailure(server, errno);
+    };
     if (stack.protocol == Protocol::dhcp4)
-        for (const IpAddr& server : s.servers4)
-            sent |= stack.servers.send(message, server, Constants::dhcpServerPort, 0);
+        for (const IpAddr& server : s.servers4) sendTo(server, Constants::dhcpServerPort);
     else
-        for (const Ip6Addr& server : s.servers6)
-            sent |= stack.servers.send(message, server, Constants::dhcp6ServerPort, context_.links.serverIfIndex());
+        for (const Ip6Addr& server : s.servers6) sendTo(server, Constants::dhcp6ServerPort);
     return sent ? Reason::none : Reason::serverUnreachable;
 }
 

@@ -9,6 +9,7 @@
 #include "DhcpLib/DhcpSnoopingPamManager.h"
 #include "Frame.h"
 #include "KernelNetInfo/Addresses.h"
+#include "Pace.h"
 #include "Sockets.h"
 #include "Steps.h"
 
@@ -26,7 +27,7 @@ public:
     void run();
 
 private:
-    using Clock = std::chrono::steady_clock;
+    using Clock = Pace::Clock;
     using PamManagerPtr = DhcpLib::PamManager::Ptr;
 
     /// The sockets of one protocol.
@@ -37,17 +38,11 @@ private:
         std::vector<Interface::EthDevPam::Ptr> access;  ///< one for each client link
     };
     /// A descriptor that delivers messages. `turn` is the number of messages that are read in one turn. It grows while
-    /// messages are waiting, so that under load one call of poll serves many of them. Otherwise it is 1, which avoids
-    /// reads that find no message.
+    /// more of them are waiting. Otherwise it is 1, which avoids reads that find no message.
     struct Source {
         Stack* stack;
         std::optional<std::size_t> link;  ///< no value: the servers
-        int turn = 1;
-    };
-    /// The number of requests that a link may still send. Grows with time, up to the number allowed in one second.
-    struct Budget {
-        double requests;
-        Clock::time_point since;
+        unsigned turn = 1;
     };
 
     void handleDevice(const Kcore::String& name);
@@ -56,29 +51,30 @@ private:
     int pollTimeout() const;
     void poll();
     void handleSignals();
-    void handleSource(Source& source);
+    unsigned handleSource(Source& source);
+    void handleReturned(Stack& stack);
     bool handleFrame(Stack& stack, std::size_t link);
     bool handleDatagram(Stack& stack);
     void finish(const Transaction& t, Reason reason);
     Reason sendToServers(Stack& stack, Transaction& t);
+    void tellFailure(const ServerCounters& server, int error);
     Reason deliver(Stack& stack, Transaction& t);
-    bool spend(std::size_t link);
     void tell(const Transaction& t, Reason reason) const;
     void printCounters();
 
     Context context_;
     Counters counters_;
-    std::vector<Budget> budgets_;
     Kcore::FileDescriptor signals_;
     KernelNetInfo::Status::Ptr kni_;
     KernelNetInfo::Addresses::Ptr addresses_;
     std::vector<Stack> stacks_;
     Kcore::Observers<const Kcore::String&>::Observation devices_;
     Kcore::Observers<>::Observation addressChanges_;
-    Clock::time_point now_, nextStats_;
+    Clock::time_point now_, nextStats_, nextFailure_;
     std::vector<Source> sources_;
     std::vector<pollfd> fds_;  ///< signals, devices, addresses, then one for each source
-    bool isBusy_ = false;
+    Pace pace_;
+    Clock::duration rest_{};  ///< before the next turn
     bool ended_ = false;
 };
 

@@ -68,7 +68,7 @@ private:
     }
 
     void takeTag(U16 tpid, U16 tci) {
-        if (tags_++ == 0) tag_ = {tpid, static_cast<U16>(tci & 0x0fff)};
+        if (tags_++ == 0) tag_ = {tpid, tci};
     }
 
     bool readIp4() {
@@ -134,7 +134,7 @@ private:
         }
         t_.port = links_.nativePort(link_);
         if (tags_ == 1) {
-            if (tag_.vid != 0) t_.port.vlan = tag_.vid;
+            if (tag_.vlan() != 0) t_.port.vlan = tag_.vlan();
             t_.port.tag = tag_;
         }
         if ((tags_ == 1 && !isServedTag(tag_.tpid)) || !links_.serves(t_.port)) reason_ = Reason::vlanNotServed;
@@ -208,7 +208,7 @@ void putHeaders(Kitnet::Pkt& pkt, const Destination& to, const IpPart& p) {
     store(pkt, 0, to.dstMac);
     store(pkt, macBytes, to.srcMac);
     store<U16>(pkt, 2 * macBytes, to.dst.isV4() ? ip4Type : ip6Type);
-    if (to.tag.isPresent()) pkt.vlanTagIs(to.tag.tpid, to.tag.vid);
+    if (to.tag.isPresent()) pkt.vlanTagIs(to.tag.tpid, to.tag.tci);
     if (to.dst.isV4())
         storeIp4(pkt, etherBytes, to, p);
     else

@@ -8,6 +8,7 @@
 #include <set>
 
 #include "ConfigFile.h"
+#include "Links.h"
 #include "Reason.h"
 #include "cli/Program.h"
 #include "cli/Suggestion.h"
@@ -30,7 +31,7 @@ constexpr Cli::Program program{8, exits, examples, "dhcptool(1)"};
 
 /// The options as they are written.
 struct Written {
-    std::vector<std::string> clients, servers, trusted, vlans, giaddrs, linkAddresses;
+    std::vector<std::string> clients, servers, replySources, trusted, vlans, giaddrs, linkAddresses;
     std::string serverInterface, linkSelection;
     bool noVssControl = false;
 };
@@ -39,141 +40,117 @@ struct Written {
     throw UsageError("--" + option + " " + value + ": " + why);
 }
 
+/// A group of options in --help. A text is broken by hand, so that each line fits 80 columns.
+class Group {
+public:
+    Group(CLI::App& app, const char* name) : app_(app), name_(name) {}
+
+    CLI::Option* flag(const char* names, bool& value, const char* text) {
+        return app_.add_flag(names, value, text)->group(name_);
+    }
+    CLI::Option* action(const char* names, std::function<void()> run, const char* text) {
+        return app_.add_flag_callback(names, std::move(run), text)->configurable(false)->group(name_);
+    }
+    void text(const char* name, std::string& value, const char* type, const char* text) {
+        app_.add_option(name, value, text)->type_name(type)->group(name_);
+    }
+    /// May be repeated.
+    void list(const char* names, std::vector<std::string>& values, const char* type, const char* text) {
+        app_.add_option(names, values, text)->type_name(type)->allow_extra_args(false)->group(name_);
+    }
+    template <class Number>
+    void number(const char* name, Number& value, const char* type, U32 least, U32 most, const char* text) {
+        app_.add_option(name, value, text)
+            ->type_name(type)
+            ->check(CLI::Range(least, most).description(""))
+            ->group(name_);
+    }
+    template <class Enum>
+    void choice(const char* name, Enum& value, const char* type, const std::map<std::string, Enum>& choices,
+                const char* text) {
+        app_.add_option(name, value, text)
+            ->type_name(type)
+            ->transform(CLI::Transformer(choices).description(""))
+            ->check(CLI::IsMember(choices).description(""))
+            ->group(name_);
+    }
+
+private:
+    CLI::App& app_;
+    const char* const name_;
+};
+
 void addRelaying(CLI::App& app, Settings& s, Written& w) {
-    const char* const group = "Who talks to whom";
-    app.add_flag("-4,--ipv4", s.ipv4, "Relay DHCPv4 (default: if a server has such\nan address)")->group(group);
-    app.add_flag("-6,--ipv6", s.ipv6, "Relay DHCPv6 (likewise)")->group(group);
-    app.add_option("-c,--client", w.clients, "Link with clients; repeat for more")
-        ->type_name("LINK")
-        ->allow_extra_args(false)
-        ->group(group);
-    app.add_option("-s,--server", w.servers, "Address of a server, or of the next relay;\nrepeat for more")
-        ->type_name("ADDRESS")
-        ->allow_extra_args(false)
-        ->group(group);
-    app.add_option("--server-interface", w.serverInterface, "Take replies from this interface alone")
-        ->type_name("LINK")
-        ->group(group);
-    app.add_option("--trust", w.trusted, "Client link behind which relays, or switches\nthat add option 82, stand")
-        ->type_name("LINK")
-        ->allow_extra_args(false)
-        ->group(group);
-    app.add_option(
-           "--vlans", w.vlans,
-           "Serve these tagged VLANs on a client link:\n'10,20-29' or 'all'. Untagged frames are\nalways served")
-        ->type_name("LINK=LIST")
-        ->allow_extra_args(false)
-        ->group(group);
-    app.add_option("--native-vlan", s.nativeVlan, "VLAN of untagged frames (default 1)")
-        ->type_name("VLAN")
-        ->check(CLI::Range(1, 4094).description(""))
-        ->group(group);
+    Group group(app, "Who talks to whom");
+    group.flag("-4,--ipv4", s.ipv4, "Relay DHCPv4 (default: if a server has such\nan address)");
+    group.flag("-6,--ipv6", s.ipv6, "Relay DHCPv6 (likewise)");
+    group.list("-c,--client", w.clients, "LINK", "Link with clients; repeat for more");
+    group.list("-s,--server", w.servers, "ADDRESS", "Address of a server, or of the next relay;\nrepeat for more");
+    group.list("--accept-replies-from", w.replySources, "ADDRESS",
+               "Take replies from this address, too, without\nsending to it: that of a server behind the\nnext relay");
+    group.text("--server-interface", w.serverInterface, "LINK", "Take replies from this interface alone");
+    group.list("--trust", w.trusted, "LINK", "Client link behind which relays, or switches\nthat add option 82, stand");
+    group.list("--vlans", w.vlans, "LINK=LIST",
+               "Serve these tagged VLANs on a client link:\n'10,20-29' or 'all'. Untagged frames are\nalways served");
+    group.number("--native-vlan", s.nativeVlan, "VLAN", 1, 4094, "VLAN of untagged frames (default 1)");
 }
 
 void addIdentity(CLI::App& app, Settings& s, Written& w) {
-    const char* const group = "What servers are told";
-    app.add_option("--giaddr", w.giaddrs, "DHCPv4 relay address (default: the client\nlink's first)")
-        ->type_name("[LINK[:VLAN]=]ADDRESS")
-        ->allow_extra_args(false)
-        ->group(group);
-    app.add_option("--link-address", w.linkAddresses, "DHCPv6 link-address (default: the client\nlink's first global)")
-        ->type_name("[LINK[:VLAN]=]ADDRESS")
-        ->allow_extra_args(false)
-        ->group(group);
-    app.add_option("--circuit-id", s.circuitId, "DHCPv4 port: %i link, %v VLAN\n(default '%i:%v')")
-        ->type_name("TEXT")
-        ->group(group);
-    app.add_option("--interface-id", s.interfaceId, "DHCPv6 port, likewise (default '%i:%v')")
-        ->type_name("TEXT")
-        ->group(group);
-    app.add_option("--remote-id", s.remoteId,
-                   "DHCPv4 remote-id: as above, and %m the\nlink's MAC address (default '%m')")
-        ->type_name("TEXT")
-        ->group(group);
-    app.add_option("--link-selection", w.linkSelection,
-                   "Sub-option 5: an address, or 'auto' for\nthe client link's own")
-        ->type_name("ADDRESS")
-        ->group(group);
-    app.add_flag("--server-id-override", s.serverIdOverride,
-                 "Sub-option 11: clients renew through the\nrelay (needs --link-selection)")
-        ->group(group);
-    app.add_option("--vrf", s.vrf, "Virtual subnet selection: the VRF's name\n(DHCPv4: needs --link-selection)")
-        ->type_name("NAME")
-        ->group(group);
-    app.add_flag("--no-vss-control", w.noVssControl, "Leave sub-option 152 out")->group(group);
+    Group group(app, "What servers are told");
+    const char* const port = "[LINK[:VLAN]=]ADDRESS";
+    group.list("--giaddr", w.giaddrs, port, "DHCPv4 relay address (default: the client\nlink's first)");
+    group.list("--link-address", w.linkAddresses, port,
+               "DHCPv6 link-address (default: the client\nlink's first global)");
+    group.text("--circuit-id", s.circuitId, "TEXT", "DHCPv4 port: %i link, %v VLAN\n(default '%i:%v')");
+    group.text("--interface-id", s.interfaceId, "TEXT", "DHCPv6 port, likewise (default '%i:%v')");
+    group.text("--remote-id", s.remoteId, "TEXT",
+               "DHCPv4 remote-id: as above, and %m the\nlink's MAC address (default '%m')");
+    group.text("--link-selection", w.linkSelection, "ADDRESS",
+               "Sub-option 5: an address, or 'auto' for\nthe client link's own");
+    group.flag("--server-id-override", s.serverIdOverride,
+               "Sub-option 11: clients renew through the\nrelay (needs --link-selection)");
+    group.text("--vrf", s.vrf, "NAME", "Virtual subnet selection: the VRF's name\n(DHCPv4: needs --link-selection)");
+    group.flag("--no-vss-control", w.noVssControl, "Leave sub-option 152 out");
 }
 
 void addLimits(CLI::App& app, Settings& s) {
-    const char* const group = "Policy and limits";
+    Group group(app, "Policy and limits");
     static const std::map<std::string, InfoPolicy> untrusted{{"discard", InfoPolicy::discard},
                                                              {"replace", InfoPolicy::replace}};
     static const std::map<std::string, InfoPolicy> trusted{
         {"discard", InfoPolicy::discard}, {"replace", InfoPolicy::replace}, {"keep", InfoPolicy::keep}};
-    app.add_option("--option82", s.untrustedInfo,
-                   "A client's own option 82: discard the request\nor replace it (default discard)")
-        ->type_name("discard|replace")
-        ->transform(CLI::Transformer(untrusted).description(""))
-        ->check(CLI::IsMember(untrusted).description(""))
-        ->group(group);
-    app.add_option("--trusted-option82", s.trustedInfo,
-                   "The same on trusted links: discard, replace\nor keep (default keep)")
-        ->type_name("discard|replace|keep")
-        ->transform(CLI::Transformer(trusted).description(""))
-        ->check(CLI::IsMember(trusted).description(""))
-        ->group(group);
-    app.add_option("--hop-limit", s.hopLimit4, "Relays that a DHCPv4 request may pass\n(default 16)")
-        ->type_name("N")
-        ->check(CLI::Range(1, 255).description(""))
-        ->group(group);
-    app.add_option("--hop-limit6", s.hopLimit6, "The same for DHCPv6 (default 8)")
-        ->type_name("N")
-        ->check(CLI::Range(1, 32).description(""))
-        ->group(group);
-    app.add_option("--mtu", s.mtu,
-                   "Leave option 82 out of larger requests\n(default: that of --server-interface, or 1500)")
-        ->type_name("BYTES")
-        ->check(CLI::Range(576, 65535).description(""))
-        ->group(group);
-    app.add_option("--rate", s.rate, "Requests a second that a link may send,\n0 for no limit (default 1000)")
-        ->type_name("N")
-        ->check(CLI::Range(0, 1000000).description(""))
-        ->group(group);
-    app.add_option("--remember", s.rememberSeconds, "How long to remember where a transaction came\nfrom (default 60)")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(1, 3600).description(""))
-        ->group(group);
-    app.add_option("--transactions", s.transactions, "How many of each link (default 16384)")
-        ->type_name("N")
-        ->check(CLI::Range(16, 1048576).description(""))
-        ->group(group);
+    group.choice("--option82", s.untrustedInfo, "discard|replace", untrusted,
+                 "A client's own option 82: discard the request\nor replace it (default discard)");
+    group.choice("--trusted-option82", s.trustedInfo, "discard|replace|keep", trusted,
+                 "The same on trusted links: discard, replace\nor keep (default keep)");
+    group.number("--hop-limit", s.hopLimit4, "N", 1, 255, "Relays that a DHCPv4 request may pass\n(default 16)");
+    group.number("--hop-limit6", s.hopLimit6, "N", 1, 32, "The same for DHCPv6 (default 8)");
+    group.number("--mtu", s.mtu, "BYTES", 576, 65535,
+                 "Leave option 82 out of larger requests\n(default: that of --server-interface, or 1500)");
+    group.number("--rate", s.rate, "N", 0, 1000000,
+                 "Requests a second that a link may send,\n0 for no limit (default 1000)");
+    group.number("--remember", s.rememberSeconds, "SECONDS", 1, 3600,
+                 "How long to remember where a transaction came\nfrom (default 60)");
+    group.number("--transactions", s.transactions, "N", 16, 1048576, "How many of each link (default 16384)");
+}
+
+void printReasons() {
+    for (const ReasonMember& row : Kcore::EnumTable<Reason>::members)
+        if (row.kind != ReasonKind::silent)
+            std::cout << row.name << (row.kind == ReasonKind::drop ? "\tdrop\t" : "\tremark\t") << row.text << '\n';
+    throw CLI::Success();
 }
 
 void addReports(CLI::App& app, Settings& s) {
-    const char* const group = "Reports";
+    Group group(app, "Reports");
     static const std::map<std::string, StatsFormat> formats{{"text", StatsFormat::text}, {"json", StatsFormat::json}};
-    app.add_option("--stats", s.statsSeconds, "Print the counters every so often; SIGUSR1\nprints them, too")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(1, 86400).description(""))
-        ->group(group);
-    app.add_option("--stats-format", s.statsFormat, "'text' (default), or 'json': an object a line")
-        ->type_name("text|json")
-        ->transform(CLI::Transformer(formats).description(""))
-        ->check(CLI::IsMember(formats).description(""))
-        ->group(group);
-    app.add_flag("-v,--verbose", s.verbose, "Print a line for each message")->group(group);
-    app.add_flag("--check", s.checkOnly, "Check the settings and end")->configurable(false)->group(group);
-    app.add_flag_callback(
-           "--list-reasons",
-           [] {
-               for (const ReasonMember& row : Kcore::EnumTable<Reason>::members)
-                   if (row.kind != ReasonKind::silent)
-                       std::cout << row.name << (row.kind == ReasonKind::drop ? "\tdrop\t" : "\tremark\t") << row.text
-                                 << '\n';
-               throw CLI::Success();
-           },
-           "Print why messages are dropped, and end")
-        ->configurable(false)
-        ->group(group);
+    group.number("--stats", s.statsSeconds, "SECONDS", 1, 86400,
+                 "Print the counters every so often; SIGUSR1\nprints them, too");
+    group.choice("--stats-format", s.statsFormat, "text|json", formats,
+                 "'text' (default), or 'json': an object a line");
+    group.flag("-v,--verbose", s.verbose, "Print a line for each message");
+    group.flag("--check", s.checkOnly, "Check the settings and end")->configurable(false);
+    group.action("--list-reasons", printReasons, "Print why messages are dropped, and end");
 }
 
 IntfId linkOf(const std::string& option, const std::string& value, std::string_view name) {
@@ -221,26 +198,32 @@ void takeClients(Settings& s, const Written& w) {
     }
 }
 
+/// An address of one host that is not in `seen` yet.
+IpGenAddr hostOf(const std::string& option, const std::string& text, const Settings& s, std::set<IpGenAddr>& seen) {
+    IpGenAddr host;
+    if (!IpGenAddr::parse(text, &host) || !host.isUsable()) refuse(option, text, "no address of a host");
+    if ((host.isV4() && host.v4Addr().value() >> 28 >= 0xe) || (host.isV6() && host.v6Addr().byte(0) == 0xff))
+        refuse(option, text, "not the address of one host, so that replies could not be told from forged ones");
+    if (host.isV6() && isLinkLocal(host.v6Addr()) && !s.serverInterface)
+        refuse(option, text, "a link-local address needs --server-interface");
+    if (!seen.insert(host).second) refuse(option, text, "named twice");
+    return host;
+}
+
 void takeServers(Settings& s, const Written& w) {
     if (w.servers.empty()) throw UsageError("no --server");
+    if (!w.serverInterface.empty())
+        s.serverInterface = linkOf("server-interface", w.serverInterface, w.serverInterface);
     std::set<IpGenAddr> seen;
     for (const std::string& text : w.servers) {
-        IpGenAddr server;
-        if (!IpGenAddr::parse(text, &server) || !server.isUsable()) refuse("server", text, "no address of a host");
-        if ((server.isV4() && server.v4Addr().value() >> 28 >= 0xe) ||
-            (server.isV6() && server.v6Addr().byte(0) == 0xff))
-            refuse("server", text, "not the address of one host, so that replies could not be told from forged ones");
-        if (!seen.insert(server).second) refuse("server", text, "named twice");
+        const IpGenAddr server = hostOf("server", text, s, seen);
         if (server.isV4())
             s.servers4.push_back(server.v4Addr());
         else
             s.servers6.push_back(server.v6Addr());
     }
-    if (!w.serverInterface.empty())
-        s.serverInterface = linkOf("server-interface", w.serverInterface, w.serverInterface);
-    for (const Ip6Addr& server : s.servers6)
-        if (server.byte(0) == 0xfe && (server.byte(1) & 0xc0) == 0x80 && !s.serverInterface)
-            refuse("server", Kcore::textOf(server), "a link-local address needs --server-interface");
+    for (const std::string& text : w.replySources)
+        s.replySources.push_back(hostOf("accept-replies-from", text, s, seen));
     if (!s.ipv4 && !s.ipv6) {
         s.ipv4 = !s.servers4.empty();
         s.ipv6 = !s.servers6.empty();

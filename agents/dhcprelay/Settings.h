@@ -49,6 +49,7 @@ struct Settings {
     std::vector<ClientLink> clients;
     std::vector<IpAddr> servers4;
     std::vector<Ip6Addr> servers6;
+    std::vector<IpGenAddr> replySources;  ///< other addresses from which replies are accepted
     std::optional<IntfId> serverInterface;
     U16 nativeVlan = 1;
 

@@ -1,5 +1,6 @@
 #include "Sockets.h"
 
+#include <linux/errqueue.h>
 #include <linux/filter.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -44,6 +45,12 @@ socklen_t toSocketAddress(SocketAddress& out, const IpGenAddr& address, U16 port
     return sizeof out.v6;
 }
 
+IpGenAddr toAddress(const SocketAddress& address) {
+    if (address.any.sa_family == AF_INET6)
+        return Ip6Addr::fromBytes(reinterpret_cast<const U8*>(&address.v6.sin6_addr));
+    return IpAddr::fromBytes(reinterpret_cast<const U8*>(&address.v4.sin_addr));
+}
+
 /// Lets through datagrams whose message starts with `first`; a filter of a UDP socket sees its header, too.
 void attachFilter(int fd, U8 first) {
     constexpr U32 udpBytes = 8;
@@ -72,6 +79,7 @@ ServerSocket::ServerSocket(Protocol protocol, bool tellsInterface)
     attachFilter(fd(), isV4 ? bootReply : relayReply);
     optionIs(fd(), SOL_SOCKET, SO_RCVBUF, receiveBuffer, "receive buffer");
     if (!isV4) optionIs(fd(), IPPROTO_IPV6, IPV6_V6ONLY, 1, "IPv6 alone");
+    optionIs(fd(), isV4 ? IPPROTO_IP : IPPROTO_IPV6, isV4 ? IP_RECVERR : IPV6_RECVERR, 1, "ICMP errors");
     if (tellsInterface)
         optionIs(fd(), isV4 ? IPPROTO_IP : IPPROTO_IPV6, isV4 ? IP_PKTINFO : IPV6_RECVPKTINFO, 1, "packet info");
     SocketAddress address;
@@ -101,10 +109,7 @@ bool ServerSocket::receive(Transaction& t) {
     t.protocol = protocol_;
     t.side = Side::server;
     t.pkt = Kitnet::globalPktManager().newPkt({buffer.data(), static_cast<std::size_t>(size)});
-    if (protocol_ == Protocol::dhcp4)
-        t.src = IpAddr::fromBytes(reinterpret_cast<const U8*>(&from.v4.sin_addr));
-    else
-        t.src = Ip6Addr::fromBytes(reinterpret_cast<const U8*>(&from.v6.sin6_addr));
+    t.src = toAddress(from);
     for (cmsghdr* c = CMSG_FIRSTHDR(&message); c != nullptr; c = CMSG_NXTHDR(&message, c)) {
         if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_PKTINFO) {
             in_pktinfo info;
@@ -122,7 +127,32 @@ bool ServerSocket::receive(Transaction& t) {
 bool ServerSocket::send(std::span<const U8> message, const IpGenAddr& to, U16 port, U32 ifIndex) {
     SocketAddress address;
     const socklen_t size = toSocketAddress(address, to, port, ifIndex);
-    return ::sendto(fd(), message.data(), message.size(), MSG_DONTWAIT, &address.any, size) >= 0;
+    const auto trySend = [&] {
+        return ::sendto(fd(), message.data(), message.size(), MSG_DONTWAIT, &address.any, size) >= 0;
+    };
+    // The first call fails, too, if an ICMP error for an earlier message has arrived.
+    return trySend() || trySend();
+}
+
+std::optional<ServerSocket::Returned> ServerSocket::takeReturned() {
+    SocketAddress to{};
+    alignas(cmsghdr) std::array<char, 512> control;
+    msghdr message{};
+    message.msg_name = &to;
+    message.msg_namelen = sizeof to;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    if (::recvmsg(fd(), &message, MSG_ERRQUEUE | MSG_DONTWAIT) < 0) return std::nullopt;
+    Returned returned{toAddress(to), 0};
+    for (cmsghdr* c = CMSG_FIRSTHDR(&message); c != nullptr; c = CMSG_NXTHDR(&message, c)) {
+        if (!(c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_RECVERR) &&
+            !(c->cmsg_level == IPPROTO_IPV6 && c->cmsg_type == IPV6_RECVERR))
+            continue;
+        sock_extended_err error;
+        std::memcpy(&error, CMSG_DATA(c), sizeof error);
+        returned.error = static_cast<int>(error.ee_errno);
+    }
+    return returned;
 }
 
 }  // namespace DhcpRelay

@@ -20,6 +20,12 @@ public:
     /// Returns false and sets errno if the kernel refuses the message. `ifIndex` names the link of a link-local
     /// address.
     bool send(std::span<const U8> message, const IpGenAddr& to, U16 port, U32 ifIndex);
+    /// The next ICMP error that came back for a message. poll reports POLLERR if one is waiting.
+    struct Returned {
+        IpGenAddr to;  ///< where the message was sent
+        int error;     ///< as an errno value
+    };
+    std::optional<Returned> takeReturned();
 
 private:
     const Protocol protocol_;

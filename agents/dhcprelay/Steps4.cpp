@@ -1,5 +1,6 @@
 #include "DhcpLib/DhcpHdr.h"
 #include "DhcpLib/OptionParser.h"
+#include "DhcpLib/Walk.h"
 #include "Steps.h"
 
 namespace DhcpRelay {
@@ -13,6 +14,7 @@ using DhcpLib::Wire::ByteView;
 
 constexpr U32 chaddrBytes = 16, ipAndUdpBytes = 28, chaddrAt = 28;
 constexpr U8 nak = 6;  // DHCP message type, RFC 2132, section 9.6
+constexpr U8 optionOverload = 52, endOption = 255;
 
 DhcpHdr headerOf(const Transaction& t) { return ByteView(*t.pkt).load<DhcpHdr>(t.at); }
 
@@ -26,6 +28,29 @@ TransactionKey keyOf(const Transaction& t, const DhcpHdr& header) {
     return key;
 }
 
+/// Whether a field of the header, which option 52 declares to hold options, holds an option 82.
+bool hasInfoIn(const Transaction& t, U32 field, U32 size) {
+    bool found = false;
+    DhcpLib::walkItems<DhcpLib::PaddedItemShape>(
+        ByteView(*t.pkt), t.at + field, U32{0}, [size](U32 cursor) { return cursor < size; },
+        [&](const auto& head, U32) {
+            found = head.code == static_cast<U8>(DhcpLib::DhcpOptionType::infoOpt);
+            return !found && head.code != endOption;
+        });
+    return found;
+}
+
+/// No relay agent puts option 82 into these fields, but a client can, and some servers read it there.
+bool hidesInfo(const Transaction& t) {
+    constexpr U8 fileHoldsOptions = 1, snameHoldsOptions = 2;
+    constexpr U32 snameAt = 44, snameBytes = 64, fileAt = 108, fileBytes = 128;
+    const auto overload = DhcpLib::findOption(t.pkt, t.at, DhcpLib::DhcpOptionType{optionOverload});
+    if (!overload || overload.len() == 0) return false;
+    const U8 fields = ByteView(*t.pkt).load<U8>(overload.dataOffset());
+    return ((fields & fileHoldsOptions) != 0 && hasInfoIn(t, fileAt, fileBytes)) ||
+           ((fields & snameHoldsOptions) != 0 && hasInfoIn(t, snameAt, snameBytes));
+}
+
 OptionFacts factsOf(const Transaction& t) {
     OptionFacts facts;
     const DhcpLib::AreaState area = DhcpLib::optionsAreaState(t.pkt, t.at);
@@ -33,6 +58,7 @@ OptionFacts factsOf(const Transaction& t) {
     if (facts.isBootp) return facts;
     facts.isWellFormed = area == DhcpLib::AreaState::wellFormed;
     facts.hasInfo = static_cast<bool>(DhcpLib::findOption(t.pkt, t.at, DhcpLib::DhcpOptionType::infoOpt));
+    facts.hidesInfo = hidesInfo(t);
     const auto type = DhcpLib::findOption(t.pkt, t.at, DhcpLib::DhcpOptionType::msgType);
     if (type && type.len() == 1) facts.messageType = ByteView(*t.pkt).load<U8>(type.dataOffset());
     return facts;
@@ -67,8 +93,10 @@ Reason decideInfo(Transaction& t, const Context& c) {
     if (t.options.isBootp) return Reason::none;
     // Replaced even if there is none: a further one may stand behind the end option, where some servers look.
     t.info = InfoAction::replace;
+    const InfoPolicy policy = c.links.of(t.port).config.trusted ? c.settings.trustedInfo : c.settings.untrustedInfo;
+    if (t.options.hidesInfo && policy != InfoPolicy::keep) return Reason::untrustedInfo;
     if (!t.options.hasInfo) return Reason::none;
-    switch (c.links.of(t.port).config.trusted ? c.settings.trustedInfo : c.settings.untrustedInfo) {
+    switch (policy) {
         case InfoPolicy::discard:
             return Reason::untrustedInfo;
         case InfoPolicy::replace:

@@ -10,12 +10,14 @@ namespace DhcpRelay {
 
 using PktPtr = Kcore::Ptr<Kitnet::Pkt>;
 
-/// A VLAN tag of a frame; no tag if `tpid` is 0. A tag with `vid` 0 gives the priority only (IEEE 802.1Q).
+/// A VLAN tag of a frame (IEEE 802.1Q); no tag if `tpid` is 0. `tci` has the priority in its high 4 bits and the VLAN
+/// in the others. A tag with VLAN 0 gives the priority only.
 struct VlanTag {
     U16 tpid = 0;
-    U16 vid = 0;
+    U16 tci = 0;
 
     bool isPresent() const { return tpid != 0; }
+    U16 vlan() const { return tci & 0x0fff; }
     friend bool operator==(const VlanTag&, const VlanTag&) = default;
 };
 
@@ -42,6 +44,7 @@ struct OptionFacts {
     bool isBootp = false;      ///< no magic cookie, so no options
     bool isWellFormed = true;  ///< the options have an end option
     bool hasInfo = false;      ///< relay agent information (option 82)
+    bool hidesInfo = false;    ///< option 82 in the file or sname field (RFC 2132, section 9.3)
     U8 messageType = 0;        ///< option 53; 0 if it is absent
 };
 

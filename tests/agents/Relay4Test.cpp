@@ -65,6 +65,12 @@ const RequestRow requestRows[] = {
      {.options = DISCOVER FOREIGN_INFO "0C 01 'h'" FOREIGN_INFO "FF"},
      relayed,
      changed([](Settings& s) { s.untrustedInfo = InfoPolicy::replace; })},
+    {"an option 82 in the file field cannot be replaced",
+     {},
+     {.options = DISCOVER "34 01 01 FF", .file = "0C 01 'h' 00 " FOREIGN_INFO},
+     "untrusted-option82",
+     changed([](Settings& s) { s.untrustedInfo = InfoPolicy::replace; })},
+    {"a file field without options may hold the same bytes", {}, {.file = FOREIGN_INFO}, relayed},
     {"option 82 from a trusted link is kept",
      {.link = 1},
      {.options = withInfo},
@@ -100,6 +106,16 @@ TEST(Relay4Request, BecomesWhatTheRulesSay) {
         World world(row.settings);
         EXPECT_EQ(world.arrives(row.frame.link, frameOf(row.frame, bytesOf(row.message))), row.becomes) << row.rule;
     }
+}
+
+TEST(Relay4Request, LinkHasItsRate) {
+    World world(changed([](Settings& s) { s.rate = 2; }));
+    const Octets request = bytesOf(Message4{});
+    for (const char* becomes : {relayed, relayed, "rate-limit"})
+        EXPECT_EQ(world.arrives(0, frameOf({}, request)), becomes);
+    EXPECT_EQ(world.arrives(1, frameOf({.link = 1}, request)), "relayed giaddr 10.30.0.1 hops 1 circuit-id eth2:1");
+    world.context.time += std::chrono::milliseconds(500);
+    for (const char* becomes : {relayed, "rate-limit"}) EXPECT_EQ(world.arrives(0, frameOf({}, request)), becomes);
 }
 
 TEST(Relay4Request, FrameMustBeWhole) {
@@ -158,9 +174,9 @@ const ReplyRow replyRows[] = {
     {"our circuit-id names the port", none, offer, toClient},
     {"and the VLAN, tag included", none, with(offer, OFFER "52 09 01 07 'eth1:20' FF"), toClient20},
     {"the tag is the one that the request had",
-     {.tag = {0x88a8, 20}},
+     {.tag = {0x88a8, 0x6014}},
      with(offer, OFFER "52 09 01 07 'eth1:20' FF"),
-     "delivered to 10.20.0.9 02:c1:00:00:00:01 on eth1 vlan 20 tag 88a8"},
+     "delivered to 10.20.0.9 02:c1:00:00:00:01 on eth1 vlan 20 tag 88a8 priority 3"},
     {"a priority tag as well",
      {.tag = {0x8100, 0}},
      offer,
@@ -188,6 +204,8 @@ const ReplyRow replyRows[] = {
     {"a reply to another relay", none, {.op = 2, .giaddr = "10.99.0.1"}, "foreign-relay-address"},
     {"a reply without relay address", none, {.op = 2}, "foreign-relay-address"},
     {"a reply from anybody", none, offer, "unknown-server", usual, "10.82.0.3"},
+    {"a reply from another address that is configured", none, offer, toClient,
+     changed([](Settings& s) { s.replySources = {IpAddr::fromText("10.82.0.3")}; }), "10.82.0.3"},
     {"a reply on another interface", none, offer, "wrong-interface",
      changed([](Settings& s) { s.serverInterface = IntfId("eth9"); }), server4, 3},
     {"malformed options", none, with(offer, OFFER), "malformed"},

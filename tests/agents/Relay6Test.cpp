@@ -70,6 +70,7 @@ const RequestRow requestRows[] = {
      "server-message"},
     {"no whole header", {.src = client6}, hex("01 00 00"), "malformed"},
     {"an option that passes the end", {.src = client6}, solicit + hex("00 08 00 02 00"), "malformed"},
+    {"no space for a relay header", {.src = client6}, solicit + option(15, Octets(65470, 0)), "not-rewritable"},
     {"a source that no reply can go to", {.src = "ff02::1"}, solicit, "bad-peer"},
     {"a relay-forward from an untrusted link", {.src = "fe80::7"}, nested, "untrusted-relay"},
     {"a relay-forward from a trusted link",

@@ -3,6 +3,7 @@
 #include "Counters.h"
 #include "DhcpLib/Wire.h"
 #include "Options.h"
+#include "Pace.h"
 #include "RelayWorld.h"
 
 namespace DhcpTest {
@@ -22,6 +23,30 @@ TEST(TransactionMemory, FloodOfOneLinkForgetsItsOwnOldestAlone) {
     for (U8 n = 0; n < 100; ++n) EXPECT_EQ(memory.find(keyOf(n), 0) != nullptr, n >= 96) << int{n};
     ASSERT_NE(memory.find(keyOf(200), 59), nullptr);
     EXPECT_EQ(memory.find(keyOf(200), 60), nullptr);
+}
+
+/// The share of turns with a rest, for an agent that serves `waiting` messages a turn, each of which follows `gap`
+/// after the one before. `isLoop`: clients send again only when they have been served.
+double restfulTurns(unsigned waiting, std::chrono::microseconds gap, bool isLoop) {
+    Pace pace;
+    Pace::Clock::time_point now;
+    constexpr int turns = 20000;
+    int rests = 0;
+    for (int i = 0; i < turns; ++i) {
+        const auto rest = pace.restAfter(now, waiting);
+        EXPECT_LE(rest, Pace::longestRest);
+        if (rest > rest.zero()) ++rests;
+        now += isLoop ? gap * waiting + rest : std::max<Pace::Clock::duration>(gap * waiting, rest);
+    }
+    return double(rests) / turns;
+}
+
+TEST(Pace, RestsWhileThatSlowsNobodyDown) {
+    using std::chrono::microseconds;
+    EXPECT_GT(restfulTurns(8, microseconds(300), false), 0.9);
+    EXPECT_LT(restfulTurns(4, microseconds(20), true), 0.05);
+    EXPECT_EQ(restfulTurns(1, microseconds(5000), false), 0);
+    EXPECT_EQ(restfulTurns(32, microseconds(10), false), 0);
 }
 
 TEST(PortName, FindsThePortOfItsText) {
@@ -98,6 +123,8 @@ TEST(Options, NameWhatIsWrong) {
         {{"-c", "a", "-c", "a", "-s", "10.0.0.1"}, "--client a: named twice"},
         {{"-c", "a", "-s", "10.0.0.1", "-s", "10.0.0.1"}, "--server 10.0.0.1: named twice"},
         {{"-c", "a", "-s", "10.0.0"}, "--server 10.0.0: no address of a host"},
+        {{"-c", "a", "-s", "10.0.0.1", "--accept-replies-from", "10.0.0.1"},
+         "--accept-replies-from 10.0.0.1: named twice"},
         {{"-c", "a", "-s", "fe80::1"}, "--server fe80::1: a link-local address needs --server-interface"},
         {{"-c", "a", "-s", "10.0.0.1", "-6"}, "--ipv6, but no --server with an IPv6 address"},
         {{"-c", "a", "-s", "10.0.0.1", "--trust", "b"}, "--trust b: no --client has this name"},

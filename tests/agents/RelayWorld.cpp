@@ -94,6 +94,7 @@ std::string describe(const Transaction& t) {
         out += " to " + Kcore::textOf(t.clientAddress) + " " + Kcore::textOf(t.clientMac) + " on eth" +
                std::to_string(t.port.link + 1) + " vlan " + std::to_string(t.port.vlan);
         if (t.port.tag.isPresent()) out += t.port.tag.tpid == 0x88a8 ? " tag 88a8" : " tag 8100";
+        if (t.port.tag.tci >> 13 != 0) out += " priority " + std::to_string(t.port.tag.tci >> 13);
         return out + (t.toRelay ? " port 547" : "");
     }
     (t.protocol == Protocol::dhcp4 ? describe4 : describe6)(t, out);
@@ -131,6 +132,8 @@ Octets bytesOf(const Message4& m) {
     put(16, IpAddr::fromText(m.yiaddr));
     put(24, IpAddr::fromText(m.giaddr));
     put(28, EthAddr::fromText(m.chaddr));
+    const Octets file = hex(m.file);
+    std::copy(file.begin(), file.end(), bytes.begin() + 108);
     return bytes + hex(m.options);
 }
 

@@ -55,6 +55,7 @@ struct Message4 {
     const char* giaddr = "0.0.0.0";
     const char* chaddr = "02:c1:00:00:00:01";
     const char* options = "63 82 53 63 35 01 01 FF";
+    const char* file = "";
 };
 Octets bytesOf(const Message4& message);
 

@@ -139,11 +139,11 @@ def chain():
         lab.run("c1", "ip", "route", "add", "default", "via", "10.20.0.1")
         lab.run("relay", "ip", "route", "replace", "10.40.0.0/24", "via", "10.20.0.7")
         lab.relay("-c", "cl1", "-s", SERVER, "--trust", "cl1")
-        # The server answers a DHCPv4 relay directly, so that the first relay has to know it, too.
-        lab.relay("-c", "cl3", "-s", "10.20.0.1", "-s", SERVER, namespace="c1")
+        # The server answers the first relay directly.
+        lab.relay("-c", "cl3", "-s", "10.20.0.1", "--accept-replies-from", SERVER, namespace="c1")
         lab.udhcpc("far").saw("event bound 10.40.0.1", 20)
         relayed = [m for m in messages(up) if m.op == 1 and m.giaddr == "10.40.0.1"]
-        assert {m.hops for m in relayed} == {1, 2}, [m.hops for m in relayed]
+        assert {m.hops for m in relayed} == {2}, [m.hops for m in relayed]
         assert all(dhcp4.items(m.options[82], pads=False)[0] == (1, b"cl3:1") for m in relayed)
 
 
@@ -173,6 +173,25 @@ def change():
         time.sleep(0.5)
         served("c1")
         assert agent.stop() == 0
+
+
+def unreachable():
+    """Requests that no server gets are counted: with its port closed, and without a route to it."""
+    require()
+    with Relayed() as lab:
+        agent = lab.relay(*BOTH_PROTOCOLS)
+
+        def ask():
+            for protocol in ((), ("-6",)):
+                outcome(lab.load("c1", *protocol, "--flood", "--rate", 100, "--seconds", 0.2))
+            return [line.split(": ")[1] for line in lab.counters(agent).splitlines() if line.startswith("server ")]
+
+        for line in ask():
+            sent, not_sent, returned = (int(word.split()[1]) for word in line.split(", "))
+            assert sent >= 15 and not_sent == 0 and returned > 0, line
+        lab.run("relay", "ip", "link", "del", "up0")
+        assert all("not-sent 0" not in line for line in ask())
+        assert "server-unreachable" in lab.counters(agent)
 
 
 def flood(rate=20000, seconds=4, options=()):
@@ -205,4 +224,5 @@ def flood(rate=20000, seconds=4, options=()):
 if __name__ == "__main__":
     main({"leases": leases, "tags": tags,
           "one-address": one_address, "no-echo": no_echo, "link-selection": link_selection,
-          "server-id-override": server_id_override, "chain": chain, "change": change, "flood": flood})
+          "server-id-override": server_id_override, "chain": chain, "change": change, "unreachable": unreachable,
+          "flood": flood})
