@@ -16,8 +16,6 @@ namespace {
 
 using DhcpLib::Constants;
 
-constexpr unsigned longestTurn = 32;  // messages that are taken from one source before the others get their turn
-
 Kcore::FileDescriptor signalSource() {
     sigset_t set;
     sigemptyset(&set);
@@ -146,7 +144,7 @@ void Agent::poll() {
         printCounters();
     }
     constexpr std::size_t firstSource = 3;
-    unsigned messages = 0;
+    std::size_t messages = 0;
     for (std::size_t i = 0; i < sources_.size(); ++i)
         if (const short events = fds_[firstSource + i].revents; events != 0) {
             if ((events & POLLERR) != 0 && !sources_[i].link) handleReturned(*sources_[i].stack);
@@ -159,21 +157,23 @@ void Agent::poll() {
     listSources();
 }
 
-/// Returns the number of messages that were waiting, or that its turn allows.
-unsigned Agent::handleSource(Source& source) {
-    const unsigned turn = source.turn;
-    for (unsigned served = 0; served < turn; ++served)
-        if (!(source.link ? handleFrame(*source.stack, *source.link) : handleDatagram(*source.stack))) {
-            source.turn = std::max(1u, served);
-            return served;
-        }
-    if (rest_ > Clock::duration::zero() || turn > 1) source.turn = std::min(2 * turn, longestTurn);
-    return turn;
+/// Serves what is waiting, with a limit, and returns the number of messages.
+std::size_t Agent::handleSource(const Source& source) {
+    Stack& stack = *source.stack;
+    if (source.link) {
+        const std::size_t count = stack.access[*source.link]->readPkts(frames_);
+        for (const Interface::PamFrame& frame : std::span(frames_).first(count))
+            handleFrame(stack, *source.link, frame);
+        return count;
+    }
+    const std::size_t count = stack.servers.receive(replies_);
+    for (Transaction& reply : std::span(replies_).first(count)) handleReply(stack, reply);
+    return count;
 }
 
 /// Counts the requests that did not reach their server.
 void Agent::handleReturned(Stack& stack) {
-    for (unsigned i = 0; i < longestTurn; ++i) {
+    for (std::size_t i = 0; i < longestTurn; ++i) {
         const auto returned = stack.servers.takeReturned();
         if (!returned) return;
         ServerCounters* const server = counters_.ofServer(returned->to);
@@ -198,30 +198,22 @@ void Agent::handleSignals() {
             ended_ = true;
 }
 
-/// False where no frame is waiting.
-bool Agent::handleFrame(Stack& stack, std::size_t link) {
-    const Interface::PamFrame frame = stack.access[link]->readPkt();
-    if (!frame) return false;
-    if (frame.outgoing) return true;
+void Agent::handleFrame(Stack& stack, std::size_t link, const Interface::PamFrame& frame) {
+    if (frame.outgoing) return;
     Transaction t;
     const Receipt receipt = receiveFrame({frame.pkt, frame.checksumReady}, context_.links, link, t);
-    if (!receipt.isOurs || t.protocol != stack.protocol) return true;
+    if (!receipt.isOurs || t.protocol != stack.protocol) return;
     t.port.link = static_cast<U16>(link);
     Reason reason = receipt.reason;
     if (reason == Reason::none) reason = process(t, context_);
     if (reason == Reason::none) reason = sendToServers(stack, t);
     finish(t, reason);
-    return true;
 }
 
-/// False where no datagram is waiting.
-bool Agent::handleDatagram(Stack& stack) {
-    Transaction t;
-    if (!stack.servers.receive(t)) return false;
-    Reason reason = process(t, context_);
-    if (reason == Reason::none) reason = deliver(stack, t);
-    finish(t, reason);
-    return true;
+void Agent::handleReply(Stack& stack, Transaction& reply) {
+    Reason reason = process(reply, context_);
+    if (reason == Reason::none) reason = deliver(stack, reply);
+    finish(reply, reason);
 }
 
 /// Counts and tells what became of the message.

@@ -2,6 +2,7 @@
 
 #include <poll.h>
 
+#include <array>
 #include <chrono>
 
 #include "Counters.h"
@@ -37,12 +38,10 @@ private:
         PamManagerPtr clients;
         std::vector<Interface::EthDevPam::Ptr> access;  ///< one for each client link
     };
-    /// A descriptor that delivers messages. `turn` is the number of messages that are read in one turn. It grows while
-    /// more of them are waiting. Otherwise it is 1, which avoids reads that find no message.
+    /// A descriptor that delivers messages.
     struct Source {
         Stack* stack;
         std::optional<std::size_t> link;  ///< no value: the servers
-        unsigned turn = 1;
     };
 
     void handleDevice(const Kcore::String& name);
@@ -51,10 +50,10 @@ private:
     int pollTimeout() const;
     void poll();
     void handleSignals();
-    unsigned handleSource(Source& source);
+    std::size_t handleSource(const Source& source);
     void handleReturned(Stack& stack);
-    bool handleFrame(Stack& stack, std::size_t link);
-    bool handleDatagram(Stack& stack);
+    void handleFrame(Stack& stack, std::size_t link, const Interface::PamFrame& frame);
+    void handleReply(Stack& stack, Transaction& reply);
     void finish(const Transaction& t, Reason reason);
     Reason sendToServers(Stack& stack, Transaction& t);
     void tellFailure(const ServerCounters& server, int error);
@@ -72,7 +71,10 @@ private:
     Kcore::Observers<>::Observation addressChanges_;
     Clock::time_point now_, nextStats_, nextFailure_;
     std::vector<Source> sources_;
-    std::vector<pollfd> fds_;  ///< signals, devices, addresses, then one for each source
+    std::vector<pollfd> fds_;                       ///< signals, devices, addresses, then one for each source
+    static constexpr std::size_t longestTurn = 32;  ///< messages of one source before the others get their turn
+    std::array<Interface::PamFrame, longestTurn> frames_;
+    std::array<Transaction, longestTurn> replies_;
     Pace pace_;
     Clock::duration rest_{};  ///< before the next turn
     bool ended_ = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 
 namespace DhcpRelay {
 
@@ -19,28 +20,29 @@ public:
     static constexpr Clock::duration longestRest = std::chrono::milliseconds(2);
 
     /// The rest after a turn that began at `start` and served `messages` messages.
-    Clock::duration restAfter(Clock::time_point start, unsigned messages) {
+    Clock::duration restAfter(Clock::time_point start, std::size_t messages) {
         served_ += messages;
         if (served_ >= phase_) endPhase(start);
         return messages < wanted ? rest_ : Clock::duration{};
     }
 
 private:
-    static constexpr unsigned wanted = 16;           // messages for one turn
-    static constexpr unsigned trial = 128;           // messages of a measurement, and of the first try with rests
-    static constexpr unsigned restful = 16 * trial;  // messages until the next measurement if rests do no harm
-    static constexpr unsigned awake = 128 * trial;   // the same if they do
+    static constexpr std::size_t wanted = 16;           // messages for one turn
+    static constexpr std::size_t trial = 128;           // messages of a measurement, and of the first try with rests
+    static constexpr std::size_t restful = 16 * trial;  // messages until the next measurement if rests do no harm
+    static constexpr std::size_t awake = 128 * trial;   // the same if they do
 
     void endPhase(Clock::time_point now) {
-        const Clock::duration gap = (now - begin_) / served_;
+        const Clock::duration gap = (now - begin_) / static_cast<Clock::rep>(served_);
         const bool rested = rest_ != Clock::duration{};
-        const unsigned before = phase_;
+        const std::size_t before = phase_;
         begin_ = now;
         served_ = 0;
         phase_ = trial;
         if (!rested) {
             usualGap_ = gap;
-            rest_ = gap < longestRest ? std::min(wanted * gap, longestRest) : Clock::duration{};
+            rest_ =
+                gap < longestRest ? std::min(static_cast<Clock::rep>(wanted) * gap, longestRest) : Clock::duration{};
         } else if (gap > usualGap_ * 3 / 2) {
             rest_ = {};
             phase_ = awake;
@@ -54,7 +56,7 @@ private:
     Clock::duration rest_{};
     Clock::duration usualGap_{};  // between two messages, without rests
     Clock::time_point begin_;     // of the phase
-    unsigned served_ = 0, phase_ = trial;
+    std::size_t served_ = 0, phase_ = trial;
 };
 
 }  // namespace DhcpRelay

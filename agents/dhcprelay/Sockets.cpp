@@ -5,8 +5,10 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <system_error>
 
 #include "DhcpLib/Constants.h"
@@ -64,6 +66,68 @@ void attachFilter(int fd, U8 first) {
     if (::setsockopt(fd, SOL_SOCKET, SO_ATTACH_FILTER, &program, sizeof program) != 0) raise("socket filter");
 }
 
+/// The interface that a datagram came in on; 0 if the socket does not tell it.
+U32 receivingInterface(msghdr& message) {
+    for (cmsghdr* c = CMSG_FIRSTHDR(&message); c != nullptr; c = CMSG_NXTHDR(&message, c)) {
+        if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_PKTINFO) {
+            in_pktinfo info;
+            std::memcpy(&info, CMSG_DATA(c), sizeof info);
+            return static_cast<U32>(info.ipi_ifindex);
+        }
+        if (c->cmsg_level == IPPROTO_IPV6 && c->cmsg_type == IPV6_PKTINFO) {
+            in6_pktinfo info;
+            std::memcpy(&info, CMSG_DATA(c), sizeof info);
+            return info.ipi6_ifindex;
+        }
+    }
+    return 0;
+}
+
+/// Several datagrams that are read with one system call. Of its 2 MiB of address space it only touches as much as the
+/// datagrams need.
+class Batch {
+public:
+    Batch() : bytes_(std::make_unique_for_overwrite<U8[]>(most * slotBytes)) {
+        for (std::size_t i = 0; i < most; ++i) {
+            places_[i] = {bytes_.get() + i * slotBytes, largestDatagram};
+            msghdr& message = messages_[i].msg_hdr;
+            message.msg_iov = &places_[i];
+            message.msg_iovlen = 1;
+            message.msg_name = &beside_[i].from;
+            message.msg_control = beside_[i].control.data();
+        }
+    }
+
+    /// Returns as recvmmsg(2).
+    int read(int fd, std::size_t limit) {
+        for (std::size_t i = 0; i < most; ++i) {  // the last call has set the sizes to what was received
+            messages_[i].msg_hdr.msg_namelen = sizeof beside_[i].from;
+            messages_[i].msg_hdr.msg_controllen = sizeof beside_[i].control;
+        }
+        return ::recvmmsg(fd, messages_.data(), static_cast<unsigned>(std::min(limit, most)), MSG_DONTWAIT, nullptr);
+    }
+
+    void take(std::size_t i, Transaction& t) {
+        t.pkt = Kitnet::globalPktManager().newPkt({bytes_.get() + i * slotBytes, messages_[i].msg_len});
+        t.src = toAddress(beside_[i].from);
+        t.ifIndex = receivingInterface(messages_[i].msg_hdr);
+    }
+
+private:
+    static constexpr std::size_t most = 32, largestDatagram = 65535;
+    // A multiple of the page size would make the beginnings of all datagrams compete for the same lines of the cache.
+    static constexpr std::size_t slotBytes = largestDatagram + 513;
+
+    struct Beside {
+        SocketAddress from;
+        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(in6_pktinfo))> control;
+    };
+    std::unique_ptr<U8[]> bytes_;
+    std::array<mmsghdr, most> messages_{};
+    std::array<iovec, most> places_{};
+    std::array<Beside, most> beside_{};
+};
+
 }  // namespace
 
 ServerSocket::ServerSocket(Protocol protocol, bool tellsInterface)
@@ -88,40 +152,19 @@ ServerSocket::ServerSocket(Protocol protocol, bool tellsInterface)
         raise(name + (errno == EACCES ? ", CAP_NET_BIND_SERVICE is missing" : ""));
 }
 
-bool ServerSocket::receive(Transaction& t) {
-    static std::array<U8, 65536> buffer;
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(in6_pktinfo))> control;
-    SocketAddress from{};
-    iovec part{buffer.data(), buffer.size()};
-    msghdr message{};
-    message.msg_name = &from;
-    message.msg_namelen = sizeof from;
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    message.msg_control = control.data();
-    message.msg_controllen = control.size();
-    ssize_t size;
+std::size_t ServerSocket::receive(std::span<Transaction> replies) {
+    static Batch batch;
+    int count;
     // An error that waits in the socket is told once; the datagrams behind it are not lost.
-    do size = ::recvmsg(fd(), &message, 0);
-    while (size < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EBADF);
-    if (size < 0) return false;
-
-    t.protocol = protocol_;
-    t.side = Side::server;
-    t.pkt = Kitnet::globalPktManager().newPkt({buffer.data(), static_cast<std::size_t>(size)});
-    t.src = toAddress(from);
-    for (cmsghdr* c = CMSG_FIRSTHDR(&message); c != nullptr; c = CMSG_NXTHDR(&message, c)) {
-        if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_PKTINFO) {
-            in_pktinfo info;
-            std::memcpy(&info, CMSG_DATA(c), sizeof info);
-            t.ifIndex = static_cast<U32>(info.ipi_ifindex);
-        } else if (c->cmsg_level == IPPROTO_IPV6 && c->cmsg_type == IPV6_PKTINFO) {
-            in6_pktinfo info;
-            std::memcpy(&info, CMSG_DATA(c), sizeof info);
-            t.ifIndex = info.ipi6_ifindex;
-        }
+    do count = batch.read(fd(), replies.size());
+    while (count < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EBADF);
+    for (int i = 0; i < count; ++i) {
+        Transaction& t = replies[static_cast<std::size_t>(i)] = {};
+        t.protocol = protocol_;
+        t.side = Side::server;
+        batch.take(static_cast<std::size_t>(i), t);
     }
-    return true;
+    return count < 0 ? 0 : static_cast<std::size_t>(count);
 }
 
 bool ServerSocket::send(std::span<const U8> message, const IpGenAddr& to, U16 port, U32 ifIndex) {

@@ -15,8 +15,9 @@ public:
     ServerSocket(Protocol protocol, bool tellsInterface);
 
     int fd() const { return socket_.get(); }
-    /// Reads the next datagram as a transaction of the server side. Returns false if none is waiting.
-    bool receive(Transaction& t);
+    /// Reads the datagrams that are waiting, but at most replies.size() and at most 32, as transactions of the server
+    /// side. Returns their number.
+    std::size_t receive(std::span<Transaction> replies);
     /// Returns false and sets errno if the kernel refuses the message. `ifIndex` names the link of a link-local
     /// address.
     bool send(std::span<const U8> message, const IpGenAddr& to, U16 port, U32 ifIndex);
