@@ -3,6 +3,7 @@
 
 import json
 import os
+import re
 import signal
 import socket
 import struct
@@ -192,6 +193,22 @@ def links():
         assert "frames 3, " in ended(timed)
 
 
+def drops():
+    """Frames for which the buffer has no place are counted, and told while the tool runs."""
+    require()
+    with Snooped() as lab:
+        tool, wire, sent = lab.snoop("--buffer", "1"), lab.frames("c1", "eth0"), 8000
+        wire.setblocking(True)
+        tool.signal(signal.SIGSTOP)
+        for xid in range(sent):
+            wire.send(solicit(xid))
+        tool.signal(signal.SIGCONT)
+        tool.saw("dhcptool: lan: the kernel dropped ")
+        received_count, dropped = map(int, re.search(r"lan: received (\d+), dropped (\d+), errors 0\n",
+                                                     ended(tool, signal.SIGINT)).groups())
+        assert received_count > 500 and dropped > 500 and received_count + dropped == sent, tool.log()[-500:]
+
+
 def ended(tool, number=None):
     """The counters that the tool prints when it ends without an error."""
     if number is not None:
@@ -201,4 +218,4 @@ def ended(tool, number=None):
 
 
 if __name__ == "__main__":
-    main({"flood": flood, "links": links})
+    main({"drops": drops, "flood": flood, "links": links})
