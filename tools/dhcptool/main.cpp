@@ -56,12 +56,13 @@ int run(int argc, char** argv) {
     int status = done;
     CLI::App app("Shows and rewrites DHCP traffic, and queries leases.", "dhcptool");
     Cli::describe(app, program);
-    app.footer("dhcptool FILE is the same as dhcptool snoop -r FILE.\n\ndhcptool COMMAND --help describes a command.");
     app.require_subcommand(1);
     addSnoopCommand(app);
     addFollowCommand(app);
     addLeaseQueryCommand(app, status);
     addRelayCommand(app);
+    // Not earlier: commands inherit it.
+    app.footer("dhcptool FILE is the same as dhcptool snoop -r FILE.\n\ndhcptool COMMAND --help describes a command.");
     try {
         auto arguments = completed(app, {argv + 1, argv + argc});
         std::ranges::reverse(arguments);  // as parse() wants them
