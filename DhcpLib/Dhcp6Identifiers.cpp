@@ -12,17 +12,16 @@ namespace {
 
 constexpr U16 firstVlan = 1, lastVlan = 4094;
 
-/// Reads a decimal number like strtoul: optional blanks and sign, then digits. Returns 0 if there are no digits and the
-/// largest number on overflow; a minus sign negates modulo 2^64 (docs/compatibility.md#vlan-text-as-strtoul).
-unsigned long leadingNumber(std::string_view text) {
+/// Reads a decimal number like strtoull: optional blanks and sign, then digits. Returns 0 if there are no digits and
+/// the largest number on overflow; a minus sign negates modulo 2^64 (docs/compatibility.md#vlan-text-as-strtoul).
+U64 leadingNumber(std::string_view text) {
     const std::size_t start = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
     const char* at = text.data() + start;
     const char* const end = text.data() + text.size();
     const bool negative = at != end && *at == '-';
     if (at != end && (*at == '-' || *at == '+')) ++at;
-    unsigned long number = 0;
-    if (std::from_chars(at, end, number).ec == std::errc::result_out_of_range)
-        return std::numeric_limits<unsigned long>::max();
+    U64 number = 0;
+    if (std::from_chars(at, end, number).ec == std::errc::result_out_of_range) return std::numeric_limits<U64>::max();
     return negative ? -number : number;
 }
 
@@ -38,7 +37,7 @@ Dhcp6PortInfo decodeIntfVlan(std::string_view text, Kitnet::IntfId& intf, Bridgi
     const std::size_t colon = text.find(':');
     if (colon == text.npos) return Dhcp6PortInfo::noColon;
     if (colon == 0 || text.back() == ':') return Dhcp6PortInfo::colonAtEdge;
-    const unsigned long vlan = leadingNumber(text.substr(colon + 1));
+    const U64 vlan = leadingNumber(text.substr(colon + 1));
     if (vlan < firstVlan || vlan > lastVlan) return Dhcp6PortInfo::invalidVlan;
     if (!Kitnet::IntfId::parse(text.substr(0, colon), &intf)) return Dhcp6PortInfo::invalidInterface;
     vlanId.valueIs(static_cast<unsigned>(vlan));

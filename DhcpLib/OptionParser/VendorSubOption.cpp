@@ -94,7 +94,9 @@ const Kcore::String& quorvaEntNumText() {
 }
 
 void setInfoData(Kcore::Bytes& buf, U32& pos, U8 subType, U8 len, const U8* data) {
-    putItem(buf, pos, subType, len, data);
+    Kcore::Bytes copy;  // `data` may point into `buf`, which may move
+    copy.append({data, len});
+    putItem(buf, pos, subType, len, copy.data());
     Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "setInfoData subType {} len {}", subType, len);
 }
 

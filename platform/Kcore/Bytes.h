@@ -48,11 +48,13 @@ public:
         size_ = n;
     }
     void push_back(U8 byte) { append({&byte, 1}); }
+    /// `bytes` may be a part of this byte string.
     void append(std::span<const U8> bytes) {
         if (bytes.empty()) return;
-        const std::size_t at = size_;
-        if (size_ + bytes.size() > inlineCapacity || !more_.empty()) spill(size_ + bytes.size());
-        size_ += bytes.size();
+        const std::size_t at = size_, total = size_ + bytes.size();
+        std::vector<U8> left;
+        if (total > inlineCapacity || !more_.empty()) left = spill(total);
+        size_ = total;
         copyBytes(data() + at, bytes.data(), bytes.size());
     }
     void append(std::string_view bytes) { append({reinterpret_cast<const U8*>(bytes.data()), bytes.size()}); }
@@ -60,12 +62,16 @@ public:
     friend bool operator==(const Bytes& a, const Bytes& b) { return std::ranges::equal(a.span(), b.span()); }
 
 private:
-    void spill(std::size_t n) {
-        if (more_.empty()) {
-            more_.reserve(std::max(n, 2 * inlineCapacity));
-            more_.assign(inline_, inline_ + size_);
+    /// Makes room for `n` bytes. Returns the storage that they left, so that references to it stay valid for now.
+    std::vector<U8> spill(std::size_t n) {
+        std::vector<U8> left;
+        if (more_.empty() || n > more_.capacity()) {
+            left.reserve(std::max(n, 2 * std::max(size_, inlineCapacity)));
+            left.assign(begin(), end());
+            left.swap(more_);
         }
         more_.resize(n);
+        return left;
     }
 
     std::vector<U8> more_;  // holds all bytes once the inline buffer is too small

@@ -61,10 +61,9 @@ bool sequenceToValue(CharRange& range, E* value) {
 
 namespace Detail {
 
-[[noreturn]] inline void noSuchMember(std::string_view enumeration, std::string_view given) {
-    std::string message(enumeration);
-    throwException(message.append(" has no member ").append(given));
-}
+[[noreturn]] DHCPPLATFORM_EXPORT void noSuchMember(std::string_view enumeration, unsigned number);
+/// The message quotes `name`, which may come from a packet.
+[[noreturn]] DHCPPLATFORM_EXPORT void noSuchMember(std::string_view enumeration, std::string_view name);
 
 }  // namespace Detail
 
@@ -73,7 +72,7 @@ template <NamedEnum E>
 E enumInstance(unsigned number) {
     for (const auto& member : EnumTable<E>::members)
         if (static_cast<U64>(member.value) == number) return member.value;
-    Detail::noSuchMember(EnumTable<E>::name, std::to_string(number));
+    Detail::noSuchMember(EnumTable<E>::name, number);
 }
 
 /// The member with this name. Throws RangeException if there is none.
@@ -81,7 +80,7 @@ template <NamedEnum E>
 E enumInstance(const String& name) {
     for (const auto& member : EnumTable<E>::members)
         if (member.name == name.view()) return member.value;
-    Detail::noSuchMember(EnumTable<E>::name, name);
+    Detail::noSuchMember(EnumTable<E>::name, name.view());
 }
 
 }  // namespace Kcore

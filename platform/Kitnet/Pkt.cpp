@@ -1,12 +1,12 @@
 #include "Kitnet/Pkt.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
 #include <new>
 #include <string_view>
 
 #include "Kcore/Exception.h"
+#include "Kcore/internal/Environment.h"
 #include "Kitnet/EthAddr.h"
 #include "Kitnet/IntfId.h"
 #include "Kitnet/IpGenAddr.h"
@@ -15,17 +15,19 @@ namespace Kitnet {
 
 namespace {
 
+using Kcore::U64;
+
 const Kcore::ModuleTypes<AddressFamily, NetU16, NetU32, UdpPort, IpProtocolNumber, IpAddr, Ip6Addr, IpGenAddr, EthAddr,
                          IntfId, Pkt>
     registration{"Kitnet"};
 
-U32 checkedBytes(Kcore::U64 n) {
+U32 checkedBytes(U64 n) {
     if (n > std::numeric_limits<U32>::max()) Kcore::throwException("Kitnet::Pkt::bytes > 4294967295 not allowed");
     return static_cast<U32>(n);
 }
 
 Pkt::Storage storageOfEnvironment() {
-    const char* const wanted = std::getenv("DHCPLIB_PKT_STORAGE");
+    const char* const wanted = Kcore::environmentValue("DHCPLIB_PKT_STORAGE");
     return wanted != nullptr && std::string_view(wanted) == "tight" ? Pkt::Storage::tight : Pkt::Storage::roomy;
 }
 
@@ -35,7 +37,7 @@ KitSlab::AllocationTracker Pkt::memAllocationTracker_;
 
 Pkt::Pkt(std::span<const U8> bytes, Storage storage) : bytes_(checkedBytes(bytes.size())), mode_(storage) {
     const bool roomy = mode_ == Storage::roomy;
-    move(roomy ? headRoom : 0, 0, bytes_ + (roomy ? std::size_t{tailRoom} + guardBytes : 0));
+    move(roomy ? headRoom : 0, 0, U64{bytes_} + (roomy ? tailRoom + guardBytes : 0));
     std::copy(bytes.begin(), bytes.end(), data_);
     freeTail_ -= bytes_;
 }
@@ -44,26 +46,28 @@ Pkt::~Pkt() = default;
 
 const Kcore::TypeData& Pkt::typeData() const { return Kcore::typeDataOf<Pkt>(); }
 
-U32 Pkt::grownBy(U32 n) const { return checkedBytes(Kcore::U64{bytes_} + n); }
+U32 Pkt::grownBy(U32 n) const { return checkedBytes(U64{bytes_} + n); }
 
 /// Moves the first `kept` bytes into new storage, with `head` bytes in front and `tail` zero bytes behind.
-void Pkt::move(std::size_t head, U32 kept, std::size_t tail) {
-    auto storage = std::make_unique_for_overwrite<U8[]>(head + kept + tail);
-    U8* const data = storage.get() + head;
-    std::fill_n(std::copy_n(data_, kept, data), tail, U8{0});
+void Pkt::move(U64 head, U32 kept, U64 tail) {
+    const U64 total = head + kept + tail;
+    if (total > static_cast<U64>(std::numeric_limits<std::ptrdiff_t>::max())) throw std::bad_alloc();
+    auto storage = std::make_unique_for_overwrite<U8[]>(static_cast<std::size_t>(total));
+    U8* const data = storage.get() + static_cast<std::size_t>(head);
+    std::fill_n(std::copy_n(data_, kept, data), static_cast<std::size_t>(tail), U8{0});
     storage_ = std::move(storage);
     data_ = data;
-    freeTail_ = tail;
+    freeTail_ = static_cast<std::size_t>(tail);
 }
 
 /// Makes sure that there are `head` free bytes in front of the packet and `tail` behind it. If the storage has to move,
 /// the end that grows gets as much spare room as the packet has bytes, so that growth in small steps costs linear time.
-void Pkt::makeRoom(std::size_t head, std::size_t tail) {
+void Pkt::makeRoom(U32 head, U32 tail) {
     if (mode_ == Storage::tight) return move(head, bytes_, tail);
-    const std::size_t headNow = freeHead(), tailNow = freeTail_ - guardBytes;
+    const U64 headNow = freeHead(), tailNow = freeTail_ - guardBytes;
     if (head <= headNow && tail <= tailNow) return;
-    const std::size_t grown = bytes_ + head + tail;
-    const auto room = [grown](std::size_t wanted, std::size_t now, std::size_t usual) {
+    const U64 grown = U64{bytes_} + head + tail;
+    const auto room = [grown](U64 wanted, U64 now, U64 usual) {
         return wanted <= now ? now : wanted + std::max(usual, grown);
     };
     move(room(head, headNow, headRoom), bytes_, room(tail, tailNow, tailRoom) + guardBytes);

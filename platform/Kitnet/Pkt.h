@@ -72,8 +72,8 @@ private:
     Pkt(std::span<const U8> bytes, Storage storage);
 
     U32 grownBy(U32 n) const;
-    void makeRoom(std::size_t head, std::size_t tail);
-    void move(std::size_t head, U32 kept, std::size_t tail);
+    void makeRoom(U32 head, U32 tail);
+    void move(Kcore::U64 head, U32 kept, Kcore::U64 tail);
     std::size_t freeHead() const { return static_cast<std::size_t>(data_ - storage_.get()); }
 
     U8* data_ = nullptr;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "Kcore/internal/Environment.h"
 #include "Tyk/Trace.h"
 
 namespace Tyk {
@@ -84,7 +84,7 @@ private:
 };
 
 std::filesystem::path pathOf(std::string_view file) {
-    const char* folder = std::getenv("DHCPLIB_TOGGLE_DIR");
+    const char* folder = Kcore::environmentValue("DHCPLIB_TOGGLE_DIR");
     const bool given = folder != nullptr && *folder != '\0';  // an empty name would mean the current folder
     return std::filesystem::path(given ? folder : DHCPPLATFORM_CONFIG_DIR) / file;
 }

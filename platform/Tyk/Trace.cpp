@@ -1,6 +1,7 @@
 #include "Tyk/Trace.h"
 
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <memory>
 #include <mutex>
@@ -13,9 +14,16 @@ namespace Tyk {
 
 namespace {
 
+/// A sink and the number of its calls that are running.
+struct SharedSink {
+    const TraceSink call;
+    int running = 0;
+};
+
 struct SinkInForce {
     std::mutex mutex;
-    std::shared_ptr<const TraceSink> sink;  // null means stderr
+    std::condition_variable callEnded;
+    std::shared_ptr<SharedSink> sink;  // null means stderr
 };
 
 SinkInForce& sinkInForce() {
@@ -23,10 +31,37 @@ SinkInForce& sinkInForce() {
     return it;
 }
 
-std::shared_ptr<const TraceSink> currentSink() {
-    const std::lock_guard lock(sinkInForce().mutex);
-    return sinkInForce().sink;
-}
+thread_local constinit int sinkCalls = 0;  // calls of sinks that this thread is in
+
+/// A call of the sink in force. traceSinkIs waits for its end.
+class SinkCall {
+public:
+    SinkCall() {
+        const std::lock_guard lock(sinkInForce().mutex);
+        sink_ = sinkInForce().sink;
+        if (!sink_) return;
+        ++sink_->running;
+        ++sinkCalls;
+    }
+    ~SinkCall() {
+        if (!sink_) return;
+        --sinkCalls;
+        const std::lock_guard lock(sinkInForce().mutex);
+        --sink_->running;
+        sinkInForce().callEnded.notify_all();
+    }
+    SinkCall(const SinkCall&) = delete;
+    SinkCall& operator=(const SinkCall&) = delete;
+
+    /// Whether there is a sink and it took the line.
+    bool take(const TraceLine& line) const {
+        if (sink_) sink_->call(line);
+        return sink_ != nullptr;
+    }
+
+private:
+    std::shared_ptr<SharedSink> sink_;
+};
 
 /// Prints with one write, so that lines of several threads do not mix.
 void print(const TraceLine& line, bool timeStamped) {
@@ -82,18 +117,19 @@ void appendFilled(std::string& out, std::string_view text, std::span<const Detai
 }  // namespace
 
 TraceSink traceSinkIs(TraceSink sink) {
-    auto next = sink ? std::make_shared<const TraceSink>(std::move(sink)) : nullptr;
-    {
-        const std::lock_guard lock(sinkInForce().mutex);
-        sinkInForce().sink.swap(next);
-    }
-    return next ? *next : TraceSink{};
+    auto other = sink ? std::make_shared<SharedSink>(SharedSink{std::move(sink)}) : nullptr;
+    std::unique_lock lock(sinkInForce().mutex);
+    sinkInForce().sink.swap(other);
+    if (!other) return {};
+    if (sinkCalls == 0) sinkInForce().callEnded.wait(lock, [&] { return other->running == 0; });
+    lock.unlock();  // copying a sink may trace
+    return other->call;
 }
 
 void Detail::emitTrace(const TraceHandle& handle, int level, const TraceSite& site, std::string_view text) {
     const TraceLine line{handle.name(), level, site.file, site.line, site.function, text};
     try {
-        if (const auto sink = currentSink()) return (*sink)(line);
+        if (SinkCall().take(line)) return;
     } catch (...) {
         // An exception of the sink must not stop the traced code; the line goes to stderr.
     }

@@ -1,16 +1,17 @@
 #include "Tyk/TraceHandle.h"
 
 #include <charconv>
-#include <cstdlib>
 #include <forward_list>
 #include <mutex>
+
+#include "Kcore/internal/Environment.h"
 
 namespace Tyk {
 
 namespace {
 
 int levelOfEnvironment() {
-    const char* text = std::getenv("DHCPLIB_TRACE");
+    const char* text = Kcore::environmentValue("DHCPLIB_TRACE");
     if (text == nullptr) return 0;
     const std::string_view digits(text);
     int level = 0;

@@ -53,7 +53,7 @@ TEST(KcoreBytes, GrowBeyondTheInlineBuffer) {
     std::vector<U8> model;
     for (int step = 0; step < 2000; ++step) {
         const std::vector<U8> more(random() % 40, static_cast<U8>(random()));
-        switch (random() % 3) {
+        switch (random() % 4) {
             case 0:
                 bytes.resize(random() % (Bytes::inlineCapacity + 20));
                 model.resize(bytes.size());
@@ -62,6 +62,14 @@ TEST(KcoreBytes, GrowBeyondTheInlineBuffer) {
                 bytes.push_back(7);
                 model.push_back(7);
                 break;
+            case 2: {  // a part of itself
+                const std::size_t from = random() % (bytes.size() + 1),
+                                  size = std::min<std::size_t>(bytes.size() - from, 40);
+                const std::vector<U8> part(bytes.begin() + from, bytes.begin() + from + size);
+                bytes.append(bytes.span().subspan(from, size));
+                model.insert(model.end(), part.begin(), part.end());
+                break;
+            }
             default:
                 bytes.append(more);
                 model.insert(model.end(), more.begin(), more.end());
