@@ -7,7 +7,8 @@ namespace DhcpLib {
 namespace {
 
 const Kcore::ModuleTypes<AreaState, DhcpSingleOption, DhcpSingleOptionWithCode, DhcpOptions,
-                         DhcpVendorSpecificEntOption, RelayGeneration, RelayRewriteVerdict>
+                         DhcpVendorSpecificEntOption, InfoRemoval, RelayGeneration, RelayRewriteVerdict,
+                         RelayRewriteForecast>
     registration{"DhcpLib/OptionParser"};
 
 }  // namespace

@@ -10,6 +10,10 @@ struct InfoRemoval {
     U32 options = 0;                         ///< number of options 82 that were removed
 
     friend bool operator==(const InfoRemoval&, const InfoRemoval&) = default;
+    static constexpr auto declaration() {
+        return Kcore::declare("InfoRemoval", Kcore::attribute("area", &InfoRemoval::area),
+                              Kcore::attribute("options", &InfoRemoval::options));
+    }
 };
 
 /// Removes every option 82 (RFC 3046) from the message whose BOOTP header starts at `offset`, so that a relay agent can

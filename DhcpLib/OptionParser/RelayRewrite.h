@@ -106,6 +106,12 @@ struct RelayRewriteForecast {
 
     /// Whether the rewrite will succeed and leave an option 82 that is whole.
     bool isRewritable() const { return verdict < RelayRewriteVerdict::infoOptionWouldBreak; }
+    static constexpr auto declaration() {
+        using F = RelayRewriteForecast;
+        return Kcore::declare("RelayRewriteForecast", Kcore::attribute("verdict", &F::verdict),
+                              Kcore::attribute("assertion", &F::assertion),
+                              Kcore::attribute("messageBytes", &F::messageBytes));
+    }
 };
 
 /// Predicts the result of a rewrite. Does not change the packet.

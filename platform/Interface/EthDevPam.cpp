@@ -1,7 +1,6 @@
 #include "Interface/EthDevPam.h"
 
 #include <memory>
-#include <system_error>
 
 #include "Interface/Trace.h"
 #include "Interface/internal/PacketSocket.h"
@@ -75,17 +74,19 @@ void EthDevPam::open(U32 ifIndex, const PacketSocketSettings& settings) {
         socket_ = openPacketSocket(ifIndex, settings);
         ifIndex_ = ifIndex;
         error_ = {};
+        errorCode_ = {};
         Tyk::fmtrace(traceHandle(), 4, {}, "{}: packet socket on device {}", intf_, ifIndex);
     } catch (const std::system_error& failure) {
         Tyk::fmtrace(traceHandle(), 1, {}, "{}: {}", intf_, std::string_view(failure.what()));
-        close(failure.what());
+        close(failure.code(), failure.what());
     }
 }
 
-void EthDevPam::close(const Kcore::String& why) {
+void EthDevPam::close(std::error_code code, const Kcore::String& why) {
     static_cast<void>(dropped());
     socket_ = Kcore::FileDescriptor();
     error_ = why;
+    errorCode_ = code;
     Tyk::fmtrace(traceHandle(), 4, {}, "{}: no packet socket, {}", intf_, error_);
 }
 

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <span>
+#include <system_error>
 
 #include "Interface/PacketSocketSettings.h"
 #include "Kcore/FileDescriptor.h"
@@ -50,6 +51,10 @@ public:
     int fd() const { return socket_.get(); }
     /// Why there is no socket, as a message; empty if there is one.
     const Kcore::String& error() const { return error_; }
+    /// The same as a code; 0 if there is a socket. operation_not_permitted: CAP_NET_RAW is missing. no_such_device: the
+    /// interface has no device. operation_canceled: the manager does not want a socket now. Other codes are those of
+    /// the system call that failed.
+    std::error_code errorCode() const { return errorCode_; }
 
     /// The next frame. The packet is null if no frame is waiting. A frame that cannot be read is counted and skipped.
     PamFrame readPkt();
@@ -73,7 +78,7 @@ public:
 private:
     friend class EthDevPamManager;
     void open(U32 ifIndex, const PacketSocketSettings& settings);
-    void close(const Kcore::String& why);
+    void close(std::error_code code, const Kcore::String& why);
     bool isOpenOn(U32 ifIndex) const { return socket_ && ifIndex_ == ifIndex; }
     void handleFailure(const std::exception& failure);
 
@@ -81,6 +86,7 @@ private:
     Kcore::FileDescriptor socket_;
     U32 ifIndex_ = 0;
     Kcore::String error_;
+    std::error_code errorCode_;
     U64 received_ = 0;
     U64 sent_ = 0;
     mutable U64 dropped_ = 0;  // the kernel resets its count at each read

@@ -7,6 +7,8 @@ namespace {
 const Kcore::ModuleTypes<PamDesiredIntfDir, EthDevPamCollection, EthDevPamManager> registration{
     "Interface/EthDevPamManager"};
 
+const std::error_code unwanted = std::make_error_code(std::errc::operation_canceled);
+
 }  // namespace
 
 PamManagerBase::~PamManagerBase() = default;
@@ -57,7 +59,8 @@ const Kcore::TypeData& EthDevPamManager::typeData() const { return Kcore::typeDa
 
 void EthDevPamManager::handleSettings() {
     for (const Kitnet::IntfId& intf : pamDesiredIntfDir_->intf()) {
-        if (const EthDevPam::Ptr pam = ethDevPamCollection_->ethDevPam(intf)) pam->close("the settings changed");
+        if (const EthDevPam::Ptr pam = ethDevPamCollection_->ethDevPam(intf))
+            pam->close(unwanted, "the settings changed");
         handleIntf(intf);
     }
 }
@@ -71,13 +74,14 @@ void EthDevPamManager::handleIntf(const Kitnet::IntfId& intf) {
     }
     const KernelNetInfo::IntfStatus* const device = deviceIntfStatusDir_->deviceIntfStatus(intf);
     if (device == nullptr)
-        pam->close("there is no such interface");
+        pam->close(std::make_error_code(std::errc::no_such_device), "there is no such interface");
     else if (!pam->isOpenOn(device->ifIndex()))
         pam->open(device->ifIndex(), settings());
 }
 
 void EthDevPamManager::pamDel(const Kitnet::IntfId& intf) {
-    if (const auto pam = ethDevPamCollection_->ethDevPam_.erase(intf)) (*pam)->close("packet access is not wanted");
+    if (const auto pam = ethDevPamCollection_->ethDevPam_.erase(intf))
+        (*pam)->close(unwanted, "packet access is not wanted");
 }
 
 }  // namespace Interface

@@ -214,6 +214,7 @@ TEST_F(PacketAccess, SocketsFollowTheirInterface) {
     const EthDevPam::Ptr va = openPam("va"), missing = openPam("missing");
     EXPECT_EQ(missing->fd(), -1);
     EXPECT_EQ(missing->error(), "there is no such interface");
+    EXPECT_EQ(missing->errorCode(), std::errc::no_such_device);
 
     // The socket stays open while the link is down, and gives the frames that were waiting.
     const int fd = va->fd();
@@ -292,6 +293,7 @@ TEST_F(PacketAccess, AMissingPrivilegeIsNamed) {
     ASSERT_TRUE(va);
     EXPECT_EQ(va->fd(), -1);
     EXPECT_EQ(va->error(), "packet socket, CAP_NET_RAW is missing: Operation not permitted");
+    EXPECT_EQ(va->errorCode(), std::errc::operation_not_permitted);
     EXPECT_FALSE(va->readPkt());
     ip("link set va address 02:00:00:00:00:0a");
     until([&] { return va->fd() >= 0; });  // opening is tried again when the interface changes
