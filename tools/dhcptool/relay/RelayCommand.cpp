@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "capture/CaptureWriter.h"
+#include "capture/StopSignal.h"
 #include "common/AddressOption.h"
 #include "common/Output.h"
 #include "common/Printable.h"
@@ -54,7 +55,8 @@ void rewriteFrames(CaptureReader& source, CaptureWriter& target, Relayer& relaye
 }
 
 void relay(const RelayArguments& arguments) {
-    CaptureReader source(arguments.source);
+    const StopSignal stop;
+    CaptureReader source(arguments.source, &stop);
     if (source.reads(arguments.target))
         throw OutputError(DhcpTool::quotedText(arguments.target) + " is the capture that is being read");
     const bool live = source.size() == 0;
