@@ -1,12 +1,16 @@
 """dhcptool snoop -r: output, counters, and errors of files and terminals."""
 
+import glob
 import json
 import os
+import struct
 import subprocess
 import tempfile
 import unittest
 
-from capture_files import bundled, content, dhcp6_frame, discover, option, option6, pcap, pcapng
+import jsonschema
+
+from capture_files import FOLDER, bundled, content, dhcp6_frame, discover, option, option6, pcap, pcapng
 
 TOOL = os.environ["DHCPTOOL"]
 
@@ -15,11 +19,16 @@ def snoop(*arguments, data=None, **more):
     if data is not None:
         arguments = ("-r", "-") + arguments
     done = subprocess.run([TOOL, "snoop", *arguments], input=data, capture_output=True, timeout=60, **more)
-    return done.returncode, done.stdout.decode("ascii"), done.stderr.decode("ascii")
+    return done.returncode, done.stdout.decode(), done.stderr.decode()
 
 
 def messages(*arguments, **more):
     return {m["frame"]: m for m in map(json.loads, snoop("--json", *arguments, **more)[1].splitlines())}
+
+
+def tail(frame, *arguments):
+    """The one line for a frame, behind its addresses."""
+    return snoop(*arguments, data=pcap([frame]))[1].rstrip("\n").split(":67 ")[-1]
 
 
 class Lines(unittest.TestCase):
@@ -28,45 +37,140 @@ class Lines(unittest.TestCase):
         self.assertEqual(status, 0)
         lines = out.splitlines()
         self.assertEqual(lines[0], "3 2026-11-21T01:47:34.152869Z vlan 1 untagged DHCPDISCOVER xid 0xab47a363 "
-                         "client 02:c1:00:00:01:1e 10.82.0.1:67 > 10.82.0.2:67 giaddr 10.20.0.1 circuit-id "
-                         '"Ethernet1" hostname "known" params 1,3,6,12,15,28,42 vendor-class "udhcp 1.35.0"')
+                         "client 02:c1:00:00:01:1e 10.82.0.1:67 > 10.82.0.2:67 giaddr 10.20.0.1 hops 1 circuit-id "
+                         '"Ethernet1" hostname "known" client-id 02:c1:00:00:01:1e params 1,3,6,12,15,28,42 '
+                         'vendor-class "udhcp 1.35.0"')
         self.assertEqual(lines[9], "15 2026-11-21T01:47:36.352844Z vlan 1 untagged DHCPLEASEACTIVE xid 0xfbc99c20 "
                          "client 02:c1:00:00:01:1e 10.82.0.2:67 > 10.20.0.1:67 ciaddr 10.20.0.101 giaddr 10.20.0.1 "
                          'circuit-id "Ethernet1" server-id 10.82.0.2 lease-time 600s last-transaction 0s '
-                         'associated [10.20.0.100] vendor-class "Lab-Vendor:X1"')
-        self.assertEqual(err, "dhcptool: frames 23, DHCP 18, BOOTP 0, DHCPv6 0, rejected 5\n"
-                         "  2  Ethernet payload is not IP\n  3  IP payload is not UDP\n")
+                         'associated 10.20.0.100 client-id "abc" vendor-class "Lab-Vendor:X1"')
+        self.assertEqual(err, "dhcptool: frames 23: DHCP 18, BOOTP 0, DHCPv6 0, DHCP refused 0, other traffic 5\n")
+
+    def test_name_options_and_sub_options(self):
+        info = option(5, b"\n\x14\0\1") + option(6, b"tenant") + option(11, b"\n\x14\0\2") + \
+            option(151, b"\0blue") + option(152, b"") + option(200, b"\1\2")
+        for options, shown in (
+                (option(50, b"\n\0\0\7") + option(54, b"\n\0\0\1") + option(56, b"no lease"),
+                 'requested 10.0.0.7 server-id 10.0.0.1 message "no lease"'),
+                (option(61, b"\xff" + bytes(4) + b"\0\3\0\1\2\xc1\0\0\0\1"),
+                 "client-id IAID 0x00000000 DUID LL 02:c1:00:00:00:01"),
+                (option(66, b"tftp.example") + option(67, b"pxe.0"), 'tftp-server "tftp.example" boot-file "pxe.0"'),
+                (option(82, info), 'link-selection 10.20.0.1 subscriber-id "tenant" server-override 10.20.0.2 vrf "blue" '
+                 "vrf-control option 200 0x0102")):
+            self.assertEqual(tail(discover(options)), shown)
 
     def test_count_every_reason(self):
         self.assertEqual(snoop("-r", bundled("crafted-v4-frames-a"))[2],
-                         "dhcptool: frames 88, DHCP 33, BOOTP 1, DHCPv6 0, rejected 54\n"
-                         "  6  DHCP packet option format is invalid\n"
-                         "  10  Ethernet payload is not IP\n"
-                         "  5  Frame too short for BOOTP header\n"
-                         "  8  Frame too short for Ethernet header\n"
-                         "  6  Frame too short for IPv4 header\n"
-                         "  4  Frame too short for UDP header\n"
-                         "  5  IP payload is not UDP\n"
-                         "  1  Tag with the reserved VLAN 4095\n"
-                         "  9  UDP payload is not DHCP packet\n")
+                         "dhcptool: frames 88: DHCP 33, BOOTP 1, DHCPv6 0, DHCP refused 21, other traffic 33\n"
+                         "  7  VLAN tag that the parser does not take\n"
+                         "  1  first IP fragment\n"
+                         "  2  frame too short for a UDP header\n"
+                         "  5  frame too short for a message header\n"
+                         "  2  no end option\n"
+                         "  3  no space for options\n"
+                         "  1  tag with the reserved VLAN 4095\n")
+
+    def test_mark_what_is_cut_or_malformed_and_where(self):
+        whole = discover(option(12, b"pc"))
+        snapped = pcap([whole[:285]])
+        snapped = snapped[:36] + struct.pack("<I", len(whole)) + snapped[40:]
+        for data, mark, reason in (
+                (snapped, "[refused: cut by the snap length of the capture at byte 285]", "  1  cut by the snap"),
+                (pcap([whole[:285]]), "[refused: no end option, frame ends before its UDP datagram at byte 285]",
+                 "  1  no end option"),
+                (pcap([discover(option(51, b"\0\0\1"))]), "[malformed: option 51 has a wrong length at byte 285]", ""),
+                (pcap([discover(option(82, b"\1\5ab"))]),
+                 "[malformed: sub-option 1 runs past the end of option 82 at byte 287]", "")):
+            _, out, err = snoop(data=data)
+            self.assertTrue(out.endswith(mark + "\n") and reason in err, out + err)
+            self.assertEqual(len(snoop("--rejected", data=data)[1].splitlines()), int(reason != ""))
+
+
+class Views(unittest.TestCase):
+    def test_quick_lines_have_at_most_100_columns(self):
+        _, out, _ = snoop("-q", "-r", bundled("v4-relay-nak-dhclient-dhcpd-client"))
+        self.assertIn(" vlan 1 DHCPNAK 02:c1:00:00:01:0b ", out)
+        for path in glob.glob(FOLDER + "/*.pcap"):
+            self.assertLessEqual(max(map(len, snoop("-q", "-r", path)[1].splitlines()), default=0), 100, path)
+        self.assertTrue(tail(discover(option(56, "\u6f22".encode() * 80)), "-q").endswith("..."))
+
+    def test_verbose_has_each_option_with_its_position(self):
+        _, out, _ = snoop("-v", "-r", bundled("v6-pd-dhclient-kea"), "--type", "advertise")
+        self.assertIn("\n   102    25 IA_PD 0x00000609 T1 100s T2 200s\n"
+                      "   118      26 prefix 2001:db8:f000::/56 preferred 300s valid 600s\n", out)
+        info = snoop("-v", data=pcap([discover(option(82, option(1, b"p1")) + option(99, b""))]))[1]
+        self.assertTrue(info.endswith('\n   285    82 relay-info\n   287      1 circuit-id "p1"\n   291    99\n'), info)
+
+    def test_times_and_colours_as_asked_for(self):
+        arguments = ("-r", bundled("v4-nak-dhclient-dhcpd"), "-q")
+        times = lambda form: [line.split()[1] for line in snoop(*arguments, "--time", form)[1].splitlines()]
+        relative, delta = times("relative"), times("delta")
+        self.assertEqual((relative[:2], len(relative)), (delta[:2], len(delta)))
+        self.assertAlmostEqual(sum(map(float, delta)), float(relative[-1]), 4)
+        self.assertIn("\x1b[1;31mDHCPNAK\x1b[0m", snoop(*arguments, "--color", "always")[1])
+        self.assertNotIn("\x1b", snoop(*arguments)[1])
+
+
+class Filters(unittest.TestCase):
+    def test_select_messages(self):
+        name4, name6 = "v4-relay-dhclient-dhcpd-server", "v6-relay-dhclient-kea-server"
+        everything = {name: list(messages("-r", bundled(name)).values()) for name in (name4, name6)}
+        for name, arguments, matches in (
+                (name4, ("--mac", "02:c1:00:00:01:01"), lambda m: m["chaddr"] == "02:c1:00:00:01:01"),
+                (name4, ("--mac", "02:c1:00:00:01:ff"), lambda m: False),
+                (name4, ("--type", "Ack"), lambda m: m["dhcpMsgType"] == "DHCPACK"),
+                (name4, ("--xid", "0x1"), lambda m: False),
+                (name4, ("--vlan", "1"), lambda m: True), (name4, ("--vlan", "2"), lambda m: False),
+                (name4, ("--circuit-id", "Ethernet1"), lambda m: m["circuitId"] == b"Ethernet1".hex()),
+                (name4, ("--circuit-id", "0x" + b"Ethernet".hex()), lambda m: False),
+                (name4, ("--ip", "10.20.0.100"), lambda m: m["yiaddr"] == "10.20.0.100" or "32" in
+                 [o["code"] for o in m["options"]] or any(o["code"] == 50 and o["data"] == "0a140064"
+                                                          for o in m["options"]) or m["ciaddr"] == "10.20.0.100"),
+                (name4, ("--server", "10.82.0.2", "--type", "offer"), lambda m: m["dhcpMsgType"] == "DHCPOFFER"),
+                (name6, ("--type", "reply"), lambda m: m["messageType"] == "reply"),
+                (name6, ("--type", "relayreply"), lambda m: m["relay"][0]["messageType"] == "relayReply"),
+                (name6, ("--duid", everything[name6][0]["clientId"]["data"]), lambda m: True),
+                (name6, ("--duid", "00:01"), lambda m: False)):
+            self.assertEqual([m["frame"] for m in everything[name] if matches(m)],
+                             list(messages("-r", bundled(name), *arguments)), arguments)
+
+    def test_bound_what_is_printed_and_written(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "offers")
+            _, out, err = snoop("-r", bundled("v4-many-options-dhclient-dhcpd"), "--type", "offer", "--count", "1",
+                                "--write", path)
+            self.assertIn("; printed 1\n", err)
+            self.assertEqual(snoop("-r", path)[1].split(" ", 1)[1], out.split(" ", 1)[1])
 
 
 class JsonObjects(unittest.TestCase):
     def test_spell_values_by_their_kind(self):
-        found = messages("-r", bundled("v4-leasequery-dhcpd-server"), "--interface", "Port-Channel7",
-                         "--native-vlan", "12", "--switchport-mode", "trunk")[15]
+        arguments = ("-r", bundled("v4-leasequery-dhcpd-server"), "--interface", "Port-Channel7", "--native-vlan", "12",
+                     "--switchport-mode", "trunk")
+        found = messages(*arguments, "--bridging-config")[15]
         port = {"Port-Channel7": {"nativeVlan": 12, "switchportMode": "trunk"}}
         for name, value in {"bridgingConfig": {"switchIntfConfig": port}, "dhcpMsgType": "DHCPLEASEACTIVE",
-                            "circuitId": b"Ethernet1".hex(), "associatedIps": ["10.20.0.100"]}.items():
+                            "circuitId": b"Ethernet1".hex(), "associatedIps": ["10.20.0.100"], "xid": "0xfbc99c20",
+                            "time": "2026-11-21T01:47:36.352844Z", "interface": "Port-Channel7"}.items():
             self.assertEqual(found[name], value, name)
+        self.assertNotIn("bridgingConfig", messages(*arguments)[15])
+
+    def test_are_as_the_schema_says(self):
+        with open(os.environ["SCHEMA"], encoding="utf-8") as file:
+            schema = json.load(file)
+        kinds = {kind: jsonschema.Draft202012Validator({**schema, "oneOf": [{"$ref": "#/$defs/" + kind}]})
+                 for kind in ("dhcp4", "dhcp6")}
+        for path in glob.glob(FOLDER + "/*.pcap"):
+            for found in messages("-r", path, "--bridging-config").values():
+                kinds["dhcp6" if "isIp6" in found else "dhcp4"].validate(found)
 
 
 class Dhcp6(unittest.TestCase):
     def test_lines_unwrap_relays_and_decode_identifiers(self):
         _, out, err = snoop("-r", bundled("crafted-v6-a"))
-        self.assertIn("frames 141, DHCP 0, BOOTP 0, DHCPv6 101, rejected 40\n", err)
-        self.assertIn("\n  3  Frame too short for DHCPv6 relay header\n", err)
-        self.assertIn("\n  3  Received Invalid MSG type\n", err)
+        self.assertIn("frames 141: DHCP 0, BOOTP 0, DHCPv6 101, DHCP refused 25, other traffic 15\n", err)
+        self.assertIn("\n  3  frame too short for a relay header\n", err)
+        self.assertIn("\n  3  unknown message type\n", err)
         lines = dict(line.split(" ", 1) for line in out.splitlines())
         way = "untagged relayForward [fe80::c1:ff:fe00:c01]:547 > [ff02::1:2]:547 hops 0 link 2001:db8:20::1 " \
               "peer fe80::c01"
@@ -74,8 +178,8 @@ class Dhcp6(unittest.TestCase):
                  "preferred 300s valid 600s"
         for number, shown in (
                 ("78", f'{way} interface-id "Et1" vrf "blue" vtep 10.0.0.1 vtep-mac 02:c1:00:00:0c:01 {client}'),
-                ("81", f'{way} interface-id "Et1" remote-id enterprise 32473 02:c1:00:00:0c:01 l3-interface 42 '
-                       f"interface Ethernet1 vlan 10 {client}"),
+                ("81", f'{way} client-mac 02:c1:00:00:0c:01 interface-id "Et1" remote-id enterprise 32473 02:c1:00:00:0c:01 l3-interface 42 '
+                       f'interface Ethernet1 vlan 10 vrf "blue" {client}'),
                 ("84", way.replace("hops 0", "hops 1") + ' interface-id "outer" relayForward hops 0 link 2001:db8:20::1'
                        f' peer fe80::c01 interface-id "inner" {client}'),
                 ("58", 'remote-id enterprise 9 "switch-7:Gi0/1"'),
@@ -107,10 +211,12 @@ class Dhcp6(unittest.TestCase):
             self.assertIn(f"DHCPv6 {len(relayed) + 1 - 62 - 34 + 3}, ", err)
         last = len(relayed) + 2
         lines = snoop(data=pcap(frames))[1].splitlines()
-        self.assertTrue(lines[-3].endswith(
-            " client-id EN 0 0x1b5d303b6f776e656407 server-id 0x0002 IA_PD 0x00000000 ffff:ffff:ffff:ffff:ffff:ffff:"
-            f"ffff:ffff/255 preferred infinite valid infinite interface-id 0x{steer.hex()} vrf \"{'v' * 105}\" "
-            f"remote-id enterprise 0 0x{steer.hex()}"), lines[-3])
+        steered = r'"\x1b]0;owned\x07"'
+        self.assertTrue(lines[-4].endswith(
+            f" client-id EN 0 {steered} server-id 0x0002 IA_NA 0x0000000000 IA_PD 0x00000000 ffff:ffff:ffff:ffff:ffff:"
+            f"ffff:ffff:ffff/255 preferred infinite valid infinite 0x{'00' * 24} interface-id {steered} vrf "
+            f"\"{'v' * 105}\" remote-id enterprise 0 {steered} [malformed: option 2 has a wrong length at byte 86]"),
+            lines[-4])
         shown = messages(data=pcap(frames))
         self.assertEqual((len(shown[last + 1]["relay"]), shown[last + 1]["messageType"]), (33, None))
         self.assertEqual((len(shown[last + 2]["relay"]), shown[last + 2]["xid"]), (1, None))
@@ -121,8 +227,14 @@ class HostileBytes(unittest.TestCase):
         title, quote = b"\x1b]0;owned\x07", b'a "b" \\'
         relay = option(1, b"line\nforged") + option(2, b"\xc3\xa9\x9b2J")
         line = snoop(data=pcap([discover(option(12, title) + option(60, quote) + option(82, relay))]))[1]
-        self.assertTrue(line.endswith(" circuit-id 0x6c696e650a666f72676564 remote-id 0xc3a99b324a hostname "
-                                      '0x1b5d303b6f776e656407 vendor-class "a \\"b\\" \\\\"\n'), line)
+        self.assertTrue(line.endswith(r' circuit-id "line\x0aforged" remote-id "é\x9b2J" '
+                                      r'hostname "\x1b]0;owned\x07" vendor-class "a \"b\" \\"' + "\n"), line)
+        for data, shown in (
+                ("gr\u00fcn \u6f22\U0001f600".encode(), "gr\u00fcn \u6f22\U0001f600"),
+                ("a\u202eb\u2066\u2028\u0085".encode(), r"a\xe2\x80\xaeb\xe2\x81\xa6\xe2\x80\xa8\xc2\x85"),
+                (b"\x7f\xc0\xaf\xed\xa0\x80\xf4\x90\x80\x80\xc3", r"\x7f\xc0\xaf\xed\xa0\x80\xf4\x90\x80\x80\xc3")):
+            self.assertEqual(tail(discover(option(12, data))), f'hostname "{shown}"')
+        self.assertEqual(tail(discover(option(82, option(1, b"\0\4\0\1ab")))), "circuit-id 0x000400016162")
         for arguments in (("-r", "no\x1b[2Jfile"), ("-r", "x", "--interface", "\x1b[2J"), ("-r", "x", "--\x1b[2J")):
             err = snoop(*arguments)[2]
             self.assertTrue("\\x1b[2J" in err and err.replace("\n", "").isprintable(), err)
@@ -164,12 +276,13 @@ class Files(unittest.TestCase):
         whole = content("v4-vlan20-dhclient-dhcpd")
         status, out, err = snoop("-r", self.path("cut", whole[:2000]))
         self.assertEqual((status, len(out.splitlines())), (2, 5))
-        self.assertRegex(err, r"frames \d+, (.*\n)+dhcptool: .*truncated dump file")
+        self.assertRegex(err, r"frames \d+: (.*\n)+dhcptool: .*truncated dump file")
 
     def test_may_be_pipes_and_pcapng(self):
         whole, frame = content("v4-dhclient-dhcpd"), discover(option(12, b"a"))
         self.assertEqual(snoop(data=whole), snoop("-r", bundled("v4-dhclient-dhcpd")))
-        self.assertEqual(snoop("--json", data=pcapng([frame], 1)), snoop("--json", data=pcap([frame])))
+        self.assertEqual(snoop("-v", "--time", "delta", data=pcapng([frame], 1)),
+                         snoop("-v", "--time", "delta", data=pcap([frame])))
 
     def large(self):
         return self.path("large", pcap([discover(bytes(1000))] * 8000))
@@ -194,7 +307,8 @@ class Usage(unittest.TestCase):
     def test_wrong_gives_status_1(self):
         for arguments in ((), ("-r", "x", "--native-vlan", "4095"), ("-r", "x", "--switchport-mode", "hybrid"),
                           ("-r", "x", "--interface", "9"), ("-r", "x", "--trace", "all"), ("-r", "x", "-i", "y"),
-                          ("-r", "x", "--native-vlan", "y=1"), ("-r", "x", "--count", "1")):
+                          ("-r", "x", "--native-vlan", "y=1"), ("-r", "x", "--xid", "abc"), ("-r", "x", "--duid", "0"),
+                          ("-r", "x", "--vlan", "4095"), ("-r", "x", "-q", "--json"), ("-r", "x", "--time", "noon")):
             status, out, err = snoop(*arguments)
             self.assertEqual((status, out), (1, ""), arguments)
             self.assertRegex(err, "^dhcptool: .+; see --help\n$")

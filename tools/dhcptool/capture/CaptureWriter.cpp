@@ -48,16 +48,17 @@ void CaptureWriter::write(CaptureTime time, std::span<const U8> bytes, U32 sentB
     if (live_) output_.flush();
 }
 
-void CaptureWriter::write(CaptureTime time, const Kitnet::Pkt& frame) {
+void CaptureWriter::write(const Arrival& frame) {
     constexpr U32 macsBytes = 12, tagBytes = 4, tciAt = macsBytes + 2;
-    const auto whole = Kitnet::globalPktManager().newPkt({frame.data(), frame.bytes()});
-    if (frame.vlanTagPresent() && frame.bytes() >= macsBytes) {
-        whole->newSharedHeadData(tagBytes);
-        DhcpLib::Wire::move(*whole, 0, tagBytes, macsBytes);
-        DhcpLib::Wire::store(*whole, macsBytes, frame.vlanTagTpid());
-        DhcpLib::Wire::store(*whole, tciAt, frame.vlanTagTci());
-    }
-    write(time, {whole->data(), whole->bytes()}, whole->bytes());
+    const Kitnet::Pkt& pkt = *frame.pkt;
+    if (!pkt.vlanTagPresent() || pkt.bytes() < macsBytes)
+        return write(frame.time, {pkt.data(), pkt.bytes()}, frame.sentBytes);
+    const auto whole = Kitnet::globalPktManager().newPkt({pkt.data(), pkt.bytes()});
+    whole->newSharedHeadData(tagBytes);
+    DhcpLib::Wire::move(*whole, 0, tagBytes, macsBytes);
+    DhcpLib::Wire::store(*whole, macsBytes, pkt.vlanTagTpid());
+    DhcpLib::Wire::store(*whole, tciAt, pkt.vlanTagTci());
+    write(frame.time, {whole->data(), whole->bytes()}, frame.sentBytes + tagBytes);
 }
 
 void CaptureWriter::flush() { output_.flush(); }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "Kitnet/Pkt.h"
-#include "capture/Capture.h"
+#include "capture/Arrival.h"
 #include "common/Output.h"
 
 struct pcap_dumper;
@@ -19,7 +18,7 @@ public:
     /// Writes a frame of which `sentBytes` were sent and `bytes` were captured. Throws OutputError.
     void write(CaptureTime time, std::span<const U8> bytes, U32 sentBytes);
     /// Writes a frame as it was sent: with its out-of-band tag put back.
-    void write(CaptureTime time, const Kitnet::Pkt& frame);
+    void write(const Arrival& frame);
     /// Flushes buffered frames. Throws OutputError.
     void flush();
     bool open() const { return output_.open(); }

@@ -6,7 +6,7 @@
 #include "capture/FileSource.h"
 #include "capture/LiveCapture.h"
 #include "capture/StopSignal.h"
-#include "snoop/PortOptions.h"
+#include "common/PortOptions.h"
 
 namespace DhcpTool {
 

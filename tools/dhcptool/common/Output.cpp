@@ -18,6 +18,12 @@ void Output::line(std::string_view text) {
     if (live_) flush();
 }
 
+void Output::write(std::string_view lines) {
+    if (!open_ || lines.empty()) return;
+    check(std::fwrite(lines.data(), 1, lines.size(), file_) == lines.size());
+    if (live_) flush();
+}
+
 void Output::flush() {
     if (open_) check(std::fflush(file_) == 0);
 }

@@ -21,6 +21,8 @@ public:
 
     /// Writes `text` and a newline. Throws OutputError.
     void line(std::string_view text);
+    /// Writes whole lines. Throws OutputError.
+    void write(std::string_view lines);
     /// Flushes buffered lines. Throws OutputError.
     void flush();
     bool open() const { return open_; }

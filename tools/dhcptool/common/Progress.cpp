@@ -8,7 +8,8 @@
 
 namespace DhcpTool {
 
-Progress::Progress(U64 total) : total_(total >= largeFile && isatty(STDERR_FILENO) != 0 ? total : 0) {}
+Progress::Progress(U64 total)
+    : total_(total >= largeFile && isatty(STDERR_FILENO) != 0 && isatty(STDOUT_FILENO) == 0 ? total : 0) {}
 
 void Progress::at(U64 done) {
     if (total_ == 0) return;

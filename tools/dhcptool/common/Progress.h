@@ -6,7 +6,8 @@ namespace DhcpTool {
 
 using Kcore::U64;
 
-/// A progress bar on stderr for large files. Prints nothing if stderr is not a terminal.
+/// A progress bar on stderr for large files. Prints nothing if stderr is not a terminal, or if the output goes to a
+/// terminal, too.
 class Progress {
 public:
     explicit Progress(U64 total);

@@ -8,7 +8,7 @@
 #include "exchange/ExchangeTracker.h"
 #include "follow/ExchangeLine.h"
 #include "message/Decoder.h"
-#include "view/Line.h"
+#include "view/TimeText.h"
 
 namespace DhcpTool {
 

@@ -16,6 +16,7 @@ void clear(Message& message) {
     message.isBootp = false;
     message.options.clear();
     message.header = {};
+    message.headerBytes = 0;
     message.sname = message.file = {};
     message.relayInfo.clear();
     message.layers.clear();
@@ -24,9 +25,10 @@ void clear(Message& message) {
     message.status6.reset();
 }
 
-/// The part of a frame that is missing, as a fault.
+/// Whether a part of the datagram is missing.
 std::optional<Fault> cutOf(const Message& message) {
     const U32 end = message.arrival.pkt->bytes();
+    if (const U32 at = message.headers.laterFragmentAt; at != 0) return Fault{"a later IP fragment", at};
     if (message.headers.messageEnd <= end) return std::nullopt;
     if (message.isCutBySnapLength()) return Fault{"cut by the snap length of the capture", end};
     if (message.headers.firstFragment) return Fault{"the rest is in other IP fragments", end};
@@ -41,6 +43,8 @@ Decoder::Decoder(const Ports& ports, bool keepState) : keepState_(keepState) {
         config->nativeVlanIs(Bridging::VlanId(port.nativeVlan));
         config->switchportModeIs(port.switchportMode);
     }
+    message_.parser = DhcpLib::PacketParser(config_);
+    message_.parser6 = DhcpLib::Dhcp6PacketParser(config_);
 }
 
 const Message& Decoder::decode(const Arrival& frame) {

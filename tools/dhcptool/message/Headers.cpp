@@ -32,9 +32,13 @@ void readIpv4(ByteView bytes, U32 at, Headers& headers) {
     headers.srcIp = bytes.load<Kitnet::IpAddr>(at + sourceAt);
     headers.dstIp = bytes.load<Kitnet::IpAddr>(at + destinationAt);
     const U16 fragment = bytes.load<U16>(at + fragmentAt);
-    if (bytes.load<U8>(at + protocolAt) != DhcpLib::udpProtocol || (fragment & fragmentOffset) != 0) return;
-    headers.firstFragment = (fragment & moreFragments) != 0;
+    if (bytes.load<U8>(at + protocolAt) != DhcpLib::udpProtocol) return;
     readUdp(bytes, at + Kitnet::IpHdr::headerBytes(bytes.load<U8>(at)), headers);
+    headers.firstFragment = (fragment & moreFragments) != 0;
+    if ((fragment & fragmentOffset) == 0) return;
+    // The parser ignores fragment offsets: it accepts a later fragment whose bytes look like a message.
+    headers.laterFragmentAt = at + fragmentAt;
+    headers.toDhcpPort = headers.firstFragment = false;
 }
 
 /// Follows the extension headers (RFC 8200, section 4).

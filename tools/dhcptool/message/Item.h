@@ -45,10 +45,12 @@ void forEachItem(DhcpLib::Wire::ByteView bytes, U32 first, Visit visit) {
     });
 }
 
-/// Something wrong in a frame.
+/// Something wrong in a frame. The texts are static.
 struct Fault {
-    std::string_view what;  ///< a static text, such as "option runs past the end of the frame"
-    U32 offset = 0;         ///< from the frame's first byte
+    std::string_view what;       ///< such as "runs past the end of the frame"
+    U32 offset = 0;              ///< from the frame's first byte
+    std::string_view kind = {};  ///< "option" or "sub-option"; empty if it is not about one of these
+    U16 code = 0;                ///< of the option
 };
 
 }  // namespace DhcpTool

@@ -57,6 +57,18 @@ std::optional<Kitnet::IpAddr> Message::serverIdOverride() const {
     return valueOf<Kitnet::IpAddr>(relaySubOption(static_cast<U8>(SubCode::serverIdOverride)));
 }
 
+std::optional<Kitnet::IpAddr> Message::linkSelection() const {
+    return valueOf<Kitnet::IpAddr>(relaySubOption(static_cast<U8>(SubCode::linkSelectionId)));
+}
+
+bool Message::isFromServer() const {
+    using enum DhcpLib::Dhcp6MsgType;
+    if (!isDhcp6()) return header.bootpOp() == DhcpLib::BootpOpType::bootpRep;
+    if (layers.empty()) return false;
+    const DhcpLib::Dhcp6MsgType type = layers.front().type;
+    return type == advertise || type == reply || type == reconfigure || type == relayReply;
+}
+
 U8 Message::typeNumber() const {
     if (isDhcp6()) return layers.empty() ? U8{0} : static_cast<U8>(layers.back().type);
     const Item* const type = option(static_cast<U8>(Code::msgType));

@@ -71,7 +71,8 @@ struct Message {
     /// DHCPv4: the options in wire order, up to the end option; those in `file` and `sname` come first if option 52
     /// says so. DHCPv6: those of all messages of `layers`.
     std::vector<Item> options;
-    DhcpLib::DhcpHdr header;         ///< DHCPv4
+    DhcpLib::DhcpHdr header;  ///< DHCPv4: the first `headerBytes` bytes; the others are zero
+    U32 headerBytes = 0;
     std::string_view sname, file;    ///< DHCPv4: the texts; empty if they hold options
     std::vector<Item> relayInfo;     ///< DHCPv4: the sub-options of option 82
     std::vector<Layer6> layers;      ///< DHCPv6: relay messages, outermost first, then the message inside
@@ -92,6 +93,9 @@ struct Message {
     U8 typeNumber() const;
     /// "DHCPDISCOVER", "BOOTP bootpReq", "solicit". The number in decimal if it has no name.
     std::string_view typeName() const;
+    /// Whether a server sent it, or a relay agent on its behalf: a BOOTP reply; an advertise, reply, reconfigure or
+    /// relay-reply.
+    bool isFromServer() const;
     /// The transaction id; 24 bits for DHCPv6.
     U32 xid() const;
     /// DHCPv4: chaddr. DHCPv6: option 79, else the MAC in the client identifier; unset if there is none.
@@ -108,6 +112,7 @@ struct Message {
     std::optional<U32> leaseTime() const { return secondsOption(51); }
     std::optional<Kitnet::IpAddr> serverId() const { return addressOption(54); }
     std::optional<Kitnet::IpAddr> serverIdOverride() const;  ///< sub-option 11 of option 82
+    std::optional<Kitnet::IpAddr> linkSelection() const;     ///< sub-option 5 of option 82
     std::string_view text() const { return optionData(56); }
     /// The last option or sub-option of that code; null if there is none. Option: not for DHCPv6.
     const Item* option(U8 code) const;

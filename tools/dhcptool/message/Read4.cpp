@@ -1,6 +1,8 @@
 #include "message/Read4.h"
 
-#include "DhcpLib/DhcpHdr/Const.h"
+#include <algorithm>
+
+#include "message/OptionTable.h"
 
 namespace DhcpTool {
 
@@ -20,6 +22,7 @@ public:
 
     void read() {
         message_.header = bytes_.load<DhcpLib::DhcpHdr>(at_);
+        message_.headerBytes = std::min<U32>(bytes_.from(at_), sizeof(DhcpLib::DhcpHdr));
         if (!bytes_.has(at_, sizeof(DhcpLib::DhcpHdr))) return fault("frame ends in the BOOTP header", bytes_.size());
         const U32 cookieAt = at_ + Constants::bootpHdrSize;
         if (bytes_.has(cookieAt, sizeof(U32)) && bytes_.loadRaw(cookieAt) != Constants::dhcpMagicCookie)
@@ -38,6 +41,14 @@ private:
         if (!message_.fault) message_.fault = Fault{what, offset};
     }
 
+    void check(const Item& option, std::string_view kind, const OptionInfo* info, std::string_view overrun) {
+        if (message_.fault) return;
+        if (!option.isWhole())
+            message_.fault = Fault{overrun, option.offset, kind, option.code};
+        else if (info != nullptr && !fits(info->layout, option.length))
+            message_.fault = Fault{"has a wrong length", option.offset, kind, option.code};
+    }
+
     /// Returns whether it reached an end option.
     bool readOptions(ByteView area, U32 first) {
         bool ended = false;
@@ -45,7 +56,7 @@ private:
             ended = option.code == static_cast<U16>(Code::endOpt);
             if (ended) return false;
             message_.options.push_back(option);
-            if (!option.isWhole()) fault("option runs past the end of the frame", option.offset);
+            check(option, "option", optionInfo4(option.code), "runs past the end of the frame");
             return true;
         });
         return ended;
@@ -79,7 +90,7 @@ private:
         const ByteView inside(bytes_.data(), info.dataOffset + static_cast<U32>(info.data.size()));
         forEachItem<DhcpLib::SubOptionShape>(inside, info.dataOffset, [&](const Item& option) {
             message_.relayInfo.push_back(option);
-            if (!option.isWhole()) fault("sub-option runs past the end of option 82", option.offset);
+            check(option, "sub-option", relayOptionInfo(option.code), "runs past the end of option 82");
             return true;
         });
     }

@@ -1,6 +1,9 @@
 #include "message/Read6.h"
 
+#include <algorithm>
+
 #include "DhcpLib/Dhcp6Hdr/Nested.h"
+#include "message/OptionTable.h"
 
 namespace DhcpTool {
 
@@ -63,16 +66,25 @@ private:
     /// Calls `take` for each whole option up to code 0.
     template <class Take>
     void forEachOption(U32 first, U32 end, Take take) {
-        forEachItem<Option6Shape>({bytes_.data(), std::min({end, bytes_.size(), lastPosition})}, first,
-                                  [&](const Item& option) {
-                                      if (option.code == 0)
-                                          fault("option with code 0 ends the options", option.offset);
-                                      else if (!option.isWhole())
-                                          fault("option runs past the end of what contains it", option.offset);
-                                      else
-                                          take(option);
-                                      return option.code != 0 && option.isWhole();
-                                  });
+        const ByteView inside(bytes_.data(), std::min({end, bytes_.size(), lastPosition}));
+        forEachItem<Option6Shape>(inside, first, [&](const Item& option) {
+            const bool taken = option.code != 0 && option.isWhole();
+            check(option);
+            if (taken) take(option);
+            return taken;
+        });
+    }
+
+    void check(const Item& option) {
+        if (message_.fault) return;
+        const OptionInfo* const info = optionInfo6(option.code);
+        const auto faultOf = [&](std::string_view what) { return Fault{what, option.offset, "option", option.code}; };
+        if (option.code == 0)
+            message_.fault = faultOf("ends the options");
+        else if (!option.isWhole())
+            message_.fault = faultOf("runs past the end of what contains it");
+        else if (info != nullptr && !fits(info->layout, option.length))
+            message_.fault = faultOf("has a wrong length");
     }
 
     void readLeases(const Layer6& layer) {
@@ -96,7 +108,7 @@ private:
 
     /// `headBytes`: size of the fields in front of the nested options.
     void addIa(std::string_view kind, const Item& option, U32 headBytes) {
-        if (option.length < headBytes) return fault("identity association too short", option.offset);
+        if (option.length < headBytes) return;
         Ia6 ia;
         ia.kind = kind;
         ia.iaid = option.load<U32>();
@@ -134,19 +146,16 @@ private:
             lease.valid = option.load<U32>(Dhcp6Const::iapfxvalidtime_offset - header);
         } else
             return;
-        if (option.length < headBytes) return fault("address or prefix of an association too short", option.offset);
+        if (option.length < headBytes) return;
         forEachNested(option, headBytes, [&](const Item& nested) {
             if (nested.code == static_cast<U16>(Dhcp6OptionType::statusCode)) lease.status = statusOf(nested);
         });
         message_.leases6.push_back(lease);
     }
 
-    std::optional<Status6> statusOf(const Item& option) {
+    static std::optional<Status6> statusOf(const Item& option) {
         constexpr U32 codeBytes = sizeof(U16);
-        if (option.length < codeBytes) {
-            fault("status code too short", option.offset);
-            return std::nullopt;
-        }
+        if (option.length < codeBytes) return std::nullopt;
         return Status6{option.load<U16>(), option.data.substr(codeBytes), option.offset};
     }
 

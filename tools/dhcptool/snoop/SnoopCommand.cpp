@@ -5,29 +5,32 @@
 #include <limits>
 #include <memory>
 
-#include "capture/CaptureWriter.h"
 #include "capture/SourceOptions.h"
 #include "capture/StopSignal.h"
-#include "common/Output.h"
+#include "common/PortOptions.h"
 #include "common/Progress.h"
-#include "snoop/PortOptions.h"
+#include "filter/FilterOptions.h"
+#include "snoop/Snoop.h"
+#include "view/ViewOptions.h"
 
 namespace DhcpTool {
 
 namespace {
 
 constexpr char about[] =
-    "Parses each frame of a capture file or of live interfaces as a DHCP snooping agent does. Prints a line for each\n"
-    "DHCP, BOOTP or DHCPv6 message, then, on stderr, counters and the reasons for rejected frames.";
+    "Prints the DHCP, BOOTP and DHCPv6 messages of capture files or of live "
+    "interfaces as a DHCP snooping agent sees them, then, on stderr, counters.";
 constexpr char footer[] =
-    R"(JSON: one object per message, with "frame" (its number), for a live frame "interface" and "outgoing", and every
-attribute of the parser. Byte strings are lower-case hex, addresses and the parser's own texts (dhcpMsgType,
-paramReqList) are strings, times are numbers of seconds. For DHCPv6 these fields follow:
-"messageType", "xid"; "clientId", "serverId" with "data", "type" (LLT, EN, LL or UUID) and the fields of that type
-("time" counts from 2000); "ia", a list with "type", "iaid", "t1", "t2", "addresses", "prefixes"; "interfaceId",
-"remoteId" with "data" and, if it is well-formed, its fields; "relay", the relay messages around the message,
-outermost first, with "messageType", "hopCount", "linkAddr", "peerAddr", "interfaceId", "remoteId".
-Fields that are absent or too short are null, or an empty list.
+    R"(A line starts with the frame's number, its time, for a live frame interface and direction, and the VLAN. Message
+type, transaction, client and addresses follow, then the options that matter, each by its name. Text from a packet is
+in quotes; bytes that could steer a terminal are printed as \xNN. Identifiers that are not text are printed as 0x and
+hexadecimal.
+
+A frame to a DHCP port that the parser refuses is printed as far as it goes, and so is a malformed message. A mark at
+the end says what is wrong, and where: [refused: ...] or [malformed: ...]. All other frames are only counted.
+
+JSON: one object a message. Byte strings are lower-case hexadecimal, addresses are strings, times numbers of seconds.
+The file share/DhcpLib/dhcptool.schema.json describes all members.
 
 Several files are read in the order of time. Frames of other link types than Ethernet (Linux cooked captures, raw IP)
 get an Ethernet header of 14 bytes, from which positions are counted.
@@ -46,31 +49,36 @@ struct SnoopArguments {
 
 /// Where the messages and their frames go.
 struct Sink {
-    Snooper snooper;
     Output output;
     std::optional<CaptureWriter> target;
-    U64 messagesLeft;
+    Snooper snooper;
 
-    bool wantsMore() const { return messagesLeft != 0 && output.open() && (!target || target->open()); }
+    Sink(const SnoopArguments& arguments, const SnoopSettings& settings)
+        : output(false, arguments.target == "-" ? stderr : stdout),
+          snooper(settings, output, opened(arguments.target)) {}
+
+    bool open() const { return output.open() && (!target || target->open()); }
     void flush() {
+        snooper.flush();
         output.flush();
         if (target) target->flush();
     }
+
+private:
+    CaptureWriter* opened(const std::string& path) {
+        if (path.empty()) return nullptr;
+        return &target.emplace(path, false);
+    }
 };
 
-void printMessages(Source& source, Sink& sink) {
+void takeFrames(Source& source, Sink& sink, U64 messages) {
     constexpr U64 framesPerStep = 1024;
     Progress progress(source.size());
-    while (sink.wantsMore()) {
+    while (sink.snooper.printed() < messages && sink.open()) {
         if (source.mayWait()) sink.flush();
         const auto frame = source.next();
         if (!frame) return;
-        if (sink.target) sink.target->write(frame->time, *frame->pkt);
-        if (const auto line = sink.snooper.take(*frame)) {
-            progress.hide();
-            sink.output.line(*line);
-            --sink.messagesLeft;
-        }
+        sink.snooper.take(*frame);
         if (frame->number % framesPerStep == 0) progress.at(source.position());
     }
 }
@@ -80,58 +88,62 @@ void snoop(const SnoopArguments& arguments) {
     SnoopSettings settings = arguments.settings;
     settings.ports = arguments.ports.of(arguments.source.ports());
     const auto source = arguments.source.open(stop);
-    Sink sink{Snooper(settings), Output(false, arguments.target == "-" ? stderr : stdout), std::nullopt,
-              arguments.messages};
-    if (!arguments.target.empty()) sink.target.emplace(arguments.target, false);
+    Sink sink(arguments, settings);
     std::exception_ptr cutShort;
     try {
-        printMessages(*source, sink);
+        takeFrames(*source, sink, arguments.messages);
     } catch (const CaptureError&) {
         cutShort = std::current_exception();
     }
     sink.flush();
     if (sink.output.open()) {
-        complain(sink.snooper.counts().text());
+        complain(sink.snooper.countsText());
         source->forEachCount(complain);
     }
     if (cutShort) std::rethrow_exception(cutShort);
 }
 
-/// Adds an option that can be repeated for several ports.
-void addPortOption(CLI::App& command, const std::string& name, std::vector<std::string>& texts, const char* valueName,
-                   std::string (*fault)(const std::string&), const std::string& what, const char* defaultText) {
-    command.add_option(name, texts, what)
-        ->type_name(std::string("[IFACE=]") + valueName)
-        ->allow_extra_args(false)
-        ->check(fault, "")
-        ->default_str(defaultText);
+void addOutput(CLI::App& command, SnoopArguments& arguments) {
+    constexpr char group[] = "Output";
+    command
+        .add_flag("--rejected", arguments.settings.onlyRefused,
+                  "Print only the DHCP frames that the parser refuses, and why")
+        ->group(group);
+    command.add_option("--count", arguments.messages, "Stop after N messages")
+        ->type_name("N")
+        ->check(CLI::Range(U64{1}, std::numeric_limits<U64>::max()))
+        ->group(group);
+    addViewOptions(command, arguments.settings.view);
+    command
+        .add_option("--write", arguments.target,
+                    "Write the frames of the printed messages to a pcap file; - is the standard output")
+        ->type_name("FILE")
+        ->group(group);
+}
+
+void addParser(CLI::App& command, SnoopSettings& settings) {
+    constexpr char group[] = "Parser";
+    command
+        .add_option("--trace", settings.traceLevel, "Print the library's trace lines up to LEVEL (1 to 4) on stderr")
+        ->type_name("LEVEL")
+        ->check(CLI::Range(0, 9))
+        ->group(group);
+    command
+        .add_flag("--keep-state", settings.keepState,
+                  "Reuse one parser: attributes that a frame does not set keep their values")
+        ->group(group);
 }
 
 }  // namespace
 
 void addSnoopCommand(CLI::App& app) {
     const auto arguments = std::make_shared<SnoopArguments>();
-    SnoopSettings& settings = arguments->settings;
     CLI::App* const command = app.add_subcommand("snoop", about)->footer(footer);
     addSourceOptions(*command, arguments->source);
-    command->add_option("--write", arguments->target, "Write the live frames to a pcap file; - is the standard output")
-        ->type_name("FILE")
-        ->needs("--live");
-    command->add_option("--count", arguments->messages, "Stop after N messages")
-        ->type_name("N")
-        ->check(CLI::Range(U64{1}, std::numeric_limits<U64>::max()))
-        ->needs("--live");
-    addPortOption(*command, "--native-vlan", arguments->ports.nativeVlans, "VLAN", nativeVlanFault,
-                  "VLAN of frames without a tag, for all interfaces or one", "1");
-    addPortOption(*command, "--switchport-mode", arguments->ports.switchportModes, "MODE", switchportModeFault,
-                  "Treatment of VLAN tags: access, trunk or dot1q-tunnel", "access");
-    command->add_flag("--json", settings.json, "Print one JSON object per line");
-    command
-        ->add_option("--trace", settings.traceLevel, "Print the library's trace lines up to LEVEL (1 to 4) on stderr")
-        ->type_name("LEVEL")
-        ->check(CLI::Range(0, 9));
-    command->add_flag("--keep-state", settings.keepState,
-                      "Reuse one parser: attributes that a frame does not set keep their values");
+    addFilterOptions(*command, arguments->settings.filter);
+    addOutput(*command, *arguments);
+    addPortOptions(*command, arguments->ports);
+    addParser(*command, arguments->settings);
     command->callback([arguments] { snoop(*arguments); });
 }
 

@@ -1,44 +1,53 @@
 #pragma once
 
-#include "Bridging/VlanId.h"
+#include <string>
+
 #include "Kcore/Text.h"
-#include "Kitnet/IpAddr.h"
-#include "Kitnet/NetInteger.h"
-#include "capture/Arrival.h"
 #include "common/Printable.h"
 
 namespace DhcpTool {
 
-/// "2024-05-01T10:11:12", UTC.
-std::string timeText(std::chrono::seconds sinceEpoch);
+/// How a word stands out on a terminal with colours.
+enum class Style { plain, emphasis, alarm };
 
-/// A line of readable output, assembled word by word.
+/// Appends words to a buffer of the caller.
 class Line {
 public:
+    Line(std::string& out, bool coloured) : out_(out), coloured_(coloured) {}
+
+    /// The buffer, for text that belongs to the last word.
+    std::string& text() { return out_; }
+    /// Starts a word: appends a blank, unless a line starts here.
+    Line& gap() {
+        if (!out_.empty() && out_.back() != '\n' && out_.back() != ' ') out_.push_back(' ');
+        return *this;
+    }
     template <class T>
     Line& word(const T& value) {
-        if (!text_.empty()) text_.push_back(' ');
-        Kcore::appendText(text_, value);
+        Kcore::appendText(gap().out_, value);
         return *this;
     }
     template <class T>
     Line& field(std::string_view name, const T& value) {
         return word(name).word(value);
     }
-    Line& bytes(std::string_view name, std::string_view value) {
-        return value.empty() ? *this : field(name, textOrHex(value));
+    Line& styled(Style style, std::string_view word) {
+        gap();
+        start(style);
+        out_.append(word);
+        end(style);
+        return *this;
     }
-    Line& hexadecimal(std::string_view name, std::string_view value) { return field(name, "0x" + hex(value)); }
-    Line& address(std::string_view name, const Kitnet::IpAddr& ip) { return ip.isAny() ? *this : field(name, ip); }
-    Line& seconds(std::string_view name, bool there, Kcore::Duration time) {
-        return there ? field(name, Kcore::textOf(time) + 's') : *this;
+    void start(Style style) {
+        if (coloured_ && style != Style::plain) out_.append(style == Style::alarm ? "\x1b[1;31m" : "\x1b[1m");
     }
-    /// Appends the start of every line: frame number, time, VLAN, and for a live frame interface and direction.
-    Line& start(const Arrival& frame, Bridging::VlanId vlan, bool tagged);
-    std::string take() { return std::move(text_); }
+    void end(Style style) {
+        if (coloured_ && style != Style::plain) out_.append("\x1b[0m");
+    }
 
 private:
-    std::string text_;
+    std::string& out_;
+    const bool coloured_;
 };
 
 }  // namespace DhcpTool

@@ -3,7 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "snoop/Snoop.h"
+#include "message/PortSettings.h"
+
+namespace CLI {
+class App;
+}
 
 namespace DhcpTool {
 
@@ -13,12 +17,13 @@ struct PortOptions {
     std::vector<std::string> nativeVlans, switchportModes;
 
     /// The settings of each port. Throws CLI::ValidationError for a name that is not one of them.
-    std::map<Kitnet::IntfId, PortSettings> of(const std::vector<std::string>& ports) const;
+    Ports of(const std::vector<std::string>& ports) const;
 };
 
-/// An error message for an invalid text; empty if it is valid.
-std::string nativeVlanFault(const std::string& text);
-std::string switchportModeFault(const std::string& text);
+/// Adds --native-vlan and --switchport-mode to a command. `options` has to live as long as the command.
+void addPortOptions(CLI::App& command, PortOptions& options);
+
+/// An error message for an invalid name of a port; empty if it is valid.
 std::string portNameFault(const std::string& name);
 
 }  // namespace DhcpTool

@@ -1,4 +1,4 @@
-#include "snoop/PortOptions.h"
+#include "common/PortOptions.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -36,8 +36,7 @@ unsigned vlanOf(const std::string& text) {
 
 /// Calls `set(port settings, value)` for each port that a text applies to. Texts for all ports come first.
 template <class Set>
-void apply(const std::string& option, const std::vector<std::string>& texts,
-           std::map<Kitnet::IntfId, PortSettings>& ports, Set set) {
+void apply(const std::string& option, const std::vector<std::string>& texts, Ports& ports, Set set) {
     std::vector<PortText> ordered(texts.begin(), texts.end());
     std::ranges::stable_sort(ordered, {}, [](const PortText& text) { return !text.port.empty(); });
     for (const PortText& text : ordered) {
@@ -55,10 +54,29 @@ std::string fault(const std::string& text, bool goodValue, const char* what) {
     return goodValue ? "" : what + parts.value;
 }
 
+std::string nativeVlanFault(const std::string& text) {
+    return fault(text, vlanOf(PortText(text).value) != 0, "not a VLAN from 1 to 4094: ");
+}
+
+std::string switchportModeFault(const std::string& text) {
+    return fault(text, modes().contains(PortText(text).value), "not one of access, trunk, dot1q-tunnel: ");
+}
+
+/// Adds an option that can be repeated for several ports.
+void addPortOption(CLI::App& command, const std::string& name, std::vector<std::string>& texts, const char* valueName,
+                   std::string (*fault)(const std::string&), const std::string& what, const char* defaultText) {
+    command.add_option(name, texts, what)
+        ->type_name(std::string("[IFACE=]") + valueName)
+        ->allow_extra_args(false)
+        ->check(fault, "")
+        ->default_str(defaultText)
+        ->group("Ports");
+}
+
 }  // namespace
 
-std::map<Kitnet::IntfId, PortSettings> PortOptions::of(const std::vector<std::string>& ports) const {
-    std::map<Kitnet::IntfId, PortSettings> all;
+Ports PortOptions::of(const std::vector<std::string>& ports) const {
+    Ports all;
     for (const std::string& port : ports) all[Kitnet::IntfId(port)];
     apply("--native-vlan", nativeVlans, all,
           [](PortSettings& port, const std::string& value) { port.nativeVlan = vlanOf(value); });
@@ -67,12 +85,11 @@ std::map<Kitnet::IntfId, PortSettings> PortOptions::of(const std::vector<std::st
     return all;
 }
 
-std::string nativeVlanFault(const std::string& text) {
-    return fault(text, vlanOf(PortText(text).value) != 0, "not a VLAN from 1 to 4094: ");
-}
-
-std::string switchportModeFault(const std::string& text) {
-    return fault(text, modes().contains(PortText(text).value), "not one of access, trunk, dot1q-tunnel: ");
+void addPortOptions(CLI::App& command, PortOptions& options) {
+    addPortOption(command, "--native-vlan", options.nativeVlans, "VLAN", nativeVlanFault,
+                  "VLAN of frames without a tag, for all interfaces or one", "1");
+    addPortOption(command, "--switchport-mode", options.switchportModes, "MODE", switchportModeFault,
+                  "Treatment of VLAN tags: access, trunk or dot1q-tunnel", "access");
 }
 
 std::string portNameFault(const std::string& name) {
