@@ -118,7 +118,7 @@ TEST(Options, NameWhatIsWrong) {
     } rows[] = {
         {{"-c", "a", "-s", "10.0.0.1"}, ""},
         {{"-s", "10.0.0.1"}, "no --client"},
-        {{"-c", "a", "-s", "10.0.0.1", "--sever", "10.0.0.2"}, "--sever: no such option"},
+        {{"-c", "a", "-s", "10.0.0.1", "--sever", "10.0.0.2"}, "--sever: no such option (did you mean --server?)"},
         {{"-c", "a"}, "no --server"},
         {{"-c", "a", "-c", "a", "-s", "10.0.0.1"}, "--client a: named twice"},
         {{"-c", "a", "-s", "10.0.0.1", "-s", "10.0.0.1"}, "--server 10.0.0.1: named twice"},
