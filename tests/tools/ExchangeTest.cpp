@@ -2,6 +2,8 @@
 
 #include "exchange/ExchangeTracker.h"
 #include "follow/ExchangeLine.h"
+#include "stats/BoundedTable.h"
+#include "stats/Histogram.h"
 
 namespace DhcpTool {
 
@@ -210,6 +212,42 @@ TEST(ExchangeTracker, BoundsOpenExchanges) {
     ASSERT_EQ(lines.size(), 40u);
     EXPECT_NE(lines[0].find("ACK"), std::string::npos) << "a finished exchange makes room first";
     EXPECT_NE(lines[1].find("not followed to its end"), std::string::npos);
+}
+
+TEST(Histogram, IsAtMostOnePointSixPercentOff) {
+    for (Nanoseconds time = 1100ns; time < 1000s; time = time * 21 / 20) {
+        Histogram histogram;
+        histogram.add(time);
+        EXPECT_NEAR(static_cast<double>(histogram.percentile(0.5).count()) / static_cast<double>(time.count()), 1,
+                    0.016);
+    }
+    Histogram times;
+    for (int at = 1; at <= 100; ++at) times.add(at < 99 ? 1ms : 1s);
+    for (const Nanoseconds odd : {Nanoseconds::min(), Nanoseconds(-1)}) times.add(odd);
+    EXPECT_EQ(times.count(), 100u);
+    EXPECT_LT(times.percentile(0.98), 2ms);
+    EXPECT_GT(times.percentile(0.99), 900ms);
+    times.add(Nanoseconds::max());
+    EXPECT_EQ(times.bars().back(), 1u);
+    EXPECT_EQ(times.bars()[9], 98u) << "from 1 ms on";
+}
+
+TEST(BoundedTable, KeepsFrequentKeysAndLosesNoCount) {
+    struct Tally {
+        U64 count = 0;
+        U64 weight() const { return count; }
+        void add(const Tally& other) { count += other.count; }
+    };
+    BoundedTable<Tally> table(10);
+    for (int at = 0; at < 1000; ++at) {
+        ++table.row("frequent").count;
+        ++table.row(std::to_string(at)).count;
+    }
+    const auto top = table.top(1);
+    EXPECT_EQ(top.front()->first, "frequent");
+    EXPECT_EQ(top.front()->second.count, 1000u);
+    EXPECT_LE(table.size(), 10u);
+    EXPECT_EQ(table.rest(1).count, 1000u);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "leasequery/LeaseQueryCommand.h"
 #include "relay/RelayCommand.h"
 #include "snoop/SnoopCommand.h"
+#include "stats/StatsCommand.h"
 
 namespace DhcpTool {
 
@@ -19,6 +20,7 @@ namespace {
 constexpr Cli::Example examples[] = {
     {"Show the DHCP messages of a capture:", "dhcptool lease.pcap"},
     {"Show the exchanges in which something went wrong:", "dhcptool follow -r lease.pcap --problems"},
+    {"Show how long the servers on an interface take to answer:", "dhcptool stats -i eth0"},
     {"Show what arrives on an interface, and keep the frames:", "dhcptool snoop -i eth0 --write frames.pcap"},
     {"Ask a server who has an address:", "dhcptool leasequery --server 192.0.2.1 --ip 192.0.2.100"},
     {"Rewrite a capture as a relay agent does:",
@@ -59,6 +61,7 @@ int run(int argc, char** argv) {
     app.require_subcommand(1);
     addSnoopCommand(app);
     addFollowCommand(app);
+    addStatsCommand(app);
     addLeaseQueryCommand(app, status);
     addRelayCommand(app);
     // Not earlier: commands inherit it.

@@ -113,6 +113,7 @@ bool LiveCapture::fill() {
     ended_ = ended_ || fds[0].revents != 0 || Clock::now() >= end_;
     readSinceDropCheck_ = readSinceDropCheck_ || !waiting_.empty();
     if (Clock::now() >= nextDropCheck_) tellDrops();
+    if (Clock::now() >= nextWake_) callWake();
     if (fds[1].revents != 0) kni_->handleReadable();
     return true;
 }
@@ -134,10 +135,22 @@ void LiveCapture::read(Pam& pam) {
 /// In milliseconds; -1 to wait without an end. Frames that were dropped are told even if no other frame arrives.
 int LiveCapture::pollTimeout() const {
     if (ended_) return 0;
-    const auto wakeUp = readSinceDropCheck_ ? std::min(end_, nextDropCheck_) : end_;
+    const auto next = std::min(end_, nextWake_);
+    const auto wakeUp = readSinceDropCheck_ ? std::min(next, nextDropCheck_) : next;
     if (wakeUp == Clock::time_point::max()) return -1;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(wakeUp - Clock::now()).count();
     return static_cast<int>(std::clamp<decltype(left)>(left, 0, std::numeric_limits<int>::max()));
+}
+
+void LiveCapture::wakeEvery(std::chrono::milliseconds interval, std::function<void()> wake) {
+    wakeInterval_ = interval;
+    wake_ = std::move(wake);
+    nextWake_ = Clock::now() + interval;
+}
+
+void LiveCapture::callWake() {
+    nextWake_ = Clock::now() + wakeInterval_;
+    wake_();
 }
 
 void LiveCapture::tellDrops() {

@@ -27,6 +27,7 @@ public:
 
     std::optional<Arrival> next() override;
     bool mayWait() const override { return handedOut_ == waiting_.size(); }
+    void wakeEvery(std::chrono::milliseconds interval, std::function<void()> wake) override;
     void forEachCount(const std::function<void(const std::string&)>& tell) const override;
 
 private:
@@ -45,6 +46,7 @@ private:
     int pollTimeout() const;
     void prepareSockets(const Kitnet::IntfId& intf) const;
     void tellDrops();
+    void callWake();
     std::string stateOf(const Kitnet::IntfId& intf) const;
     void handleIntf(const Kitnet::IntfId& intf);
     void announce();
@@ -56,6 +58,9 @@ private:
     const KernelNetInfo::Status::Ptr kni_ = Kcore::makeNode<KernelNetInfo::Status>();
     const Manager dhcp_, dhcp6_;
     std::map<Kitnet::IntfId, std::string> states_;
+    std::chrono::milliseconds wakeInterval_{};
+    std::function<void()> wake_;
+    Clock::time_point nextWake_ = Clock::time_point::max();
     bool announced_ = false, ended_ = false;
     std::array<Interface::PamFrame, 64> batch_;
     std::vector<Arrival> waiting_;  // read in one turn, in the order of time

@@ -53,6 +53,7 @@ struct Event {
     std::string_view serverId;  ///< server identifier; for BOOTP the address of the server
     Kitnet::IpGenAddr ciaddr;   ///< the address that the client uses; unset without one
     bool rapidCommit = false;
+    bool selected = true;  ///< the message passes the user's filter
 
     std::vector<Assigned> assigned;    ///< in a request those that the client asks for
     std::vector<StatusCode> statuses;  ///< at all levels of a DHCPv6 message

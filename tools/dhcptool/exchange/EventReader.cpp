@@ -44,7 +44,7 @@ bool isReadable(const Message& message) {
 
 }  // namespace
 
-const Event* EventReader::read(const Message& message) {
+Event* EventReader::read(const Message& message) {
     if (!isReadable(message)) return nullptr;
     std::vector<Assigned> assigned = std::move(event_.assigned);
     std::vector<StatusCode> statuses = std::move(event_.statuses);

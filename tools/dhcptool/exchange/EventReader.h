@@ -12,7 +12,7 @@ class EventReader {
 public:
     /// Null if the frame holds no DHCP message whose type can be read. The event is valid until the next call, and as
     /// long as the message.
-    const Event* read(const Message& message);
+    Event* read(const Message& message);
 
 private:
     void read4(const Message& message);

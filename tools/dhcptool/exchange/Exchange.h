@@ -34,6 +34,7 @@ struct Step {
     /// request or the answer was not seen on that side.
     std::optional<Nanoseconds> wait, serverWait;
     std::string text;            ///< message of the server (DHCPv4 option 56)
+    bool refuses = false;        ///< a NAK, or an answer with a status code other than success
     bool relayInfo = false;      ///< option 82 or interface-id on the far side
     bool lostRelayInfo = false;  ///< an answer on the far side without the option 82 of its request
 
@@ -78,10 +79,13 @@ struct Exchange {
     std::vector<Assigned> assigned;   ///< of the last answer with addresses
     std::vector<Status> statuses;
     bool rapidCommit = false;
+    bool selected = false;          ///< one of the messages passes the user's filter
     Kitnet::IpGenAddr otherServer;  ///< a server that answered another client in this VLAN
     bool incomplete = false;        ///< there were more messages than an exchange can hold, or too many open exchanges
 
     bool dhcp6() const { return steps.front().role().dhcp6; }
+    /// The circuit-id or interface-id that the server sees, if known.
+    const std::string& anyPort() const { return farPort.empty() ? port : farPort; }
     U32 xid() const { return steps.front().xid; }
     /// The last step that is no answer, or null.
     const Step* lastRequest() const;

@@ -186,6 +186,7 @@ void addAnswer(Exchange& exchange, const Event& event) {
     if (event.relays != 0) step->relayInfo |= event.relayInfo;
     see(*step, event, true);
     supply(step->text, event.text);
+    step->refuses |= event.kind == nak || !event.statuses.empty();
     // An offer that comes behind the last answer assigns nothing.
     if (step->role().ends || !exchange.done()) takeAddresses(exchange.assigned, event);
     takeStatuses(exchange, event);
@@ -239,6 +240,7 @@ bool isContinuedBy(const Exchange& exchange, const Event& event) {
 
 void addMessage(Exchange& exchange, const Event& event) {
     exchange.end = event.time;
+    exchange.selected |= event.selected;
     takeClient(exchange, event);
     if (isRequest(roleOf(event.kind)))
         addRequest(exchange, event);

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "Kcore/Text.h"
+#include "common/Printable.h"
 #include "message/TypeNames.h"
 
 namespace DhcpTool {
@@ -31,6 +32,11 @@ std::string durationText(Nanoseconds time) {
         text.append(".").append(thousandths, 1, whole < 10 ? 2 : 1);
     }
     return text.append(unit->name);
+}
+
+std::string clientText(const Exchange& exchange) {
+    if (exchange.mac) return Kcore::textOf(*exchange.mac);
+    return exchange.clientId.empty() ? "unknown" : textOrHex(exchange.clientId);
 }
 
 std::string stepName(const Step& step) {

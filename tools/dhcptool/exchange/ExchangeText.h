@@ -9,6 +9,9 @@ namespace DhcpTool {
 /// Three digits and a unit: "850ns", "1.20ms", "34.5s", "4000s". The rest is cut off.
 std::string durationText(Nanoseconds time);
 
+/// The client's MAC address, else its identifier.
+std::string clientText(const Exchange& exchange);
+
 /// "DISCOVER", "REQUEST (renew)".
 std::string stepName(const Step& step);
 

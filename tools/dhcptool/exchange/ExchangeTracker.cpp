@@ -84,6 +84,7 @@ void ExchangeTracker::touch(Opens::iterator open) {
     open->touched = clock_;
     Opens& to = open->done ? done_ : pending_;
     to.splice(to.end(), from, open);
+    if (done_.size() > settings_.mostDone) report(done_.begin());
 }
 
 /// The server that answered last in the exchange's VLAN, this exchange included.

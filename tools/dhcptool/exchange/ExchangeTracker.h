@@ -12,16 +12,17 @@ namespace DhcpTool {
 struct TrackerSettings {
     Nanoseconds timeout = std::chrono::seconds(30);  ///< after its last message an unfinished exchange ends
     Nanoseconds linger = std::chrono::seconds(3);    ///< a finished one waits as long for late answers
-    std::size_t mostOpen = 8192;                     ///< exchanges
+    std::size_t mostOpen = 8192;                     ///< exchanges that have not been reported
+    std::size_t mostDone = 1024;                     ///< finished ones among them
 };
 
 /// Assembles messages into exchanges. A message belongs to an exchange by client and transaction, or by client alone if
 /// it continues the last one, such as a DHCPv6 REQUEST behind an ADVERTISE. Copies of a message in front of and behind
 /// a relay agent are one message.
 ///
-/// Memory is bounded whatever arrives: above `mostOpen` the oldest exchanges are reported early, finished ones first,
-/// and a client has at most 16 open ones. Time is that of the messages. It does not run backwards here: a message that
-/// is older than the one before it counts as simultaneous.
+/// Memory is bounded whatever arrives: above `mostOpen` and `mostDone` the oldest exchanges are reported early,
+/// finished ones first, and a client has at most 16 open ones. Time is that of the messages. It does not run backwards
+/// here: a message that is older than the one before it counts as simultaneous.
 class ExchangeTracker {
 public:
     /// Calls `report` for each exchange when it ends.

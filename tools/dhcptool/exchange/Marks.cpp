@@ -121,7 +121,9 @@ private:
         for (const Step& step : exchange_.steps) {
             const Sighting& seen = step.clientSide();
             if (step.role().answerTo == 0) {
-                if (seen.count > 1)
+                // The mark of an unanswered request says it already.
+                const bool told = &step == exchange_.lastRequest() && isUnanswered();
+                if (seen.count > 1 && !told)
                     add(MarkKind::retransmitted, stepName(step) + " sent " + std::to_string(seen.count) + " times");
                 continue;
             }
@@ -133,6 +135,8 @@ private:
                     std::string(step.role().name) + byServer(step) + " " + std::to_string(seen.count) + " times");
         }
     }
+
+    bool isUnanswered() const { return std::ranges::count(marks_, MarkKind::notAnswered, &Mark::kind) != 0; }
 
     const Exchange& exchange_;
     std::vector<Mark> marks_;

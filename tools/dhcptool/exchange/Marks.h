@@ -25,6 +25,8 @@ enum class MarkKind : U8 {
     incomplete,  ///< not all messages are known
 };
 
+inline constexpr std::size_t markKindCount = static_cast<std::size_t>(MarkKind::incomplete) + 1;
+
 struct Mark {
     MarkKind kind;
     std::string text;  ///< printable

@@ -70,7 +70,7 @@ constexpr bool inOrder() {
         if (roles[at].kind != static_cast<MessageKind>(at)) return false;
     return true;
 }
-static_assert(inOrder() && roles.size() <= 8 * sizeof(MessageKinds));
+static_assert(inOrder() && roles.size() == messageKindCount && messageKindCount <= 8 * sizeof(MessageKinds));
 
 }  // namespace
 

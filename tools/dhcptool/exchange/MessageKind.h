@@ -48,6 +48,8 @@ enum class MessageKind : U8 {
     otherReply6,
 };
 
+inline constexpr std::size_t messageKindCount = static_cast<std::size_t>(MessageKind::otherReply6) + 1;
+
 /// A set of kinds.
 using MessageKinds = U32;
 

@@ -63,15 +63,11 @@ private:
 
     void client() {
         if (!out_.empty()) out_.push_back(' ');
-        if (exchange_.mac)
-            Kcore::appendText(out_, *exchange_.mac);
-        else
-            out_.append(exchange_.clientId.empty() ? "unknown" : textOrHex(exchange_.clientId));
+        out_.append(clientText(exchange_));
         if (!exchange_.hostname.empty()) word("hostname").append(quotedText(exchange_.hostname));
         if (!exchange_.interface.empty()) word("interface").append(exchange_.interface);
         word("vlan").append(std::to_string(exchange_.vlan));
-        const std::string& port = exchange_.farPort.empty() ? exchange_.port : exchange_.farPort;
-        if (!port.empty()) word("port").append(textOrHex(port));
+        if (const std::string& port = exchange_.anyPort(); !port.empty()) word("port").append(textOrHex(port));
     }
 
     void step(std::size_t at) {

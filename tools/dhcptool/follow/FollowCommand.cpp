@@ -4,63 +4,92 @@
 #include <memory>
 
 #include "common/Output.h"
-#include "exchange/EventReader.h"
-#include "exchange/ExchangeTracker.h"
+#include "exchange/ExchangeRun.h"
+#include "follow/ExchangeJson.h"
 #include "follow/ExchangeLine.h"
-#include "message/Decoder.h"
-#include "view/TimeText.h"
+#include "view/ViewOptions.h"
 
 namespace DhcpTool {
 
 namespace {
 
 constexpr char about[] =
-    "Shows exchanges instead of messages: a line for all that a client and the\n"
-    "servers send from the first request to the last answer, with marks for what\n"
-    "went wrong.";
+    "Prints a line for each exchange of a client with its servers, instead of one\n"
+    "for each message, and marks what went wrong.";
+constexpr char footer[] =
+    R"(A line starts with the time of the first message, then follow client, VLAN and
+port (circuit-id or interface-id). The messages come with the times between
+them: behind an answer the time since its request, behind a request the time
+since the answer before it. "x3 in 9.1s" is a message that was sent 3 times.
+Address, lease, server and relay agent follow, with the delays of the relay
+agent to the server (>) and back (<), then "!" and what went wrong: no answer, a
+NAK or DHCPv6 status, a declined address, several servers, an answer without
+option 82, and so on.
+
+The copies of a message in front of and behind a relay agent are one message.
+
+Lines are in the order in which exchanges end: 3 s after the last answer, or
+after --timeout without one; all others at the end of the capture. A client can
+have 16 open exchanges, all clients together 8192. Above that the oldest ones
+are printed early, those without an answer with the mark "not followed to its
+end".
+
+A filter selects exchanges with at least one message that fits.
+
+JSON: one object an exchange. share/DhcpLib/dhcptool.schema.json describes all
+members.)";
 
 struct FollowArguments {
-    std::string file;
+    ExchangeOptions exchanges;
     bool problems = false;
-    double timeout = 30;  ///< s
+    bool json = false;
+    TimeForm time = TimeForm::absolute;
+    bool coloured = false;
 };
 
-void follow(const FollowArguments& arguments) {
-    CaptureReader capture(arguments.file);
-    Output output(capture.size() == 0);
-    Decoder decoder(Ports{{Kitnet::IntfId("Ethernet1"), {}}});
-    EventReader reader;
-    TrackerSettings settings;
-    settings.timeout = std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(arguments.timeout));
-    ExchangeTracker tracker(settings, [&](const Exchange& exchange) {
-        const auto marks = marksOf(exchange);
-        if (arguments.problems && marks.empty()) return;
-        std::string line = timeText(std::chrono::floor<std::chrono::seconds>(exchange.start));
-        appendExchange(line, exchange, marks, false);
-        output.line(line);
-    });
-    while (const auto frame = capture.next()) {
-        const Arrival arrival{frame->number, frame->time, Kitnet::globalPktManager().newPkt(frame->bytes),
-                              frame->sentBytes, Kitnet::IntfId("Ethernet1")};
-        if (const Event* const event = reader.read(decoder.decode(arrival))) tracker.take(*event);
+/// Prints exchanges.
+class Follower final : public ExchangeSink {
+public:
+    explicit Follower(const FollowArguments& arguments) : arguments_(arguments), time_(arguments.time) {}
+
+    void take(const Exchange& exchange, const std::vector<Mark>& marks) override {
+        if (arguments_.problems && marks.empty()) return;
+        line_.clear();
+        if (arguments_.json) {
+            JsonWriter json(line_);
+            writeExchange(json, exchange, marks);
+            return output_.line(line_);
+        }
+        time_.append(line_, exchange.start);
+        appendExchange(line_, exchange, marks, arguments_.coloured);
+        output_.line(line_);
     }
-    tracker.finish();
-    output.flush();
-}
+    void flush() override { output_.flush(); }
+    bool wantsMore() const override { return output_.open(); }
+
+private:
+    const FollowArguments& arguments_;
+    TimeText time_;
+    std::string line_;
+    Output output_{false};
+};
 
 }  // namespace
 
 void addFollowCommand(CLI::App& app) {
+    constexpr char group[] = "Output";
     const auto arguments = std::make_shared<FollowArguments>();
-    CLI::App* const command = app.add_subcommand("follow", about);
-    command->add_option("-r,--read", arguments->file, "Capture file, pcap or pcapng; - is the standard input")
-        ->type_name("FILE");
-    command->add_flag("--problems", arguments->problems, "Show only exchanges that have a mark");
-    command->add_option("--timeout", arguments->timeout, "End an unfinished exchange after SECONDS without a message")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 86400.0))
-        ->capture_default_str();
-    command->callback([arguments] { follow(*arguments); });
+    CLI::App* const command = app.add_subcommand("follow", about)->footer(footer);
+    addExchangeOptions(*command, arguments->exchanges);
+    command->add_flag("--problems", arguments->problems, "Print only exchanges in which something went wrong")
+        ->group(group);
+    command->add_flag("--json", arguments->json, "One JSON object an exchange, on a line")->group(group);
+    addTimeOption(*command, arguments->time);
+    addColorOption(*command, arguments->coloured);
+    command->callback([arguments] {
+        Follower follower(*arguments);
+        runExchanges(arguments->exchanges, follower);
+    });
 }
 
 }  // namespace DhcpTool

@@ -42,10 +42,10 @@ std::string timeText(std::chrono::seconds sinceEpoch) {
     return out;
 }
 
-void TimeText::append(std::string& out, const Arrival& frame) {
-    if (form_ == TimeForm::absolute) return appendAbsolute(out, frame.time);
-    appendSpan(out, frame.time - reference_.value_or(frame.time));
-    if (!reference_ || form_ == TimeForm::delta) reference_ = frame.time;
+void TimeText::append(std::string& out, CaptureTime time) {
+    if (form_ == TimeForm::absolute) return appendAbsolute(out, time);
+    appendSpan(out, time - reference_.value_or(time));
+    if (!reference_ || form_ == TimeForm::delta) reference_ = time;
 }
 
 void TimeText::appendAbsolute(std::string& out, CaptureTime time) {

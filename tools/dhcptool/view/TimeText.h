@@ -22,8 +22,9 @@ class TimeText {
 public:
     explicit TimeText(TimeForm form = TimeForm::absolute) : form_(form) {}
 
-    /// Appends the time of the next frame.
-    void append(std::string& out, const Arrival& frame);
+    /// Appends the time of the next frame or exchange.
+    void append(std::string& out, const Arrival& frame) { append(out, frame.time); }
+    void append(std::string& out, CaptureTime time);
 
 private:
     void appendAbsolute(std::string& out, CaptureTime time);
