@@ -186,7 +186,7 @@ def links():
         for xid in range(3):
             wire.send(solicit(xid))
         assert "frames 2: DHCP 0, BOOTP 0, DHCPv6 2, DHCP refused 0, other traffic 0\n" in ended(counted)
-        assert "frames 3, " in ended(timed)
+        assert "frames 3: " in ended(timed)
 
 
 def drops():
