@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "Kcore/CopyBytes.h"
 #include "Kcore/TypeData.h"
 #include "Kitnet/IpAddr.h"
 #include "common/Printable.h"
@@ -19,18 +20,20 @@ concept NumberValue = !std::same_as<T, Kitnet::IpAddr> && requires(const T& v) {
     { v.value() } -> std::integral;
 };
 
-/// Appends a JSON text to a buffer of the caller, step by step. It keeps no tree and no copy, because that would take
-/// most of the time of the output. Integers that a double cannot hold exactly, those above 2 to the power of 53, become
-/// strings.
+/// Appends a JSON object or array to a buffer of the caller, step by step. It keeps no tree and no copy, because that
+/// would take most of the time of the output. The buffer is complete once the outermost bracket is closed: before that
+/// it is longer than its text, so that a token need not change its size. Integers that a double cannot hold exactly,
+/// those above 2 to the power of 53, become strings.
 class JsonWriter {
 public:
-    explicit JsonWriter(std::string& out) : out_(out) {}
+    explicit JsonWriter(std::string& out) : out_(out), end_(out.size()) {}
 
     /// `name` is printed as it is: ASCII without quotes, backslashes and control characters.
     JsonWriter& key(std::string_view name) {
         char* const next = grow(name.size() + 3);
         *next = '"';
-        *std::copy(name.begin(), name.end(), next + 1) = '"';
+        Kcore::copyBytes(next + 1, name.data(), name.size());
+        next[name.size() + 1] = '"';
         next[name.size() + 2] = ':';
         separated_ = true;
         return *this;
@@ -51,14 +54,15 @@ public:
     void plain(std::string_view text) {
         char* const next = grow(text.size() + 2);
         *next = '"';
-        *std::copy(text.begin(), text.end(), next + 1) = '"';
+        Kcore::copyBytes(next + 1, text.data(), text.size());
+        next[text.size() + 1] = '"';
     }
     /// A string whose text `append(std::string&)` writes: ASCII without quotes, backslashes and control characters.
     template <class Append>
     void built(Append append) {
-        *grow(1) = '"';
-        append(out_);
-        out_.push_back('"');
+        token_.clear();
+        append(token_);
+        plain(token_);
     }
 
     /// Flags, numbers and seconds become JSON values, texts strings, byte strings hex, enumerations their names,
@@ -73,29 +77,41 @@ public:
     }
 
 private:
-    /// Appends room for `bytes` bytes, behind a comma unless the key or value is the first one or follows its key. One
-    /// growth for all parts of a token: this is where most of the time goes.
-    char* grow(std::size_t bytes) {
-        const std::size_t at = out_.size();
-        out_.resize(at + bytes + (separated_ ? 0 : 1));
-        char* const next = out_.data() + at;
-        if (std::exchange(separated_, false)) return next;
-        *next = ',';
-        return next + 1;
+    /// Room for `bytes` bytes at the end of the text.
+    char* room(std::size_t bytes) {
+        constexpr std::size_t spare = 1024;
+        if (out_.size() - end_ < bytes) out_.resize(end_ + bytes + spare);
+        return out_.data() + end_;
     }
-    void literal(std::string_view text) { std::copy(text.begin(), text.end(), grow(text.size())); }
+    /// Appends `bytes` bytes, behind a comma unless the key or value is the first one or follows its key.
+    char* grow(std::size_t bytes) {
+        char* next = room(bytes + 1);
+        if (!std::exchange(separated_, false)) {
+            *next++ = ',';
+            ++end_;
+        }
+        end_ += bytes;
+        return next;
+    }
+    void literal(std::string_view text) { Kcore::copyBytes(grow(text.size()), text.data(), text.size()); }
     void open(char bracket) {
         *grow(1) = bracket;
         separated_ = true;
+        ++depth_;
     }
     void close(char bracket) {
-        out_.push_back(bracket);
+        *room(1) = bracket;
+        ++end_;
         separated_ = false;
+        if (--depth_ == 0) out_.resize(end_);
     }
     template <std::integral T>
     void number(T value);
 
     std::string& out_;
+    std::string token_;      // a text that is being built
+    std::size_t end_;        // of the text in `out_`
+    unsigned depth_ = 0;     // open brackets
     bool separated_ = true;  // the next key or value needs no comma in front
 };
 

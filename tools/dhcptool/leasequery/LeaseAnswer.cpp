@@ -4,7 +4,7 @@
 
 #include "DhcpLib/DhcpHdr.h"
 #include "DhcpLib/OptionParser/BasicCheck.h"
-#include "common/AttributeJson.h"
+#include "common/JsonWriter.h"
 #include "message/Item.h"
 
 namespace DhcpTool {
@@ -106,8 +106,9 @@ void appendLine(std::string& out, std::string_view name, const std::string& valu
 }
 
 template <class T>
-Json jsonOrNull(const std::optional<T>& value) {
-    return value ? jsonOf(*value) : Json();
+void memberOrNull(JsonWriter& json, std::string_view name, const std::optional<T>& value) {
+    json.key(name);
+    value ? json.value(*value) : json.null();
 }
 
 }  // namespace
@@ -142,15 +143,20 @@ std::string LeaseAnswer::text() const {
 }
 
 std::string LeaseAnswer::json() const {
-    return Json{{"state", jsonOf(state)},
-                {"ip", jsonOrNull(ip)},
-                {"mac", jsonOrNull(mac)},
-                {"clientId", clientId ? Json(hex(*clientId)) : Json()},
-                {"leaseTime", jsonOrNull(leaseTime)},
-                {"lastTransactionTime", jsonOrNull(lastTransactionTime)},
-                {"associatedIps", jsonOf(associatedIps)},
-                {"serverId", jsonOrNull(serverId)}}
-        .dump();
+    std::string out;
+    JsonWriter json(out);
+    json.startObject();
+    json.member("state", state);
+    memberOrNull(json, "ip", ip);
+    memberOrNull(json, "mac", mac);
+    json.key("clientId");
+    clientId ? json.hex(*clientId) : json.null();
+    memberOrNull(json, "leaseTime", leaseTime);
+    memberOrNull(json, "lastTransactionTime", lastTransactionTime);
+    json.member("associatedIps", associatedIps);
+    memberOrNull(json, "serverId", serverId);
+    json.endObject();
+    return out;
 }
 
 }  // namespace DhcpTool
