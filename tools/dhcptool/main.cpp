@@ -35,17 +35,21 @@ std::vector<std::string> commandNames(const CLI::App& app) {
     return names;
 }
 
-/// The arguments, with `snoop -r` before a first one that is no command but a file. Throws CLI::ParseError if it is
-/// neither.
+/// Whether `argument` is an option of dhcptool itself, not of a command.
+bool isGlobalOption(const CLI::App& app, const std::string& argument) {
+    return app.get_option_no_throw(argument.substr(0, argument.find('='))) != nullptr;
+}
+
+/// The arguments, with `snoop` before a first one that is a file or an option of a command. Throws CLI::ParseError if
+/// it is neither, and no command.
 std::vector<std::string> completed(const CLI::App& app, std::vector<std::string> arguments) {
     const auto names = commandNames(app);
     if (arguments.empty() || std::ranges::count(names, arguments.front()) != 0) return arguments;
     const std::string& first = arguments.front();
-    const bool option = first.starts_with('-') && first != "-";
+    if (isGlobalOption(app, first)) return arguments;
     std::error_code ignored;
-    if (option) return arguments;
-    if (first == "-" || std::filesystem::exists(first, ignored)) {
-        arguments.insert(arguments.begin(), {"snoop", "-r"});
+    if (first.starts_with('-') || std::filesystem::exists(first, ignored)) {
+        arguments.insert(arguments.begin(), "snoop");
         return arguments;
     }
     const auto meant = Cli::closest(first, names);
@@ -65,7 +69,7 @@ int run(int argc, char** argv) {
     addLeaseQueryCommand(app, status);
     addRelayCommand(app);
     // Not earlier: commands inherit it.
-    app.footer("dhcptool FILE is the same as dhcptool snoop -r FILE.\n\ndhcptool COMMAND --help describes a command.");
+    app.footer("dhcptool FILE is the same as dhcptool snoop FILE.\n\ndhcptool COMMAND --help describes a command.");
     try {
         auto arguments = completed(app, {argv + 1, argv + argc});
         std::ranges::reverse(arguments);  // as parse() wants them

@@ -38,14 +38,17 @@ void addSourceOptions(CLI::App& command, SourceOptions& options) {
     CLI::Option* const files =
         command
             .add_option("-r,--read", options.files,
-                        "Capture files, pcap or pcapng, also compressed with gzip or\nzstd; - is the standard input")
+                        "Capture files, pcap or pcapng, also compressed with gzip or\nzstd; - is the standard input. "
+                        "--read may be left out")
             ->type_name("FILE")
             ->group(group);
+    CLI::Option* const plainFiles = command.add_option("FILE", options.files)->group("")->excludes(files);
     CLI::Option* const live =
         command.add_option("-i,--live", options.interfaces, "Live interfaces of this host, instead of files")
             ->type_name("IFACE")
             ->check(portNameFault, "")
             ->excludes(files)
+            ->excludes(plainFiles)
             ->group(group);
     command.add_option("--interface", options.port, "Switch port on which the frames of files arrive")
         ->type_name("NAME")
