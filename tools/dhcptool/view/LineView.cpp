@@ -12,7 +12,6 @@ namespace {
 
 /// The options of a line, in its order.
 constexpr U8 options4[] = {50, 54, 51, 91, 92, 56, 12, 81, 61, 77, 55, 60, 66, 67};
-constexpr U8 relayInfoOption = 82, tftpServerOption = 66, bootFileOption = 67;
 constexpr U16 options6First[] = {1, 2, 13};
 constexpr U16 options6Last[] = {39, 79, 18, 37, 38, 53, 68, 16, 15, 59};
 
