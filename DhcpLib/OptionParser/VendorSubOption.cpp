@@ -1,5 +1,8 @@
 #include "DhcpLib/OptionParser/VendorSubOption.h"
 
+#include <functional>
+#include <vector>
+
 #include "DhcpLib/OptionParser/internal/OptionIndex.h"
 #include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
 #include "DhcpLib/OptionParser/internal/VendorItems.h"
@@ -94,9 +97,11 @@ const Kcore::String& quorvaEntNumText() {
 }
 
 void setInfoData(Kcore::Bytes& buf, U32& pos, U8 subType, U8 len, const U8* data) {
-    Kcore::Bytes copy;  // `data` may point into `buf`, which may move
-    copy.append({data, len});
-    putItem(buf, pos, subType, len, copy.data());
+    if (std::less_equal<>()(buf.begin(), data) && std::less<>()(data, buf.end())) {
+        const std::vector<U8> copy(data, data + len);  // `buf` may move
+        putItem(buf, pos, subType, len, copy.data());
+    } else
+        putItem(buf, pos, subType, len, data);
     Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {}, "setInfoData subType {} len {}", subType, len);
 }
 
