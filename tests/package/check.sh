@@ -81,11 +81,11 @@ build_parts() {
 }
 
 programs() {
-    build_parts tools/cli tools/dhcptool agents/dhcprelay examples
+    build_parts tools/cli agents/dhcprelay examples
 }
 
-# Takes several minutes, so it is not run by CTest.
-programs_and_tests() {
+# Takes several minutes, so CTest does not run it.
+all_programs_and_tests() {
     build_parts tools/cli tools/dhcptool agents/dhcprelay examples tests
 }
 
