@@ -1,7 +1,10 @@
 """Builds capture files for the tests of dhcptool: complete, truncated and hostile ones."""
 
+import glob
 import os
 import struct
+import tempfile
+import unittest
 
 FOLDER = os.environ["CAPTURES"]
 
@@ -13,6 +16,36 @@ def bundled(name):
 def content(name):
     with open(bundled(name), "rb") as file:
         return file.read()
+
+
+def all_captures(folder=FOLDER):
+    return sorted(glob.glob(os.path.join(folder, "*.pcap")))
+
+
+def joined(paths):
+    """One capture with the frames of several, in this order. dhcptool then starts once instead of for each file."""
+    parts = []
+    for path in paths:
+        with open(path, "rb") as file:
+            parts.append(file.read())
+    return parts[0][:24] + b"".join(part[24:] for part in parts)
+
+
+class FilesTest(unittest.TestCase):
+    """Tests with a folder for their files."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+
+    def path(self, name, data=None):
+        """The path of a file in the folder, which is written if there is data."""
+        path = os.path.join(self.folder, name)
+        if data is not None:
+            with open(path, "wb") as file:
+                file.write(data)
+        return path
 
 
 def frames(data):

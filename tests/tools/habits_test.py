@@ -1,5 +1,6 @@
 """What dhcptool and dhcprelay have in common: help, version, wrong command lines, manual pages and completions."""
 
+import functools
 import os
 import re
 import shutil
@@ -18,20 +19,22 @@ def run(*command, **more):
     return done.returncode, done.stdout, done.stderr
 
 
+@functools.cache
 def helps():
     """The help of each program and command."""
+    texts = []
     for program in PROGRAMS.values():
         top = run(program, "--help")[1]
-        yield top
+        texts.append(top)
         for command in re.findall(r"^  (\w+) ", top.split("Commands:")[1].split("Options:")[0], re.M) if "Commands:" in top else []:
-            yield run(program, command, "--help")[1]
+            texts.append(run(program, command, "--help")[1])
+    return texts
 
 
 class CommandLine(unittest.TestCase):
     def test_help_fits_80_columns(self):
-        texts = list(helps())
-        self.assertGreater(len(texts), 4)
-        for text in texts:
+        self.assertGreater(len(helps()), 4)
+        for text in helps():
             self.assertTrue(text.startswith("Usage: "))
             self.assertEqual([line for line in text.splitlines() if len(line) > 80], [])
 

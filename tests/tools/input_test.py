@@ -6,10 +6,9 @@ import os
 import signal
 import struct
 import subprocess
-import tempfile
 import unittest
 
-from capture_files import content, discover, pcap
+from capture_files import FilesTest, bundled, content, discover, joined, pcap
 
 TOOL = os.environ["DHCPTOOL"]
 CAPTURES = ("v4-vlan20-dhclient-dhcpd", "v6-dhclient-kea")
@@ -54,17 +53,16 @@ def rebuilt(data, change=lambda frame: frame, link_type=ETHERNET, keep=lambda nu
 
 class LinkTypes(unittest.TestCase):
     def test_give_what_the_ethernet_frames_give(self):
-        for name in CAPTURES:
-            whole = content(name)
-            untagged = rebuilt(whole, lambda f: f[:12] + f[16:] if f[12:14] == b"\x81\0" else f)
-            # The headers do not have the destination; those without a link header do not have the source either.
-            for data, change, link_type, unknown in ((whole, sll, SLL, {"dstMac"}), (whole, sll2, SLL2, {"dstMac"}),
-                                                     (untagged, lambda f: f[14:], RAW, {"dstMac", "srcMac"}),
-                                                     (untagged, null, NULL, {"dstMac", "srcMac"})):
-                known = lambda message: {n: v for n, v in message.items() if n not in unknown | {"outgoing"}}
-                expected = list(map(known, shown(data=data)))
-                found = list(map(known, shown(data=rebuilt(data, change, link_type))))
-                self.assertTrue(expected and found == expected, (name, link_type))
+        whole = joined(map(bundled, CAPTURES))
+        untagged = rebuilt(whole, lambda f: f[:12] + f[16:] if f[12:14] == b"\x81\0" else f)
+        ethernet = {data: shown(data=data) for data in (whole, untagged)}
+        # The headers do not have the destination; those without a link header do not have the source either.
+        for data, change, link_type, unknown in ((whole, sll, SLL, {"dstMac"}), (whole, sll2, SLL2, {"dstMac"}),
+                                                 (untagged, lambda f: f[14:], RAW, {"dstMac", "srcMac"}),
+                                                 (untagged, null, NULL, {"dstMac", "srcMac"})):
+            known = lambda message: {n: v for n, v in message.items() if n not in unknown | {"outgoing"}}
+            found = list(map(known, shown(data=rebuilt(data, change, link_type))))
+            self.assertTrue(found and found == list(map(known, ethernet[data])), link_type)
 
     def test_cut_within_the_link_header_do_no_harm(self):
         frame = discover(b"")
@@ -94,18 +92,7 @@ class Compressed(unittest.TestCase):
             self.assertTrue(status == 2 and out and err.endswith(f'dhcptool: "-": {why}\n'), err)
 
 
-class SeveralFiles(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name, data):
-        path = os.path.join(self.folder, name)
-        with open(path, "wb") as file:
-            file.write(data)
-        return path
-
+class SeveralFiles(FilesTest):
     def test_are_merged_in_the_order_of_time(self):
         whole = content(CAPTURES[0])
         parts = [self.path(f"part{i}", rebuilt(whole, keep=lambda number, i=i: number % 3 == i)) for i in range(3)]

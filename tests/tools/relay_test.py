@@ -4,10 +4,9 @@ import os
 import shutil
 import struct
 import subprocess
-import tempfile
 import unittest
 
-from capture_files import bundled, content, discover, frames, option, pcap
+from capture_files import FilesTest, bundled, content, discover, frames, option, pcap
 
 TOOL = os.environ["DHCPTOOL"]
 
@@ -137,15 +136,7 @@ class Frames(unittest.TestCase):
         self.assertEqual(message(out[0])[240:].rstrip(b"\0"), restored)
 
 
-class Files(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name):
-        return os.path.join(self.folder, name)
-
+class Files(FilesTest):
     def run_tool(self, *arguments, **more):
         done = subprocess.run([TOOL, "relay", *arguments], capture_output=True, timeout=60, **more)
         return done.returncode, done.stdout.decode("ascii"), done.stderr.decode("ascii")

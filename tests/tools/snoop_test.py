@@ -1,16 +1,15 @@
 """dhcptool snoop -r: output, counters, and errors of files and terminals."""
 
-import glob
 import json
 import os
 import struct
 import subprocess
-import tempfile
 import unittest
 
 import jsonschema
 
-from capture_files import FOLDER, bundled, content, dhcp6_frame, discover, option, option6, pcap, pcapng
+from capture_files import (FilesTest, all_captures, bundled, content, dhcp6_frame, discover, joined, option, option6,
+                           pcap, pcapng)
 
 TOOL = os.environ["DHCPTOOL"]
 
@@ -26,9 +25,9 @@ def messages(*arguments, **more):
     return {m["frame"]: m for m in map(json.loads, snoop("--json", *arguments, **more)[1].splitlines())}
 
 
-def tail(frame, *arguments):
-    """The one line for a frame, behind its addresses."""
-    return snoop(*arguments, data=pcap([frame]))[1].rstrip("\n").split(":67 ")[-1]
+def tails(frames, *arguments):
+    """The lines for DHCPv4 requests, after the addresses."""
+    return [line.split(":67 ")[-1] for line in snoop(*arguments, data=pcap(frames))[1].splitlines()]
 
 
 class Lines(unittest.TestCase):
@@ -49,15 +48,15 @@ class Lines(unittest.TestCase):
     def test_name_options_and_sub_options(self):
         info = option(5, b"\n\x14\0\1") + option(6, b"tenant") + option(11, b"\n\x14\0\2") + \
             option(151, b"\0blue") + option(152, b"") + option(200, b"\1\2")
-        for options, shown in (
+        rows = (
                 (option(50, b"\n\0\0\7") + option(54, b"\n\0\0\1") + option(56, b"no lease"),
                  'requested 10.0.0.7 server-id 10.0.0.1 message "no lease"'),
                 (option(61, b"\xff" + bytes(4) + b"\0\3\0\1\2\xc1\0\0\0\1"),
                  "client-id IAID 0x00000000 DUID LL 02:c1:00:00:00:01"),
                 (option(66, b"tftp.example") + option(67, b"pxe.0"), 'tftp-server "tftp.example" boot-file "pxe.0"'),
                 (option(82, info), 'link-selection 10.20.0.1 subscriber-id "tenant" server-override 10.20.0.2 vrf "blue" '
-                 "vrf-control option 200 0x0102")):
-            self.assertEqual(tail(discover(options)), shown)
+                 "vrf-control option 200 0x0102"))
+        self.assertEqual(tails([discover(options) for options, _ in rows]), [shown for _, shown in rows])
 
     def test_count_every_reason(self):
         self.assertEqual(snoop("-r", bundled("crafted-v4-frames-a"))[2],
@@ -72,27 +71,26 @@ class Lines(unittest.TestCase):
 
     def test_mark_what_is_cut_or_malformed_and_where(self):
         whole = discover(option(12, b"pc"))
-        snapped = pcap([whole[:285]])
-        snapped = snapped[:36] + struct.pack("<I", len(whole)) + snapped[40:]
-        for data, mark, reason in (
-                (snapped, "[refused: cut by the snap length of the capture at byte 285]", "  1  cut by the snap"),
-                (pcap([whole[:285]]), "[refused: no end option, frame ends before its UDP datagram at byte 285]",
-                 "  1  no end option"),
-                (pcap([discover(option(51, b"\0\0\1"))]), "[malformed: option 51 has a wrong length at byte 285]", ""),
-                (pcap([discover(option(82, b"\1\5ab"))]),
-                 "[malformed: sub-option 1 runs past the end of option 82 at byte 287]", "")):
-            _, out, err = snoop(data=data)
-            self.assertTrue(out.endswith(mark + "\n") and reason in err, out + err)
-            self.assertEqual(len(snoop("--rejected", data=data)[1].splitlines()), int(reason != ""))
+        rows = ((whole[:285], "[refused: cut by the snap length of the capture at byte 285]"),
+                (whole[:285], "[refused: no end option, frame ends before its UDP datagram at byte 285]"),
+                (discover(option(51, b"\0\0\1")), "[malformed: option 51 has a wrong length at byte 285]"),
+                (discover(option(82, b"\1\5ab")),
+                 "[malformed: sub-option 1 runs past the end of option 82 at byte 287]"))
+        data = pcap([frame for frame, _ in rows])
+        data = data[:36] + struct.pack("<I", len(whole)) + data[40:]  # only the first frame was cut by the capture
+        _, out, err = snoop(data=data)
+        for line, (_, mark) in zip(out.splitlines(), rows, strict=True):
+            self.assertTrue(line.endswith(" " + mark), line)
+        self.assertTrue(err.endswith("\n  1  cut by the snap length of the capture\n  1  no end option\n"), err)
+        self.assertEqual(snoop("--rejected", data=data)[1].splitlines(), out.splitlines()[:2])
 
 
 class Views(unittest.TestCase):
     def test_quick_lines_have_at_most_100_columns(self):
-        _, out, _ = snoop("-q", "-r", bundled("v4-relay-nak-dhclient-dhcpd-client"))
+        _, out, _ = snoop("-q", data=joined(all_captures()))
         self.assertIn(" vlan 1 DHCPNAK 02:c1:00:00:01:0b ", out)
-        for path in glob.glob(FOLDER + "/*.pcap"):
-            self.assertLessEqual(max(map(len, snoop("-q", "-r", path)[1].splitlines()), default=0), 100, path)
-        self.assertTrue(tail(discover(option(56, "\u6f22".encode() * 80)), "-q").endswith("..."))
+        self.assertEqual([line for line in out.splitlines() if len(line) > 100], [])
+        self.assertTrue(tails([discover(option(56, "\u6f22".encode() * 80))], "-q")[0].endswith("..."))
 
     def test_verbose_has_each_option_with_its_position(self):
         _, out, _ = snoop("-v", "-r", bundled("v6-pd-dhclient-kea"), "--type", "advertise")
@@ -102,16 +100,16 @@ class Views(unittest.TestCase):
         self.assertTrue(info.endswith('\n   285    82 relay-info\n   287      1 circuit-id "p1"\n   291    99\n'), info)
 
     def test_times_and_colours_as_asked_for(self):
-        arguments = ("-r", bundled("v4-nak-dhclient-dhcpd"), "-q")
-        times = lambda form: [line.split()[1] for line in snoop(*arguments, "--time", form)[1].splitlines()]
-        relative, delta = times("relative"), times("delta")
+        arguments = ("-r", bundled("v4-nak-dhclient-dhcpd"), "-q", "--time")
+        plain, coloured = snoop(*arguments, "relative")[1], snoop(*arguments, "delta", "--color", "always")[1]
+        relative, delta = ([line.split()[1] for line in out.splitlines()] for out in (plain, coloured))
         self.assertEqual((relative[:2], len(relative)), (delta[:2], len(delta)))
         self.assertAlmostEqual(sum(map(float, delta)), float(relative[-1]), 4)
-        self.assertIn("\x1b[1;31mDHCPNAK\x1b[0m", snoop(*arguments, "--color", "always")[1])
-        self.assertNotIn("\x1b", snoop(*arguments)[1])
+        self.assertIn("\x1b[1;31mDHCPNAK\x1b[0m", coloured)
+        self.assertNotIn("\x1b", plain)
 
 
-class Filters(unittest.TestCase):
+class Filters(FilesTest):
     def test_select_messages(self):
         name4, name6 = "v4-relay-dhclient-dhcpd-server", "v6-relay-dhclient-kea-server"
         everything = {name: list(messages("-r", bundled(name)).values()) for name in (name4, name6)}
@@ -135,12 +133,11 @@ class Filters(unittest.TestCase):
                              list(messages("-r", bundled(name), *arguments)), arguments)
 
     def test_bound_what_is_printed_and_written(self):
-        with tempfile.TemporaryDirectory() as folder:
-            path = os.path.join(folder, "offers")
-            _, out, err = snoop("-r", bundled("v4-many-options-dhclient-dhcpd"), "--type", "offer", "--count", "1",
-                                "--write", path)
-            self.assertIn("; printed 1\n", err)
-            self.assertEqual(snoop("-r", path)[1].split(" ", 1)[1], out.split(" ", 1)[1])
+        path = self.path("offers")
+        _, out, err = snoop("-r", bundled("v4-many-options-dhclient-dhcpd"), "--type", "offer", "--count", "1",
+                            "--write", path)
+        self.assertIn("; printed 1\n", err)
+        self.assertEqual(snoop("-r", path)[1].split(" ", 1)[1], out.split(" ", 1)[1])
 
 
 class JsonObjects(unittest.TestCase):
@@ -160,9 +157,8 @@ class JsonObjects(unittest.TestCase):
             schema = json.load(file)
         kinds = {kind: jsonschema.Draft202012Validator({**schema, "oneOf": [{"$ref": "#/$defs/" + kind}]})
                  for kind in ("dhcp4", "dhcp6")}
-        for path in glob.glob(FOLDER + "/*.pcap"):
-            for found in messages("-r", path, "--bridging-config").values():
-                kinds["dhcp6" if "isIp6" in found else "dhcp4"].validate(found)
+        for found in messages("--bridging-config", data=joined(all_captures())).values():
+            kinds["dhcp6" if "isIp6" in found else "dhcp4"].validate(found)
 
 
 class Dhcp6(unittest.TestCase):
@@ -185,10 +181,11 @@ class Dhcp6(unittest.TestCase):
                 ("58", 'remote-id enterprise 9 "switch-7:Gi0/1"'),
                 ("72", "IA_TA 0x00000003 IA_PD 0x00000004 2001:db8:f000::/56 preferred 0s valid 0s")):
             self.assertTrue(lines[number].endswith(" " + shown), lines[number])
-        for name, shown in (("dhcpcd-uuid-dhcpd", "client-id UUID 00112233-4455-6677-8899-aabbccddeeff IA_NA 0x000006"),
-                            ("dibbler-kea", "client-id EN 32473 0xaabbccdd IA_NA 0x00000001 T1 infinite T2 infinite"),
-                            ("dhclient-kea", "client-id LLT 02:c1:00:00:06:01 2026-11-21T01:47:38Z IA_NA 0x00000601 ")):
-            self.assertIn(shown, snoop("-r", bundled("v6-" + name))[1].splitlines()[0])
+        shown = {"dhcpcd-uuid-dhcpd": "client-id UUID 00112233-4455-6677-8899-aabbccddeeff IA_NA 0x000006",
+                 "dibbler-kea": "client-id EN 32473 0xaabbccdd IA_NA 0x00000001 T1 infinite T2 infinite",
+                 "dhclient-kea": "client-id LLT 02:c1:00:00:06:01 2026-11-21T01:47:38Z IA_NA 0x00000601 "}
+        _, out, _ = snoop("--type", "solicit", data=joined([bundled("v6-" + name) for name in shown]))
+        self.assertEqual([text for text in shown.values() if text not in out], [])
 
     def test_hostile_messages_are_shown_whole_cut_and_nested(self):
         steer = b"\x1b]0;owned\x07"
@@ -203,21 +200,23 @@ class Dhcp6(unittest.TestCase):
         relayed = dhcp6_frame(hop(solicit))
         frames = [relayed[:n] for n in range(len(relayed) + 1)]
         frames += [dhcp6_frame(m) for m in (solicit, nested, hop(b""), b"\x0c")] + [dhcp6_frame(solicit, 53)]
+        outputs = []
         for more in ((), ("--json", "--keep-state", "--trace", "9")):
             status, out, err = snoop(*more, data=pcap(frames))
+            outputs.append(out.splitlines())
             self.assertEqual(status, 0)
             self.assertTrue((out + err).replace("\n", "").isprintable())
             # Of the truncated frames those with a whole relay header, then three of the last five.
             self.assertIn(f"DHCPv6 {len(relayed) + 1 - 62 - 34 + 3}, ", err)
         last = len(relayed) + 2
-        lines = snoop(data=pcap(frames))[1].splitlines()
+        lines, objects = outputs
         steered = r'"\x1b]0;owned\x07"'
         self.assertTrue(lines[-4].endswith(
             f" client-id EN 0 {steered} server-id 0x0002 IA_NA 0x0000000000 IA_PD 0x00000000 ffff:ffff:ffff:ffff:ffff:"
             f"ffff:ffff:ffff/255 preferred infinite valid infinite 0x{'00' * 24} interface-id {steered} vrf "
             f"\"{'v' * 105}\" remote-id enterprise 0 {steered} [malformed: option 2 has a wrong length at byte 86]"),
             lines[-4])
-        shown = messages(data=pcap(frames))
+        shown = {m["frame"]: m for m in map(json.loads, objects)}
         self.assertEqual((len(shown[last + 1]["relay"]), shown[last + 1]["messageType"]), (33, None))
         self.assertEqual((len(shown[last + 2]["relay"]), shown[last + 2]["xid"]), (1, None))
 
@@ -226,45 +225,35 @@ class HostileBytes(unittest.TestCase):
     def test_never_reach_a_terminal(self):
         title, quote = b"\x1b]0;owned\x07", b'a "b" \\'
         relay = option(1, b"line\nforged") + option(2, b"\xc3\xa9\x9b2J")
-        line = snoop(data=pcap([discover(option(12, title) + option(60, quote) + option(82, relay))]))[1]
-        self.assertTrue(line.endswith(r' circuit-id "line\x0aforged" remote-id "é\x9b2J" '
-                                      r'hostname "\x1b]0;owned\x07" vendor-class "a \"b\" \\"' + "\n"), line)
-        for data, shown in (
-                ("gr\u00fcn \u6f22\U0001f600".encode(), "gr\u00fcn \u6f22\U0001f600"),
-                ("a\u202eb\u2066\u2028\u0085".encode(), r"a\xe2\x80\xaeb\xe2\x81\xa6\xe2\x80\xa8\xc2\x85"),
-                (b"\x7f\xc0\xaf\xed\xa0\x80\xf4\x90\x80\x80\xc3", r"\x7f\xc0\xaf\xed\xa0\x80\xf4\x90\x80\x80\xc3")):
-            self.assertEqual(tail(discover(option(12, data))), f'hostname "{shown}"')
-        self.assertEqual(tail(discover(option(82, option(1, b"\0\4\0\1ab")))), "circuit-id 0x000400016162")
+        rows = (
+                (option(12, title) + option(60, quote) + option(82, relay),
+                 r'circuit-id "line\x0aforged" remote-id "é\x9b2J" hostname "\x1b]0;owned\x07" vendor-class "a \"b\" \\"'),
+                (option(12, "gr\u00fcn \u6f22\U0001f600".encode()), 'hostname "gr\u00fcn \u6f22\U0001f600"'),
+                (option(12, "a\u202eb\u2066\u2028\u0085".encode()),
+                 r'hostname "a\xe2\x80\xaeb\xe2\x81\xa6\xe2\x80\xa8\xc2\x85"'),
+                (option(12, b"\x7f\xc0\xaf\xed\xa0\x80\xf4\x90\x80\x80\xc3"),
+                 r'hostname "\x7f\xc0\xaf\xed\xa0\x80\xf4\x90\x80\x80\xc3"'),
+                (option(82, option(1, b"\0\4\0\1ab")), "circuit-id 0x000400016162"))
+        self.assertEqual(tails([discover(options) for options, _ in rows]), [shown for _, shown in rows])
         for arguments in (("-r", "no\x1b[2Jfile"), ("-r", "x", "--interface", "\x1b[2J"), ("-r", "x", "--\x1b[2J")):
             err = snoop(*arguments)[2]
             self.assertTrue("\\x1b[2J" in err and err.replace("\n", "").isprintable(), err)
 
-    def test_in_timestamps_do_no_harm(self):
+
+class Files(FilesTest):
+    def test_may_have_any_times(self):
         frame = discover(b"")
-        for data, shown in ((pcapng([frame], 1700000000000005), "1 2023-11-14T22:13:20.000005Z vlan"),
-                            (pcapng([frame], 1700000000000000005, 9), "1 2023-11-14T22:13:20.000000005Z vlan"),
-                            (pcapng([frame], 2**63 - 1, 0), "1 2262-04-10T23:47:16.000000Z vlan"),
-                            (pcap([frame])[:28] + b"\xff" * 4 + pcap([frame])[32:], "1 2023-11-14T22:13:19.999999Z")):
-            status, out, _ = snoop(data=data)
-            self.assertEqual((status, out[:len(shown)]), (0, shown))
-
-
-class Files(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name, data):
-        path = os.path.join(self.folder, name)
-        with open(path, "wb") as file:
-            file.write(data)
-        return path
+        files = (pcapng([frame], 1700000000000005), pcapng([frame], 1700000000000000005, 9),
+                 pcapng([frame], 2**63 - 1, 0), pcap([frame])[:28] + b"\xff" * 4 + pcap([frame])[32:])
+        status, out, _ = snoop("-r", *(self.path(str(at), data) for at, data in enumerate(files)))
+        self.assertEqual((status, [line.split()[1] for line in out.splitlines()]),
+                         (0, ["2023-11-14T22:13:19.999999Z", "2023-11-14T22:13:20.000000005Z",
+                              "2023-11-14T22:13:20.000005Z", "2262-04-10T23:47:16.000000Z"]))
 
     def test_that_cannot_be_read_give_status_2(self):
         whole = content("v4-dhclient-dhcpd")
         wifi = whole[:20] + bytes([105, 0, 0, 0]) + whole[24:]
-        for path, why in ((os.path.join(self.folder, "none"), "No such file or directory"),
+        for path, why in ((self.path("none"), "No such file or directory"),
                           (self.path("a", b""), "truncated dump file"),
                           (self.path("c", b"garbage" * 99), "unknown file format"),
                           (self.path("d", wifi), "link type 802.11 is not supported")):
