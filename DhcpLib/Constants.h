@@ -46,6 +46,7 @@ public:
     constexpr ConstantSet() = default;
     /// There is nothing to decode; the text is ignored.
     explicit ConstantSet(const Kcore::CharRange&) {}
+    /// Always true: the set has no state.
     constexpr bool isEq(const Self&) const { return true; }
     friend constexpr bool operator==(const Self&, const Self&) { return true; }
     /// The hash of the constants.
@@ -57,19 +58,21 @@ class Constants : public ConstantSet<Constants> {
 public:
     using ConstantSet::ConstantSet;
 
-    static constexpr U16 dhcpServerPort = 67;
-    static constexpr U16 dhcpClientPort = 68;
+    static constexpr U16 dhcpServerPort = 67;  ///< UDP port of DHCPv4 servers and relay agents (RFC 2131, section 4.1)
+    static constexpr U16 dhcpClientPort = 68;  ///< UDP port of DHCPv4 clients
     /// One below the largest value of the one-byte `hops` field, so that a relay can still increment it.
     static constexpr U8 dhcpHopCountLimit = 254;
+    /// UDP port of DHCPv6 servers and relay agents (RFC 8415, section 7.2).
     static constexpr U16 dhcp6ServerPort = 547;
-    static constexpr U16 dhcp6ClientPort = 546;
+    static constexpr U16 dhcp6ClientPort = 546;  ///< UDP port of DHCPv6 clients
+    /// The largest hop count that a relay agent forwards (RFC 8415, section 7.6).
     static constexpr U8 dhcp6HopCountLimit = 32;
     /// The wire bytes 63 82 53 63 (RFC 2131, section 3) loaded in the host's byte order, without conversion: 1666417251
     /// on a little-endian host. Compare with Wire::ByteView::loadRaw().
     static constexpr U32 dhcpMagicCookie = std::bit_cast<U32>(std::array<U8, 4>{0x63, 0x82, 0x53, 0x63});
     /// Size of the fixed header, up to and including `file`. The magic cookie follows (RFC 2131, section 2).
     static constexpr U32 bootpHdrSize = 236;
-    static constexpr U16 hardwareTypeEthernet = 1;
+    static constexpr U16 hardwareTypeEthernet = 1;  ///< the `htype` of Ethernet (RFC 1700)
     /// The system's own IANA Private Enterprise Number. It marks the own block in the vendor-specific sub-option.
     static constexpr U32 quorvaEntNum = enterpriseNumber;
 

@@ -39,6 +39,7 @@ public:
 
     /// Size of the message, and number of bytes that can still be added, option headers (4 bytes each) included.
     U32 bytes() const { return pkt_->bytes(); }
+    /// Number of bytes that can still be added, option headers (4 bytes each) included.
     U32 bytesLeft() const { return maxBytes_ - pkt_->bytes(); }
     /// The message, from the packet's first byte on. Shared with the builder: it changes with later additions.
     const PktPtr& pkt() const { return pkt_; }

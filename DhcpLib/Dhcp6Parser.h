@@ -17,6 +17,7 @@ public:
     /// `bridgingConfig` may be null for frames without a receiving interface.
     explicit Dhcp6PacketParser(const Kcore::Ptr<const Bridging::Config>& bridgingConfig)
         : bridgingConfig_(bridgingConfig) {}
+    /// For frames without a receiving interface.
     explicit Dhcp6PacketParser(std::nullptr_t) : Dhcp6PacketParser(Kcore::Ptr<const Bridging::Config>()) {}
     /// Fails an assertion: a parser has no text form.
     explicit Dhcp6PacketParser(const Kcore::CharRange& text);
@@ -33,51 +34,87 @@ public:
     /// attribute: equality, hash and attribute table ignore it.
     FrameRejection rejection() const { return rejection_; }
 
+    /// The VLAN settings given to the constructor.
     const Kcore::Ptr<const Bridging::Config>& bridgingConfig() const { return bridgingConfig_; }
+    /// The EtherType of the payload; in a tagged frame the one behind the tag.
     U16 etherType() const { return ether_.etherType; }
+    /// Source MAC address of the frame.
     const Kitnet::EthAddr& srcMac() const { return ether_.srcMac; }
+    /// Destination MAC address of the frame.
     const Kitnet::EthAddr& dstMac() const { return ether_.dstMac; }
+    /// Whether the frame has a VLAN tag, in the frame or out of band.
     bool tagged() const { return ether_.tagged; }
+    /// The VLAN of the tag, else the native VLAN of the receiving interface; 0 without either.
     Bridging::VlanId vlanId() const { return ether_.vlanId; }
+    /// Size of the Ethernet header in bytes: 14, or 18 with a tag in the frame.
     U32 etherHdrLen() const { return ether_.etherHdrLen; }
+    /// Whether the payload is IPv6.
     bool isIp6() const { return isIp6_; }
+    /// The next header field of the IPv6 header; 17 is UDP.
     Kitnet::IpProtocolNumber ipProtocol() const { return ipProtocol_; }
+    /// Source address of the IPv6 header.
     const Kitnet::Ip6Addr& srcIp6() const { return srcIp6_; }
+    /// Destination address of the IPv6 header.
     const Kitnet::Ip6Addr& dstIp6() const { return dstIp6_; }
+    /// Size of the IPv6 header in bytes: 40.
     U32 ip6HdrLen() const { return ip6HdrLen_; }
+    /// Whether the next header is UDP.
     bool isUdp() const { return isUdp_; }
+    /// Source port of the UDP header.
     Kitnet::UdpPort udpSrcPort() const { return udp_.src; }
+    /// Destination port of the UDP header.
     Kitnet::UdpPort udpDstPort() const { return udp_.dst; }
     /// The UDP header's length field.
     U32 udpLen() const { return udpLen_; }
+    /// Whether it is a DHCPv6 message with a whole header, of any type.
     bool isDhcp6() const { return isDhcp6_; }
+    /// The message type.
     Dhcp6MsgType dhcp6MsgType() const { return dhcp6MsgType_; }
+    /// The transaction id.
     const Dhcp6Xid& dhcp6Xid() const { return dhcp6Xid_; }
+    /// Whether the type is one of most that clients send (docs/compatibility.md#client-message-set).
     bool dhcp6ClientMsg() const { return dhcp6ClientMsg_; }
     /// Position of the first option in the packet.
     U16 dhcp6OptionsOffset() const { return dhcp6OptionsOffset_; }
+    /// Whether the message has a remote-id (option 37) that was read.
     bool rIdOption() const { return rId_.option.present; }
     /// Position of the option in the packet.
     U32 rIdOptOffset() const { return rId_.option.offset; }
+    /// The length field of the remote-id: number of data bytes.
     U16 rIdOptLen() const { return rId_.option.len; }
+    /// IANA enterprise number of the remote-id.
     U32 rIdEntno() const { return rId_.entno; }
+    /// DUID type of the remote-id.
     U16 rIdDuidType() const { return rId_.duidType; }
+    /// Hardware type of the remote-id's DUID; 1 is Ethernet.
     U16 rIdDuidHwType() const { return rId_.duidHwType; }
+    /// MAC address of the remote-id's DUID.
     const Kitnet::EthAddr& rIdDuidllAddr() const { return rId_.duidllAddr; }
+    /// Number of the layer 3 interface in the remote-id.
     U64 rIdL3IntfId() const { return rId_.l3IntfId; }
+    /// Interface name in the remote-id's text; valid if `l2PortInfoValid`.
     const Kitnet::IntfId& rIdL2IntfId() const { return rId_.l2IntfId; }
+    /// VLAN in the remote-id's text; valid if `l2PortInfoValid`.
     Bridging::VlanId rIdVlanId() const { return rId_.vlanId; }
     /// Whether the interface and VLAN in the remote-id's text could be decoded.
     bool l2PortInfoValid() const { return rId_.l2PortInfoValid(); }
+    /// Whether the message has a client identifier (option 1).
     bool cIdOption() const { return cId_.option.present; }
     /// Position of the option in the packet.
     U32 cIdOptOffset() const { return cId_.option.offset; }
+    /// The length field of the client identifier: number of data bytes.
     U16 cIdOptLen() const { return cId_.option.len; }
+    /// DUID type of the client identifier: 1 to 4 (RFC 8415, section 11; RFC 6355).
     U16 cIdDuidType() const { return cId_.duidType; }
+    /// Hardware type of a DUID-LL or DUID-LLT; 1 is Ethernet.
     U16 cIdDuidHwType() const { return cId_.duidHwType; }
+    /// MAC address of a DUID-LL or DUID-LLT.
     const Kitnet::EthAddr& cIdDuidllAddr() const { return cId_.duidllAddr; }
+    /// The 16 bytes of a DUID-UUID.
     const Kcore::String& cIdDuidUuid() const { return cId_.duidUuid; }
+    /// IANA enterprise number of a DUID-EN.
     U32 cIdDuidEntno() const { return cId_.duidEntno; }
+    /// Identifier of a DUID-EN.
     const Kcore::String& cIdDuidEntId() const { return cId_.duidEntId; }
 
     /// Whether any attribute differs from those of a fresh parser with a null configuration.

@@ -18,10 +18,11 @@ namespace DhcpLib {
 /// failed parts of a parse at 1.
 class DHCPLIB_EXPORT PacketParser {
 public:
-    using HN_AssociatedIps = Kcore::FlatSet<Kitnet::IpAddr>;
+    using HN_AssociatedIps = Kcore::FlatSet<Kitnet::IpAddr>;  ///< a set of addresses that keeps the order of insertion
 
     /// `bridgingConfig` may be null for frames without a receiving interface.
     explicit PacketParser(const Kcore::Ptr<const Bridging::Config>& bridgingConfig) : bridgingConfig_(bridgingConfig) {}
+    /// For frames without a receiving interface.
     explicit PacketParser(std::nullptr_t) : PacketParser(Kcore::Ptr<const Bridging::Config>()) {}
     /// Fails an assertion: a parser has no text form.
     explicit PacketParser(const Kcore::CharRange& text);
@@ -37,7 +38,9 @@ public:
     /// The header stages, for agents that run one alone. Each reads at `offset`, advances it and sets `rejection`. A
     /// stage whose header does not fit into the frame changes no other attribute.
     bool doParseEthHdr(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool resetOffset);
+    /// The fixed IPv4 header (RFC 791); its options are skipped.
     bool doParseIpHdr(const PktPtr& pkt);
+    /// The UDP header (RFC 768).
     bool doParseUdpHdr(const PktPtr& pkt);
     /// Why the last call of one of these functions refused the frame: `none` if it returned true, `reservedVlan` if it
     /// threw. It is not an attribute: equality, hash and attribute table ignore it.
@@ -45,47 +48,88 @@ public:
     /// Adds `n` to `offset`, modulo 65536, and returns the sum.
     U16 offsetInc(U16 n) { return offset_ = static_cast<U16>(offset_ + n); }
 
+    /// The VLAN settings given to the constructor.
     const Kcore::Ptr<const Bridging::Config>& bridgingConfig() const { return bridgingConfig_; }
+    /// The EtherType of the payload; in a tagged frame the one behind the tag.
     U16 etherType() const { return ether_.etherType; }
+    /// Source MAC address of the frame.
     const Kitnet::EthAddr& srcMac() const { return ether_.srcMac; }
+    /// Destination MAC address of the frame.
     const Kitnet::EthAddr& dstMac() const { return ether_.dstMac; }
+    /// Whether the frame has a VLAN tag, in the frame or out of band.
     bool tagged() const { return ether_.tagged; }
+    /// The VLAN of the tag, else the native VLAN of the receiving interface; 0 without either.
     Bridging::VlanId vlanId() const { return ether_.vlanId; }
+    /// Size of the Ethernet header in bytes: 14, or 18 with a tag in the frame.
     U32 etherHdrLen() const { return ether_.etherHdrLen; }
+    /// Whether the payload is IPv4.
     bool isIp() const { return isIp_; }
+    /// The protocol of the IPv4 header; 17 is UDP.
     Kitnet::IpProtocolNumber ipProtocol() const { return ipProtocol_; }
+    /// Source address of the IPv4 header.
     Kitnet::IpAddr srcIp() const { return srcIp_; }
+    /// Destination address of the IPv4 header.
     Kitnet::IpAddr dstIp() const { return dstIp_; }
+    /// Size of the IPv4 header with its options, in bytes.
     U32 ipHdrLen() const { return ipHdrLen_; }
+    /// Whether the protocol is UDP.
     bool isUdp() const { return isUdp_; }
+    /// Source port of the UDP header.
     Kitnet::UdpPort udpSrcPort() const { return udp_.src; }
+    /// Destination port of the UDP header.
     Kitnet::UdpPort udpDstPort() const { return udp_.dst; }
+    /// Size of the UDP header in bytes: 8.
     U32 udpHdrLen() const { return udpHdrLen_; }
+    /// Whether the message has a magic cookie; false for plain BOOTP.
     bool isDhcp() const { return isDhcp_; }
+    /// Request or reply; `bootpOpUnknown` for any `op` byte but 1 and 2.
     BootpOpType dhcpOpType() const { return dhcpOpType_; }
+    /// Name of the message type, such as "DHCPDISCOVER"; "BOOTP" for plain BOOTP; empty without a valid option 53.
     const Kcore::String& dhcpMsgType() const { return dhcpMsgType_; }
+    /// Number of the message type, 1 to 13 (RFC 2132, section 9.6; RFC 3203; RFC 4388); see `dhcpMsgType`.
     U8 dhcpMsgTypeOpt() const { return dhcpMsgTypeOpt_; }
+    /// Transaction id.
     Kitnet::NetU32 xid() const { return xid_; }
+    /// MAC address of the client.
     const Kitnet::EthAddr& chaddr() const { return chaddr_; }
+    /// Address of a client that has one already.
     Kitnet::IpAddr ciaddr() const { return ciaddr_; }
+    /// Address that the server gives to the client.
     Kitnet::IpAddr yiaddr() const { return yiaddr_; }
+    /// Address of the first relay agent, else 0.0.0.0.
     Kitnet::IpAddr giaddr() const { return giaddr_; }
+    /// Circuit-id of option 82, as raw bytes from the network: quote it before printing.
     const Kcore::String& circuitId() const { return circuitId_; }
+    /// Remote-id of option 82, as raw bytes from the network.
     const Kcore::String& remoteId() const { return remoteId_; }
+    /// Server identifier (option 54), or the override in option 82 (RFC 5107); valid if `serverIdExist`.
     Kitnet::IpAddr serverId() const { return serverId_; }
+    /// Whether the message has either of them.
     bool serverIdExist() const { return serverIdExist_; }
+    /// Lease time (option 51) in seconds; valid if `leaseTimeExist`.
     Kcore::Duration leaseTime() const { return leaseTime_; }
+    /// Whether the message has an option 51.
     bool leaseTimeExist() const { return leaseTimeExist_; }
+    /// Client last transaction time (option 91, RFC 4388) in seconds; valid if `lastTransactionTimeExist`.
     Kcore::Duration lastTransactionTime() const { return lastTransactionTime_; }
+    /// Whether the message has an option 91.
     bool lastTransactionTimeExist() const { return lastTransactionTimeExist_; }
+    /// Addresses of the client (option 92, RFC 4388). A parse adds to them and never removes one.
     const HN_AssociatedIps& associatedIps() const { return associatedIps_; }
     void associatedIpsIs(Kitnet::IpAddr ip) { associatedIps_.insert(ip); }
+    /// Removes an address.
     void associatedIpsDel(Kitnet::IpAddr ip) { associatedIps_.erase(ip); }
+    /// Removes all addresses.
     void associatedIpsDelAll() { associatedIps_.clear(); }
+    /// Whether `ip` is one of the addresses.
     bool associatedIpsHas(Kitnet::IpAddr ip) const { return associatedIps_.contains(ip); }
+    /// Host name (option 12), as raw bytes from the network.
     const Kcore::String& hostname() const { return hostname_; }
+    /// Parameter request list (option 55) as decimal numbers separated by commas.
     const Kcore::String& paramReqList() const { return paramReqList_; }
+    /// Vendor class identifier (option 60), as raw bytes from the network.
     const Kcore::String& vendorClassId() const { return vendorClassId_; }
+    /// Position behind the headers that were read: after doParse() that of the BOOTP header.
     U16 offset() const { return offset_; }
 
     /// Whether any attribute differs from those of a fresh parser with a null configuration.

@@ -19,9 +19,11 @@ namespace DhcpLib {
 class DHCPLIB_EXPORT PamManager final : public Kcore::Node, public KitSlab::SlabObject {
 public:
     using Ptr = Kcore::Ptr<PamManager>;
+    /// Pointer to the directory of all interfaces.
     using AllIntfStatusDirPtr = Kcore::Ptr<const Interface::AllIntfStatusDir>;
+    /// Pointer to the names that this machine gives to devices.
     using AllIntfStatusLocalDirPtr = Kcore::Ptr<const Interface::AllIntfStatusLocalDir>;
-    using KniStatusPtr = Kcore::Ptr<const KernelNetInfo::Status>;
+    using KniStatusPtr = Kcore::Ptr<const KernelNetInfo::Status>;  ///< pointer to the kernel's devices
     static inline KitSlab::AllocationTracker memAllocationTracker_;
 
     /// Calls handleInitialized(), so the manager is ready for use. Requires: no pointer is null.
@@ -33,9 +35,13 @@ public:
     /// Creates and connects the platform's objects and enables packet access. Later calls do nothing.
     void handleInitialized();
 
+    /// The name given to the constructor, which selects the protocol.
     const Kcore::String& name() const { return name_; }
+    /// The directory of all interfaces given to the constructor.
     const AllIntfStatusDirPtr& allIntfStatusDir() const { return allIntfStatusDir_; }
+    /// The names given to the constructor.
     const AllIntfStatusLocalDirPtr& allIntfStatusLocalDir() const { return allIntfStatusLocalDir_; }
+    /// The kernel's devices given to the constructor.
     const KniStatusPtr& kniStatus() const { return kniStatus_; }
     bool initialized() const { return initialized_; }
 
@@ -44,17 +50,21 @@ public:
     const Interface::DeviceIntfStatusDir::Ptr& deviceIntfStatusDir() const { return deviceIntfStatusDir_; }
     Interface::DeviceIntfStatusDir::Ptr deviceIntfStatusDirIs(const Kcore::String& name);
     void deviceIntfStatusDirDel() { deviceIntfStatusDir_ = nullptr; }
+    /// The interfaces whose frames the agent wants; empty at first.
     const Interface::PamDesiredIntfDir::Ptr& pamDesiredIntfDir() const { return pamDesiredIntfDir_; }
     Interface::PamDesiredIntfDir::Ptr pamDesiredIntfDirIs(const Kcore::String& name);
     void pamDesiredIntfDirDel() { pamDesiredIntfDir_ = nullptr; }
+    /// Packet access of those interfaces, which the agent polls and reads.
     const Interface::EthDevPamCollection::Ptr& ethDevPamCollection() const { return ethDevPamCollection_; }
     Interface::EthDevPamCollection::Ptr ethDevPamCollectionIs(const Kcore::String& name);
     void ethDevPamCollectionDel() { ethDevPamCollection_ = nullptr; }
+    /// Keeps `deviceIntfStatusDir` up to date.
     const Interface::LagLocalDeviceIntfStatusManager::Ptr& intfStatusManager() const { return intfStatusManager_; }
     Interface::LagLocalDeviceIntfStatusManager::Ptr intfStatusManagerIs(
         const AllIntfStatusDirPtr& allIntfStatusDir, const AllIntfStatusLocalDirPtr& allIntfStatusLocalDir,
         const Interface::DeviceIntfStatusDir::Ptr& deviceIntfStatusDir, const KniStatusPtr& kniStatus);
     void intfStatusManagerDel() { intfStatusManager_ = nullptr; }
+    /// Keeps `ethDevPamCollection` up to date.
     const Interface::EthDevPamManager::Ptr& ethDevPamManager() const { return ethDevPamManager_; }
     Interface::EthDevPamManager::Ptr ethDevPamManagerIs(const Interface::PamDesiredIntfDir::Ptr& pamDesiredIntfDir,
                                                         const Interface::EthDevPamCollection::Ptr& ethDevPamCollection,

@@ -9,21 +9,22 @@ namespace DhcpLib {
 
 /// Fields that both snooping parsers read from an Ethernet header.
 struct EthernetFields {
-    U16 etherType = 0;  ///< of the payload; in a tagged frame the one behind the tag
-    Kitnet::EthAddr srcMac;
-    Kitnet::EthAddr dstMac;
-    bool tagged = false;
-    Bridging::VlanId vlanId;
-    U32 etherHdrLen = 0;  ///< 14, or 18 if the tag is in the frame
+    U16 etherType = 0;        ///< of the payload; in a tagged frame the one behind the tag
+    Kitnet::EthAddr srcMac;   ///< source
+    Kitnet::EthAddr dstMac;   ///< destination
+    bool tagged = false;      ///< with a VLAN tag, in the frame or out of band
+    Bridging::VlanId vlanId;  ///< of the tag, else the native VLAN of the receiving interface
+    U32 etherHdrLen = 0;      ///< 14, or 18 if the tag is in the frame
 };
 
 /// The UDP ports of a frame.
 struct UdpPorts {
-    Kitnet::UdpPort src;
-    Kitnet::UdpPort dst;
+    Kitnet::UdpPort src;  ///< source
+    Kitnet::UdpPort dst;  ///< destination
 };
 
-inline constexpr U8 udpProtocol = 17;  // RFC 768
-inline constexpr U32 udpHeaderBytes = 8;
+/// IP protocol number of UDP (RFC 768).
+inline constexpr U8 udpProtocol = 17;     // RFC 768
+inline constexpr U32 udpHeaderBytes = 8;  ///< size of a UDP header
 
 }  // namespace DhcpLib

@@ -11,15 +11,15 @@ enum class FrameRejection : U8 {
     shortEthernetHeader,  ///< less than 14 bytes, or 18 with a tag in the frame
     reservedVlan,         ///< a tag with VLAN 4095; the parse threw Kcore::RangeException
     notIp,                ///< the EtherType is not IPv4 (PacketParser) or IPv6 (Dhcp6PacketParser)
-    shortIpHeader,
-    notUdp,  ///< another IP protocol, or an IPv6 extension header
-    shortUdpHeader,
-    notDhcpPort,         ///< the destination port is neither of the protocol's two
-    shortMessageHeader,  ///< less than 34 bytes of BOOTP header, or 4 of DHCPv6 header
-    noOptionSpace,       ///< DHCPv4: the packet ends at or in front of the magic cookie
-    noEndOption,         ///< DHCPv4: a walk over the options does not reach an end option
-    relayMessage,        ///< DHCPv6: a relay-forward or relay-reply, which Dhcp6PacketParser does not unwrap
-    unknownMessageType,  ///< DHCPv6: message type 0 or above 13
+    shortIpHeader,        ///< less bytes than the IP header needs
+    notUdp,               ///< another IP protocol, or an IPv6 extension header
+    shortUdpHeader,       ///< less than 8 bytes of UDP header
+    notDhcpPort,          ///< the destination port is neither of the protocol's two
+    shortMessageHeader,   ///< less than 34 bytes of BOOTP header, or 4 of DHCPv6 header
+    noOptionSpace,        ///< DHCPv4: the packet ends at or in front of the magic cookie
+    noEndOption,          ///< DHCPv4: a walk over the options does not reach an end option
+    relayMessage,         ///< DHCPv6: a relay-forward or relay-reply, which Dhcp6PacketParser does not unwrap
+    unknownMessageType,   ///< DHCPv6: message type 0 or above 13
 };
 
 }  // namespace DhcpLib

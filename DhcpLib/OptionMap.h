@@ -13,9 +13,10 @@ template <class Item, class Given = Item>
 class OptionMap : public Kcore::Node, public KitSlab::SlabObject {
 public:
     using Type = typename Item::Type;
-    using Child = Kcore::Ptr<Item>;
-    using Map = Kcore::FlatMap<Type, Child>;
+    using Child = Kcore::Ptr<Item>;           ///< pointer to a view
+    using Map = Kcore::FlatMap<Type, Child>;  ///< the views by code
 
+    /// All views, in the order of the packet until entries are removed.
     const Map& option() const { return option_; }
     /// The view stored under `type`, or null.
     Child option(Type type) const {

@@ -21,6 +21,7 @@ constexpr U16 packetPosition(U32 pos) { return static_cast<U16>(pos); }
 class DHCPLIB_EXPORT PacketView : public Kcore::Node, public KitSlab::SlabObject {
 public:
     ~PacketView() override;
+    /// The packet; may be null.
     const PktPtr& pkt() const { return pkt_; }
 
 protected:

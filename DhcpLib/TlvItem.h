@@ -15,8 +15,8 @@ template <class Traits>
 class TlvItem : public PacketView {
 public:
     using Type = typename Traits::Type;
-    using Shape = typename Traits::Shape;
-    using Width = typename Shape::Width;
+    using Shape = typename Traits::Shape;  ///< the layout, a TlvShape
+    using Width = typename Shape::Width;   ///< type of code and length
 
     TlvItem(const PktPtr& pkt, U16 offset) : PacketView(pkt), offset_(offset) { handleInitialized(); }
 
@@ -30,8 +30,11 @@ public:
         initialized_ = true;
     }
 
+    /// Position of the code in the packet.
     U16 offset() const { return offset_; }
+    /// The code.
     Width opt() const { return opt_; }
+    /// The length field: number of data bytes.
     Width len() const { return len_; }
     /// The first data byte inside the packet; null for a pad, and if the data would start past the packet's end.
     const U8* data() const {

@@ -11,9 +11,9 @@ enum class Pads : U8 { none, single, runs };
 /// Layout of an item: a code and a length of type `W`, then the data.
 template <std::unsigned_integral W, Pads P>
 struct TlvShape {
-    using Width = W;
-    static constexpr Pads pads = P;
-    static constexpr U32 headerBytes = 2 * sizeof(W);
+    using Width = W;                                   ///< type of code and length
+    static constexpr Pads pads = P;                    ///< meaning of a zero code
+    static constexpr U32 headerBytes = 2 * sizeof(W);  ///< size of code and length
 };
 using OptionShape = TlvShape<U8, Pads::runs>;        ///< a DHCPv4 option (RFC 2132, section 2)
 using SubOptionShape = TlvShape<U8, Pads::none>;     ///< a sub-option of option 82, or a data item of a vendor block
@@ -23,13 +23,14 @@ using Option6Shape = TlvShape<U16, Pads::none>;      ///< a DHCPv6 option (RFC 8
 /// The item at the current position of a walk.
 template <class Shape>
 struct TlvHead {
-    using Width = typename Shape::Width;
-    Width code;  ///< 0 for pads
-    Width len;   ///< 0 for pads, and if the length is past the packet's end
-    bool pad;
-    U32 at;         ///< position of the code; for a run of pads, of the last one
-    U32 wireBytes;  ///< size of the item, header included; for a run of pads, of all of them
+    using Width = typename Shape::Width;  ///< type of code and length
+    Width code;                           ///< 0 for pads
+    Width len;                            ///< 0 for pads, and if the length is past the packet's end
+    bool pad;                             ///< whether the code is zero and means padding
+    U32 at;                               ///< position of the code; for a run of pads, of the last one
+    U32 wireBytes;                        ///< size of the item, header included; for a run of pads, of all of them
 
+    /// Position of the first data byte.
     U32 dataAt() const { return at + Shape::headerBytes; }
 };
 

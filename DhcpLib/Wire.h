@@ -23,6 +23,7 @@ using Kcore::U8;
 /// past the end reads as 0. A write that does not fit throws and changes nothing.
 namespace Wire {
 
+/// Message of the exception that throwNoRoom() throws.
 inline constexpr char noRoomText[] = "length value exceeds pkt-length.";
 
 /// A type whose memory image is its wire image, such as an address.
@@ -45,24 +46,30 @@ inline constexpr U32 unbounded = 0xffffffff;
 class ByteView {
 public:
     constexpr ByteView() = default;
+    /// `size` bytes at `data`, which may be null if `size` is 0.
     constexpr ByteView(const U8* data, U32 size) : data_(data), size_(size) {}
+    /// The bytes of `pkt`. Valid until the packet's size changes.
     explicit ByteView(const Kitnet::Pkt& pkt) : ByteView(pkt.data(), pkt.bytes()) {}
     /// Empty for a null packet.
     explicit ByteView(const Kitnet::Pkt* pkt) : ByteView(pkt != nullptr ? ByteView(*pkt) : ByteView()) {}
 
+    /// The first byte.
     const U8* data() const { return data_; }
+    /// Number of bytes.
     U32 size() const { return size_; }
     /// Whether `n` bytes exist at `pos`.
     bool has(U32 pos, U32 n) const { return pos <= size_ && n <= size_ - pos; }
     /// Number of bytes from `pos` to the end.
     U32 from(U32 pos) const { return pos < size_ ? size_ - pos : 0; }
 
+    /// The big-endian integer at `pos`; bytes past the end read as 0.
     template <std::unsigned_integral T>
     T load(U32 pos) const {
         if (!has(pos, sizeof(T))) [[unlikely]]
             return loadCut<T>(pos);
         return Kitnet::loadBigEndian<T>(data_ + pos);
     }
+    /// The value at `pos`; bytes past the end read as 0.
     template <WireImage T>
     T load(U32 pos) const {
         if (has(pos, sizeof(T))) [[likely]]
@@ -104,6 +111,7 @@ inline U32 ByteView::zeroRun(U32 pos, U32 most) const {
     return n;
 }
 
+/// The value at `pos` of the packet; bytes past the end read as 0.
 template <class T>
 T load(const Kitnet::Pkt& pkt, U32 pos) {
     return ByteView(pkt).load<T>(pos);
@@ -124,14 +132,17 @@ void store(Kitnet::Pkt& pkt, U32 pos, std::span<const U8, Extent> bytes) {
     requireRoom(pkt, pos, static_cast<U32>(bytes.size()));
     Kcore::copyBytes(pkt.data() + pos, bytes.data(), bytes.size());
 }
+/// Writes `bytes` at `pos`.
 inline void store(Kitnet::Pkt& pkt, U32 pos, std::string_view bytes) {
     store(pkt, pos, std::span(reinterpret_cast<const U8*>(bytes.data()), bytes.size()));
 }
+/// Writes a big-endian integer at `pos`.
 template <std::unsigned_integral T>
 void store(Kitnet::Pkt& pkt, U32 pos, T value) {
     requireRoom(pkt, pos, sizeof(T));
     Kitnet::storeBigEndian(pkt.data() + pos, value);
 }
+/// Writes the wire bytes of `value` at `pos`.
 template <WireImage T>
 void store(Kitnet::Pkt& pkt, U32 pos, const T& value) {
     store(pkt, pos, std::span<const U8>(value.bytes(), sizeof(T)));

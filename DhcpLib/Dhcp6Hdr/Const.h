@@ -95,15 +95,15 @@ public:
     static constexpr U8 rIdSubOptIntfVlan = 1;    ///< the sub-option with the interface and VLAN text
 
     // DUID types (RFC 8415, section 11.1; RFC 6355)
-    static constexpr U16 duidType_llt = 1;
-    static constexpr U16 duidType_en = 2;
-    static constexpr U16 duidType_ll = 3;
-    static constexpr U16 duidType_uuid = 4;
+    static constexpr U16 duidType_llt = 1;   ///< a DUID-LLT: link-layer address and time
+    static constexpr U16 duidType_en = 2;    ///< a DUID-EN: number of an enterprise
+    static constexpr U16 duidType_ll = 3;    ///< a DUID-LL: link-layer address
+    static constexpr U16 duidType_uuid = 4;  ///< a DUID-UUID
 
     // Vendor-specific information (RFC 8415, section 21.17)
     static constexpr U8 ccapcore_size = 16;                ///< one CCAP core address
     static constexpr U32 entno = Constants::quorvaEntNum;  ///< the system's own
-    static constexpr U32 cableLabs_entno = 4491;
+    static constexpr U32 cableLabs_entno = 4491;           ///< the number of CableLabs
 
     static constexpr auto declaration() {
         using Kcore::constant;

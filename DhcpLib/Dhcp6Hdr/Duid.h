@@ -13,23 +13,27 @@ namespace DhcpLib {
 ///      uuid (4)  2  UUID (16)
 /// Fields that the type does not have are zero or empty. The texts point into the packet.
 struct DuidFields {
-    U16 duidType = 0;
-    U16 hardwareType = 0;
-    U32 duidTime = 0;
-    Kitnet::EthAddr llAddr;
-    std::string_view uuid;
-    U32 entno = 0;
-    std::string_view entId;
+    U16 duidType = 0;        ///< 1 to 4 for the types above; other values are not interpreted
+    U16 hardwareType = 0;    ///< 1 is Ethernet
+    U32 duidTime = 0;        ///< seconds since 2000-01-01 00:00 UTC, modulo 2^32
+    Kitnet::EthAddr llAddr;  ///< MAC address
+    std::string_view uuid;   ///< 16 bytes, less if the packet ends first
+    U32 entno = 0;           ///< IANA enterprise number
+    std::string_view entId;  ///< identifier that the enterprise has assigned
 
-    static constexpr U8 uuidAt = Dhcp6Const::duidType_size;
-    static constexpr U8 entnoAt = Dhcp6Const::duidType_size;
-    static constexpr U8 entIdAt = Dhcp6Const::baseDuiden_size;
-    static constexpr U8 hardwareTypeAt = Dhcp6Const::duidType_size;
+    static constexpr U8 uuidAt = Dhcp6Const::duidType_size;          ///< offset of `uuid` in the DUID
+    static constexpr U8 entnoAt = Dhcp6Const::duidType_size;         ///< offset of `entno` in the DUID
+    static constexpr U8 entIdAt = Dhcp6Const::baseDuiden_size;       ///< offset of `entId` in the DUID
+    static constexpr U8 hardwareTypeAt = Dhcp6Const::duidType_size;  ///< offset of `hardwareType` in the DUID
+    /// Offset of `duidTime` in the DUID.
     static constexpr U8 duidTimeAt = hardwareTypeAt + Dhcp6Const::hardwareType_size;
-    static constexpr U8 lltAddrAt = duidTimeAt + Dhcp6Const::duidTime_size;
-    static constexpr U8 llAddrAt = duidTimeAt;
+    static constexpr U8 lltAddrAt =
+        duidTimeAt + Dhcp6Const::duidTime_size;  ///< offset of the MAC address in a DUID-LLT
+    static constexpr U8 llAddrAt = duidTimeAt;   ///< offset of the MAC address in a DUID-LL
 
+    /// Whether a DUID of this type has a time.
     static bool hasTime(U16 type) { return type == Dhcp6Const::duidType_llt; }
+    /// Whether a DUID of this type has a hardware type and a MAC address.
     static bool hasLinkLayer(U16 type) { return hasTime(type) || type == Dhcp6Const::duidType_ll; }
     /// Offset of the MAC in the DUID. Requires: hasLinkLayer(type).
     static U8 macAt(U16 type) { return hasTime(type) ? lltAddrAt : llAddrAt; }
@@ -73,20 +77,28 @@ public:
     /// Reads the DUID; later calls do nothing.
     void handleInitialized();
 
+    /// Offset of the DUID inside the option.
     U16 offset() const { return offset_; }
+    /// The type: Dhcp6Const::duidType_llt, `_en`, `_ll`, `_uuid`, or any other number.
     U16 duidType() const { return duidType_; }
     void duidTypeIs(U16 type);
+    /// The hardware type; 1 is Ethernet.
     U16 hardwareType() const { return hardwareType_; }
     void hardwareTypeIs(U16 type);
+    /// Seconds since 2000-01-01 00:00 UTC, modulo 2^32.
     U32 duidTime() const { return duidTime_; }
     void duidTimeIs(U32 time);
+    /// The MAC address.
     const Kitnet::EthAddr& llAddr() const { return llAddr_; }
     void llAddrIs(const Kitnet::EthAddr& address);
+    /// The UUID: 16 bytes.
     const Kcore::String& uuid() const { return uuid_; }
     /// Requires 16 bytes; throws for any other size.
     void uuidIs(const Kcore::String& uuid);
+    /// The IANA enterprise number.
     U32 entno() const { return entno_; }
     void entnoIs(U32 entno);
+    /// The identifier that the enterprise has assigned.
     const Kcore::String& entId() const { return entId_; }
     /// Requires as many bytes as the option's length in the packet minus 6; throws for any other size.
     void entIdIs(const Kcore::String& entId);

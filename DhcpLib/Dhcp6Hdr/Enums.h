@@ -6,19 +6,19 @@ namespace DhcpLib {
 
 /// DHCPv6 message types (RFC 8415, section 7.3). One byte on the wire.
 enum class Dhcp6MsgType : U32 {
-    solicit = 1,
-    advertise = 2,
-    request = 3,
-    confirm = 4,
-    renew = 5,
-    rebind = 6,
-    reply = 7,
-    release = 8,
-    decline = 9,
-    reconfigure = 10,
-    infoRequest = 11,
-    relayForward = 12,
-    relayReply = 13,
+    solicit = 1,        ///< client looks for servers
+    advertise = 2,      ///< server offers a lease
+    request = 3,        ///< client asks for what was offered
+    confirm = 4,        ///< client asks whether its addresses fit the link
+    renew = 5,          ///< client asks its server for an extension
+    rebind = 6,         ///< client asks any server for an extension
+    reply = 7,          ///< server answers
+    release = 8,        ///< client gives up addresses
+    decline = 9,        ///< client reports addresses that others use
+    reconfigure = 10,   ///< server tells the client to ask again
+    infoRequest = 11,   ///< client asks for options only
+    relayForward = 12,  ///< relay agent sends a message on to a server
+    relayReply = 13,    ///< server sends a message back through a relay agent
 };
 
 /// Whether messages of this type have the header of relay messages (RFC 8415, section 9).
@@ -29,38 +29,38 @@ constexpr bool isDhcp6RelayMsg(Dhcp6MsgType type) {
 /// The DHCPv6 option codes that have a name here (RFC 8415, 4649, 5970, 6607, 6939). Options with other codes are
 /// handled by number. Two bytes on the wire.
 enum class Dhcp6OptionType : U32 {
-    clientId = 1,  ///< a DUID
-    serverId = 2,  ///< a DUID
-    iana = 3,      ///< identity association for non-temporary addresses
-    iata = 4,      ///< identity association for temporary addresses
-    iaAddress = 5,
-    optRequest = 6,
-    preference = 7,
-    elapsedTime = 8,
-    relayMsg = 9,
-    auth = 11,
-    serUnicast = 12,
-    statusCode = 13,
-    rapidCommit = 14,
-    userClass = 15,
-    vendorClass = 16,
-    vendorOpts = 17,  ///< vendor-specific information
-    interfaceId = 18,
-    reconfMsg = 19,
-    reconfAccept = 20,
-    iapd = 25,  ///< identity association for prefix delegation
-    iaPrefix = 26,
-    remoteId = 37,  ///< relay agent remote-id
-    bootfileUrl = 59,
-    bootfileParam = 60,
+    clientId = 1,        ///< a DUID
+    serverId = 2,        ///< a DUID
+    iana = 3,            ///< identity association for non-temporary addresses
+    iata = 4,            ///< identity association for temporary addresses
+    iaAddress = 5,       ///< address in an IA_NA or IA_TA
+    optRequest = 6,      ///< codes of options that the client wants
+    preference = 7,      ///< preference of a server, 0 to 255
+    elapsedTime = 8,     ///< since the client began, 1/100 s
+    relayMsg = 9,        ///< the relayed message
+    auth = 11,           ///< authentication
+    serUnicast = 12,     ///< address to which the client may send unicast
+    statusCode = 13,     ///< status code and text
+    rapidCommit = 14,    ///< request for an answer in two messages
+    userClass = 15,      ///< user classes of the client
+    vendorClass = 16,    ///< vendor class of the client
+    vendorOpts = 17,     ///< vendor-specific information
+    interfaceId = 18,    ///< client interface of the relay agent
+    reconfMsg = 19,      ///< type with which to answer a reconfigure
+    reconfAccept = 20,   ///< client accepts a reconfigure
+    iapd = 25,           ///< identity association for prefix delegation
+    iaPrefix = 26,       ///< prefix in an IA_PD
+    remoteId = 37,       ///< relay agent remote-id
+    bootfileUrl = 59,    ///< URL of the boot file (RFC 5970)
+    bootfileParam = 60,  ///< parameters for it (RFC 5970)
     vss = 68,            ///< virtual subnet selection
     linkLayerAddr = 79,  ///< client link-layer address
 };
 
 /// Codes of the elements of an interface-id.
 enum class Dhcp6InterfaceIdCode : U8 {
-    intfName = 1,
-    vrfName = 2,
+    intfName = 1,    ///< interface name
+    vrfName = 2,     ///< VRF name
     srcVtepIp = 3,   ///< 4 or 16 bytes
     srcVtepMac = 4,  ///< 6 bytes
 };
@@ -74,7 +74,7 @@ enum class Dhcp6RemoteIdFormat : U8 {
 
 /// The CableLabs sub-option codes that have a name here. Two bytes on the wire.
 enum class CableLabsSubOptionType : U32 {
-    ccapCoresOpt = 61,
+    ccapCoresOpt = 61,  ///< IPv6 addresses of CCAP cores, 16 bytes each
 };
 
 }  // namespace DhcpLib

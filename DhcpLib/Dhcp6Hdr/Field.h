@@ -11,7 +11,7 @@ constexpr U16 optionPosition(U16 option, U32 at) { return packetPosition(U32{opt
 /// A field of fixed width at offset `fieldAt` of a header or option, with the value that was last read or written.
 template <class T, U8 fieldAt>
 struct Field {
-    T value{};
+    T value{};  ///< as last read or written
 
     /// Bytes past the packet's end read as 0.
     void read(Wire::ByteView bytes, U16 base) { value = bytes.load<T>(packetPosition(U32{base} + fieldAt)); }

@@ -13,6 +13,7 @@ public:
     static constexpr std::string_view typeName = "DhcpLib::Dhcp6Xid";
 
     constexpr Dhcp6Xid() = default;
+    /// From the three bytes in wire order.
     constexpr Dhcp6Xid(U8 first, U8 second, U8 third) { bytes_ = {first, second, third}; }
 
     /// "0x" and six hexadecimal digits.
@@ -37,11 +38,13 @@ public:
     void handleInitializedBase();
 
     U16 offset() const { return offset_; }
+    /// The message type byte.
     U8 msg() const { return msg_.value; }
     /// The message type, which need not be a member of the enumeration.
     Dhcp6MsgType msgType() const { return static_cast<Dhcp6MsgType>(msg_.value); }
     /// Writes the low byte of `type`.
     void msgTypeIs(Dhcp6MsgType type) { write(msg_, static_cast<U8>(type)); }
+    /// Whether the message type has been read, which the constructor does.
     bool initializedBase() const { return initializedBase_; }
 
     const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6HdrBase>(); }
@@ -85,6 +88,7 @@ public:
     /// Reads the transaction id; later calls do nothing.
     void handleInitialized();
 
+    /// The transaction id.
     const Dhcp6Xid& xid() const { return xid_.value; }
     void xidIs(const Dhcp6Xid& xid) { write(xid_, xid); }
     bool initialized() const { return initialized_; }
@@ -116,13 +120,16 @@ public:
     /// Reads hop count and addresses; later calls do nothing.
     void handleInitialized();
 
+    /// Number of relay agents that have relayed the message before this one.
     U8 hopCount() const { return hopCount_.value; }
     void hopCountIs(U8 n) { write(hopCount_, n); }
     /// Adds `n`, modulo 256, and returns the sum. The caller enforces Constants::dhcp6HopCountLimit
     /// (docs/compatibility.md#hop-counts-wrap).
     U8 hopCountInc(U8 n);
+    /// An address of the client's link, or zero.
     const Kitnet::Ip6Addr& linkAddr() const { return linkAddr_.value; }
     void linkAddrIs(const Kitnet::Ip6Addr& address) { write(linkAddr_, address); }
+    /// The address of the client or relay agent from which the message came.
     const Kitnet::Ip6Addr& peerAddr() const { return peerAddr_.value; }
     void peerAddrIs(const Kitnet::Ip6Addr& address) { write(peerAddr_, address); }
     bool initialized() const { return initialized_; }

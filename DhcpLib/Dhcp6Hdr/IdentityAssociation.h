@@ -14,9 +14,12 @@ public:
     /// Reads the fields; later calls do nothing.
     void handleInitialized();
 
+    /// The identifier of the association, unique for its client.
     U32 iaid() const { return iaid_.value; }
     void iaidIs(U32 iaid) { write(iaid_, iaid); }
+    /// T1 in seconds, 4294967295 for infinity: when the client asks the same server for an extension.
     U32 lifetimeT1() const { return lifetimeT1_.value; }
+    /// T2 in seconds, 4294967295 for infinity: when the client asks any server for an extension.
     U32 lifetimeT2() const { return lifetimeT2_.value; }
 
 protected:
@@ -92,7 +95,9 @@ public:
     /// The address.
     const Kitnet::Ip6Addr& pfxAddr() const { return pfxAddr_.value; }
     void pfxAddrIs(const Kitnet::Ip6Addr& address) { write(pfxAddr_, address); }
+    /// Preferred lifetime in seconds, 4294967295 for infinity.
     U32 prefLifetime() const { return prefLifetime_.value; }
+    /// Valid lifetime in seconds, 4294967295 for infinity.
     U32 validLifetime() const { return validLifetime_.value; }
     void validLifetimeIs(U32 seconds) { write(validLifetime_, seconds); }
 
@@ -128,12 +133,16 @@ public:
     /// Reads the fields; later calls do nothing.
     void handleInitialized();
 
+    /// Preferred lifetime in seconds, 4294967295 for infinity.
     U32 prefLifetime() const { return prefLifetime_.value; }
+    /// Valid lifetime in seconds, 4294967295 for infinity.
     U32 validLifetime() const { return validLifetime_.value; }
     void validLifetimeIs(U32 seconds) { write(validLifetime_, seconds); }
+    /// Prefix length in bits; values of 129 to 255 are possible.
     U8 pfxLen() const { return pfxLen_.value; }
     /// Values of 129 to 255 are written unchanged.
     void pfxLenIs(U8 bits) { write(pfxLen_, bits); }
+    /// The prefix. Bits behind `pfxLen` are not cleared.
     const Kitnet::Ip6Addr& pfxAddr() const { return pfxAddr_.value; }
     void pfxAddrIs(const Kitnet::Ip6Addr& prefix) { write(pfxAddr_, prefix); }
 

@@ -11,10 +11,10 @@ namespace DhcpLib {
 
 /// The fields of an interface-id (option 18, RFC 8415, section 21.18). The texts point into the packet.
 struct InterfaceIdFields {
-    std::string_view intfName;
-    std::string_view vrfName;
-    Kitnet::IpGenAddr srcVtepIp;
-    Kitnet::EthAddr srcVtepMac;
+    std::string_view intfName;    ///< name of the interface on which the request arrived
+    std::string_view vrfName;     ///< name of its VRF
+    Kitnet::IpGenAddr srcVtepIp;  ///< address of the source tunnel endpoint
+    Kitnet::EthAddr srcVtepMac;   ///< MAC address of the source tunnel endpoint
 };
 
 /// Decodes the data of an interface-id, in the encoding that the toggle "DhcpRelayTunnelEncapReplies" selects:
@@ -41,8 +41,10 @@ public:
     /// Reads the option's `len` data bytes; later calls do nothing.
     void handleInitialized();
 
+    /// Name of the interface on which the request arrived.
     const Kcore::String& intfName() const { return intfName_; }
     void intfNameIs(const Kcore::String& name) { intfName_ = name; }
+    /// Name of its VRF, at most 100 bytes.
     const L3::VrfName& vrfName() const { return vrfName_; }
     void vrfNameIs(const L3::VrfName& name) { vrfName_ = name; }
     /// Unset by default. Written only if it is usable.

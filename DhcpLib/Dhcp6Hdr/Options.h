@@ -56,6 +56,7 @@ public:
     U16 offset() const { return offset_; }
     /// Overlay on the option stored under userClass (15) or vendorOpts (17); null if there is none.
     Dhcp6OverlayPtr<Dhcp6UserClassOption> userClassOption() const;
+    /// As userClassOption(), for vendorOpts (17).
     Dhcp6OverlayPtr<Dhcp6VendorSpecificInformationOption> vendorSpecificInformationOption() const;
 
     const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6Options>(); }

@@ -14,9 +14,12 @@ namespace DhcpLib {
 /// changes.
 class DHCPLIB_EXPORT Dhcp6OptionNrc {
 public:
+    /// The overlay of the option at `offset` of `pkt`, which may be null.
     Dhcp6OptionNrc(const PktPtr& pkt, U16 offset) : pkt_(pkt), offset_(offset) {}
 
+    /// The option's code.
     Kitnet::NetU16 optionCode() const { return field<Kitnet::NetU16>(Dhcp6Const::opttype_offset); }
+    /// The option's length field: number of data bytes.
     Kitnet::NetU16 optionLen() const { return field<Kitnet::NetU16>(Dhcp6Const::optlen_offset); }
 
 protected:
@@ -64,6 +67,7 @@ class DHCPLIB_EXPORT Dhcp6VendorSpecificInformationOption final : public Dhcp6Op
 public:
     using Dhcp6OptionNrc::Dhcp6OptionNrc;
 
+    /// The IANA enterprise number.
     Kitnet::NetU32 enterpriseNumber() const { return field<Kitnet::NetU32>(Dhcp6Const::entno_offset); }
     /// The data of the first vendor option `code`, cut at the option's end; empty if there is none. In an option of
     /// less than 4 bytes the search goes on to the packet's end (docs/compatibility.md#short-vendor-option).
@@ -89,13 +93,19 @@ template <class Overlay>
 class Dhcp6OverlayPtr {
 public:
     Dhcp6OverlayPtr() = default;
+    /// Keeps a copy of `overlay`.
     explicit Dhcp6OverlayPtr(const Overlay& overlay) : overlay_(overlay) {}
 
+    /// The overlay, or null. Valid as long as this pointer.
     const Overlay* get() const& { return overlay_ ? &*overlay_ : nullptr; }
     const Overlay* get() const&& = delete;
+    /// The overlay. Requires: it is not null.
     const Overlay* operator->() const { return get(); }
+    /// The overlay. Requires: it is not null.
     const Overlay& operator*() const& { return *get(); }
+    /// A copy of the overlay. Requires: it is not null.
     Overlay operator*() const&& { return *get(); }
+    /// Whether there is an overlay.
     explicit operator bool() const { return overlay_.has_value(); }
     friend bool operator==(const Dhcp6OverlayPtr& p, std::nullptr_t) { return !p; }
 

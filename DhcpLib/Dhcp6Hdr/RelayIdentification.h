@@ -20,8 +20,10 @@ public:
     /// it is 255, cut at the packet's end (docs/compatibility.md#text-lengths-in-8-bits).
     void handleInitialized();
 
+    /// The format of the information; the name is text whatever it is.
     U8 vssType() const { return vssType_.value; }
     void vssTypeIs(U8 type) { write(vssType_, type); }
+    /// The VRF name, at most 100 bytes.
     const L3::VrfName& vrfName() const { return vrfName_; }
     void vrfNameIs(const L3::VrfName& name);
 
@@ -52,8 +54,10 @@ public:
     /// Reads the option; later calls do nothing.
     void handleInitialized();
 
+    /// The hardware type; 1 is Ethernet.
     U16 llAddrType() const { return llAddrType_.value; }
     void llAddrTypeIs(U16 type) { write(llAddrType_, type); }
+    /// The MAC address.
     const Kitnet::EthAddr& llAddr() const { return llAddr_.value; }
     void llAddrIs(const Kitnet::EthAddr& address) { write(llAddr_, address); }
 

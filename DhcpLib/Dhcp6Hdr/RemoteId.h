@@ -9,15 +9,15 @@ namespace DhcpLib {
 ///                  26  sub-option: type (1), length (1), value
 /// The text points into the packet.
 struct RemoteIdFields {
-    U32 entno = 0;
-    U64 interfaceId = 0;
-    U8 subOptType = 0;
-    U8 subOptLen = 0;
-    std::string_view subOptValue;
+    U32 entno = 0;                 ///< IANA enterprise number
+    U64 interfaceId = 0;           ///< number of the layer 3 interface
+    U8 subOptType = 0;             ///< 1 for the text "<interface>:<VLAN>"
+    U8 subOptLen = 0;              ///< as the sub-option says, even if the option is shorter
+    std::string_view subOptValue;  ///< cut at the end of the option and of the packet
 
-    static constexpr U8 subOptTypeAt = Dhcp6Const::rIdSubOpt_offset;
-    static constexpr U8 subOptLenAt = subOptTypeAt + Dhcp6Const::rIdSubOptType_size;
-    static constexpr U8 subOptValueAt = subOptTypeAt + Dhcp6Const::rIdSubOptTL_size;
+    static constexpr U8 subOptTypeAt = Dhcp6Const::rIdSubOpt_offset;  ///< offset of the sub-option's type in the option
+    static constexpr U8 subOptLenAt = subOptTypeAt + Dhcp6Const::rIdSubOptType_size;  ///< offset of its length
+    static constexpr U8 subOptValueAt = subOptTypeAt + Dhcp6Const::rIdSubOptTL_size;  ///< offset of its value
 };
 
 /// Reads the remote-id at `option`, whose length is `len`. The sub-option exists if its type and length are inside the
@@ -42,6 +42,7 @@ class DHCPLIB_EXPORT Dhcp6RemoteIdBase : public Dhcp6OptionView {
 public:
     ~Dhcp6RemoteIdBase() override;
 
+    /// The IANA enterprise number.
     U32 entno() const { return entno_.value; }
     void entnoIs(U32 entno) { write(entno_, entno); }
     /// May be null.
@@ -78,10 +79,14 @@ public:
     /// Reads the option; later calls do nothing.
     void handleInitialized();
 
+    /// The number of the layer 3 interface.
     U64 interfaceId() const { return interfaceId_.value; }
     void interfaceIdIs(U64 id) { write(interfaceId_, id); }
+    /// The sub-option's type; 0 if there is no sub-option.
     U8 subOptType() const { return subOptType_; }
+    /// The sub-option's length as it stands in the packet.
     U8 subOptLen() const { return subOptLen_; }
+    /// The sub-option's value, cut at the end of the option and of the packet.
     const Kcore::String& subOptValue() const { return subOptValue_; }
     /// Writes type 1, the low 8 bits of the text's size, and the whole text.
     void subOptValueIs(const Kcore::String& value);
@@ -118,6 +123,7 @@ public:
     /// option's length (docs/compatibility.md#text-lengths-in-8-bits).
     void handleInitialized();
 
+    /// The interface name.
     const Kcore::String& interfaceName() const { return interfaceName_; }
     void interfaceNameIs(const Kcore::String& name);
 
@@ -149,7 +155,9 @@ public:
     /// Reads the option; later calls do nothing.
     void handleInitialized();
 
+    /// Number of bytes that `hostAndIntfName` occupies.
     U8 hostAndIntfNameLen() const { return hostAndIntfNameLen_; }
+    /// Host and interface name, cut at the packet's end.
     const Kcore::String& hostAndIntfName() const { return hostAndIntfName_; }
     /// Writes the first `hostAndIntfNameLen` bytes of `name`, followed by zeros if it is shorter.
     void hostAndIntfNameIs(const Kcore::String& name);

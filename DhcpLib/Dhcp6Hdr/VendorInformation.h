@@ -18,6 +18,7 @@ public:
     /// Reads the enterprise number; later calls do nothing.
     void handleInitialized();
 
+    /// The IANA enterprise number.
     U32 entno() const { return entno_.value; }
     void entnoIs(U32 entno) { write(entno_, entno); }
 

@@ -9,11 +9,11 @@ class DhcpConst : public ConstantSet<DhcpConst> {
 public:
     using ConstantSet::ConstantSet;
 
-    static constexpr U8 opttype_offset = 0;
-    static constexpr U8 opttype_size = 1;
-    static constexpr U8 optlen_offset = 1;
-    static constexpr U8 optlen_size = 1;
-    static constexpr U8 optdata_offset = 2;
+    static constexpr U8 opttype_offset = 0;  ///< offset of the code
+    static constexpr U8 opttype_size = 1;    ///< size of the code in bytes
+    static constexpr U8 optlen_offset = 1;   ///< offset of the length
+    static constexpr U8 optlen_size = 1;     ///< size of the length in bytes
+    static constexpr U8 optdata_offset = 2;  ///< offset of the data
     /// Size of the enterprise number that opens an enterprise block; the block's length byte follows at this offset.
     static constexpr U8 entno_offset = 4;
 

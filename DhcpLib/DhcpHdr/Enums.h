@@ -10,30 +10,30 @@ enum class BootpOpType : U8 { bootpOpUnknown = 0, bootpReq = 1, bootpRep = 2 };
 /// The DHCPv4 option codes that have a name here (RFC 2132, 3046, 4388). Options with other codes are handled by
 /// number.
 enum class DhcpOptionType : U32 {
-    padOpt = 0,
-    hostName = 12,
-    requestIpOpt = 50,
-    leaseTimeOpt = 51,
-    msgType = 53,
-    serverIdOpt = 54,
-    parareqOpt = 55,
-    maxMsgSize = 57,
-    classIdOpt = 60,
-    infoOpt = 82,
-    lastTxTimeOpt = 91,
-    associatedIpOpt = 92,
-    endOpt = 255,
+    padOpt = 0,            ///< pad: a single byte
+    hostName = 12,         ///< host name
+    requestIpOpt = 50,     ///< requested IP address
+    leaseTimeOpt = 51,     ///< IP address lease time, s
+    msgType = 53,          ///< DHCP message type
+    serverIdOpt = 54,      ///< server identifier
+    parareqOpt = 55,       ///< parameter request list
+    maxMsgSize = 57,       ///< maximum DHCP message size
+    classIdOpt = 60,       ///< vendor class identifier
+    infoOpt = 82,          ///< relay agent information: "option 82"
+    lastTxTimeOpt = 91,    ///< client last transaction time, s (RFC 4388)
+    associatedIpOpt = 92,  ///< associated IP addresses (RFC 4388)
+    endOpt = 255,          ///< end: a single byte
 };
 
 /// Sub-option codes of the relay agent information option (RFC 3046, 3527, 4243, 5107, 6607).
 enum class DhcpInformationSubOptionType : U32 {
-    circuitId = 1,
-    remoteIdOpt = 2,
-    linkSelectionId = 5,
-    vendorSpecificSubOption = 9,
-    serverIdOverride = 11,
-    vpnId = 151,
-    vssControl = 152,
+    circuitId = 1,                ///< circuit-id (RFC 3046)
+    remoteIdOpt = 2,              ///< remote-id (RFC 3046)
+    linkSelectionId = 5,          ///< link selection (RFC 3527)
+    vendorSpecificSubOption = 9,  ///< vendor-specific information (RFC 4243)
+    serverIdOverride = 11,        ///< server identifier override (RFC 5107)
+    vpnId = 151,                  ///< virtual subnet selection: the VRF name (RFC 6607)
+    vssControl = 152,             ///< virtual subnet selection control (RFC 6607)
 };
 
 /// Codes of the data items in the own block of the vendor-specific sub-option.

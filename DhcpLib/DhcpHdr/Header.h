@@ -13,8 +13,11 @@ namespace DhcpLib {
 /// A raw `op` byte. True when it is not zero.
 class BootpOp {
 public:
+    /// From the byte on the wire.
     constexpr BootpOp(U8 value = 0) : value_(value) {}
+    /// The byte on the wire.
     constexpr U8 value() const { return value_; }
+    /// Whether the byte is not zero.
     constexpr explicit operator bool() const { return value_ != 0; }
     friend constexpr auto operator<=>(const BootpOp&, const BootpOp&) = default;
     void appendText(std::string& out) const { Kcore::appendText(out, value_); }
@@ -31,8 +34,10 @@ private:
 class Flags {
 public:
     constexpr Flags() = default;
+    /// From the field on the wire.
     constexpr explicit Flags(Kitnet::NetU16 value) : value_(value) {}
 
+    /// The field as it is on the wire.
     constexpr Kitnet::NetU16 value() const { return value_; }
     constexpr void valueIs(Kitnet::NetU16 value) { value_ = value; }
     /// Bit 15: the client cannot receive unicast replies yet.
@@ -43,6 +48,7 @@ public:
     /// The low 15 bits, which must be zero.
     constexpr U16 mbz() const { return value_.value() & 0x7fff; }
     constexpr void mbzIs(U16 m) { value_.valueIs(static_cast<U16>((value_.value() & 0x8000) | (m & 0x7fff))); }
+    /// Whether the field is not zero.
     constexpr explicit operator bool() const { return value_.value() != 0; }
     friend constexpr bool operator==(const Flags& a, const Flags& b) { return a.value_ == b.value_; }
     friend constexpr auto operator<=>(const Flags& a, const Flags& b) { return a.value_ <=> b.value_; }
@@ -58,13 +64,15 @@ private:
 };
 
 /// The first 34 bytes of the BOOTP header (RFC 2131, figure 1) in their wire layout:
-///    0 op   1 htype   2 hlen   3 hops   4 xid (4)   8 secs (2)   10 flags (2)
-///   12 ciaddr (4)   16 yiaddr (4)   20 siaddr (4)   24 giaddr (4)   28 chaddr (first 6 of 16)
+///    offset 0  op (1)     1  htype (1)     2  hlen (1)     3  hops (1)     4  xid (4)     8  secs, s (2)
+///          10  flags (2)     12  ciaddr (4)     16  yiaddr (4)     20  siaddr (4)     24  giaddr (4)
+///          28  chaddr (6): the first 6 of 16 bytes
 /// The other 202 bytes up to the magic cookie have no record.
 class DhcpHdr {
 public:
     constexpr DhcpHdr() = default;
 
+    /// The `op` byte: 1 for a request, 2 for a reply.
     BootpOp op() const { return op_; }
     void opIs(BootpOp op) { op_ = op; }
     /// `bootpOpUnknown` for any op byte but 1 and 2.
@@ -73,44 +81,60 @@ public:
                                                     : BootpOpType::bootpOpUnknown;
     }
     void bootpOpIs(BootpOpType type) { op_ = BootpOp(static_cast<U8>(type)); }
+    /// Hardware type; Constants::hardwareTypeEthernet (1) for Ethernet.
     U8 htype() const { return htype_; }
     void htypeIs(U8 htype) { htype_ = htype; }
+    /// Length of the hardware address in bytes; 6 for Ethernet. Not checked.
     U8 hlen() const { return hlen_; }
     void hlenIs(U8 hlen) { hlen_ = hlen; }
+    /// Number of relay agents that the message has passed.
     U8 hops() const { return hops_; }
     void hopsIs(U8 hops) { hops_ = hops; }
     /// Adds modulo 256. The caller enforces Constants::dhcpHopCountLimit (docs/compatibility.md#hop-counts-wrap).
     void hopsInc(U8 n) { hops_ = static_cast<U8>(hops_ + n); }
+    /// Transaction id, in wire order.
     Kitnet::NetU32 xid() const { return xid_; }
     void xidIs(Kitnet::NetU32 xid) { xid_ = xid; }
+    /// Transaction id as a number.
     U32 xidU32() const { return xid_.value(); }
     void xidU32Is(U32 xid) { xid_.valueIs(xid); }
+    /// Seconds since the client began, in wire order.
     Kitnet::NetU16 secs() const { return secs_; }
     void secsIs(Kitnet::NetU16 secs) { secs_ = secs; }
+    /// Seconds since the client began.
     U16 secsU16() const { return secs_.value(); }
     void secsU16Is(U16 secs) { secs_.valueIs(secs); }
+    /// The flags, in wire order; see Flags.
     Kitnet::NetU16 flags() const { return flags_; }
     void flagsIs(Kitnet::NetU16 flags) { flags_ = flags; }
+    /// The flags as a number; see Flags.
     U16 flagsU16() const { return flags_.value(); }
     void flagsU16Is(U16 flags) { flags_.valueIs(flags); }
+    /// Address of a client that has one already, else 0.0.0.0.
     Kitnet::IpAddr ciaddr() const { return ciaddr_; }
     void ciaddrIs(Kitnet::IpAddr ciaddr) { ciaddr_ = ciaddr; }
+    /// Address that the server gives to the client.
     Kitnet::IpAddr yiaddr() const { return yiaddr_; }
     void yiaddrIs(Kitnet::IpAddr yiaddr) { yiaddr_ = yiaddr; }
+    /// Address of the next server in the client's start-up.
     Kitnet::IpAddr siaddr() const { return siaddr_; }
     void siaddrIs(Kitnet::IpAddr siaddr) { siaddr_ = siaddr; }
+    /// Address of the first relay agent, else 0.0.0.0.
     Kitnet::IpAddr giaddr() const { return giaddr_; }
     void giaddrIs(Kitnet::IpAddr giaddr) { giaddr_ = giaddr; }
+    /// MAC address of the client: the first 6 of the 16 bytes.
     Kitnet::EthAddr chaddr() const { return chaddr_; }
     void chaddrIs(const Kitnet::EthAddr& chaddr) { chaddr_ = chaddr; }
     /// Bit 15 of `flags`.
     static constexpr Kitnet::NetU16 broadcastFlag() { return Kitnet::NetU16(0x8000); }
 
+    /// The record with a copy of the 34 bytes at `bytes`. Requires: they are readable.
     static DhcpHdr fromBytes(const U8* bytes) {
         DhcpHdr header;
         std::memcpy(static_cast<void*>(&header), bytes, sizeof header);
         return header;
     }
+    /// The 34 bytes in wire order. Valid as long as the record.
     const U8* bytes() const { return reinterpret_cast<const U8*>(this); }
 
     friend bool operator==(const DhcpHdr& a, const DhcpHdr& b) { return Kcore::equalAttributes(a, b); }
@@ -157,9 +181,11 @@ public:
     DhcpHdrWrapper(const PktPtr& pkt, U32 offset) : PacketView(pkt), offset_(offset) { handleHeader(); }
     static Ptr DhcpHdrWrapperIs(const PktPtr& pkt, U32 offset);
 
+    /// Position of the header in the packet.
     U32 offset() const { return offset_; }
     /// The record in the packet; null if the packet does not, or no longer, hold all of it.
     const DhcpHdr* header() const { return const_cast<DhcpHdrWrapper*>(this)->header(); }
+    /// The record in the packet, for writing; null as for the const form.
     DhcpHdr* header();
     /// Points the view to the packet's current bytes. Asserts "( offset_ + sizeof( DhcpHdr ) ) <= pkt_->frontBytes()".
     void handleHeader();
@@ -235,6 +261,7 @@ public:
     U16 offset() const { return offset_; }
     /// The four bytes in the host's byte order, without conversion.
     U32 cookie() const { return cookie_; }
+    /// Whether the bytes are 63 82 53 63.
     bool isDhcpMagicCookie() const { return isDhcpMagicCookie_; }
     bool initialized() const { return initialized_; }
 

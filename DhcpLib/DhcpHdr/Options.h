@@ -8,7 +8,7 @@ namespace DhcpLib {
 
 struct DhcpMsgOptionTraits {
     using Type = DhcpOptionType;
-    using Shape = TlvShape<U8, Pads::single>;
+    using Shape = TlvShape<U8, Pads::single>;  ///< pads are counted one by one
 };
 
 /// View of a DHCPv4 option (RFC 2132, section 2): code (1), length (1), data. A pad (code 0) has a code only. Views

@@ -34,9 +34,10 @@ DHCPLIB_EXPORT QuorvaSpecificSubOptionSubOpt::Ptr quorvaSpecificSubOptionSubOptF
 ///   offset 0  enterprise number (4)     4  length of the data (1)     5  data items
 inline constexpr U32 vendorBlockHeaderBytes = DhcpConst::entno_offset + 1;
 
+/// The header of a vendor block.
 struct VendorBlockHead {
-    U32 entno;
-    U8 len;
+    U32 entno;  ///< IANA enterprise number
+    U8 len;     ///< number of data bytes
 };
 /// Reads the block at `pos`. False if its header is not in the packet.
 template <std::unsigned_integral Pos>
@@ -81,7 +82,9 @@ public:
 
     const PktPtr& pkt() const { return pkt_; }
     U16 offset() const { return offset_; }
+    /// The IANA enterprise number given to the constructor.
     U32 entno() const { return entno_; }
+    /// The number of data bytes given to the constructor.
     U8 len() const { return len_; }
 
     const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpVendorSpecificData>(); }
@@ -120,6 +123,7 @@ public:
     void handleInitialized();
 
     const DhcpInformationSubOption::Ptr& opt() const { return opt_; }
+    /// The view of the own block; null if there is none.
     const DhcpVendorSpecificData::Ptr& quorvaSpecificOpt() const { return quorvaSpecificOpt_; }
     bool initialized() const { return initialized_; }
 

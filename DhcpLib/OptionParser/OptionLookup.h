@@ -28,11 +28,13 @@ public:
     /// `at`: position of the code in `bytes`, which end with the packet or with the enclosing option.
     FoundOption(Wire::ByteView bytes, U32 at) : bytes_(bytes), at_(at), present_(true) {}
 
+    /// Whether the option was found.
     explicit operator bool() const { return present_; }
     /// Position of the code in the packet.
     U32 offset() const { return at_; }
     /// Position of the first data byte in the packet.
     U32 dataOffset() const { return at_ + DhcpConst::optdata_offset; }
+    /// The option's code; 0 if it was not found.
     U8 code() const { return bytes_.load<U8>(at_); }
     /// The length field: number of data bytes. 0 if it is past the end of the packet or of the enclosing option.
     U8 len() const { return bytes_.load<U8>(at_ + DhcpConst::optlen_offset); }
@@ -53,6 +55,7 @@ private:
 /// (docs/compatibility.md#duplicates-by-layer). The area need not be well-formed. Code 255 finds the end option; pads
 /// (code 0) are not found. Options in the `sname` and `file` fields (RFC 2132, section 9.3) are ignored.
 DHCPLIB_EXPORT FoundOption findOption(const PktPtr& pkt, U32 offset, U8 code);
+/// As above, with the code as an enumerator.
 DHCPLIB_EXPORT FoundOption findOption(const PktPtr& pkt, U32 offset, DhcpOptionType code);
 
 /// All sub-options in the data of `option` in wire order, repeated codes included. The last one may be incomplete: its

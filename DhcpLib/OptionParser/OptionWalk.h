@@ -12,10 +12,12 @@ namespace DhcpLib {
 /// An option or sub-option in the packet: code, length, then `len` data bytes. A pad (code 0) has a code only. Pointers
 /// to it point into the packet and become stale when the packet's storage moves.
 struct DhcpSingleOption {
-    U8 code;
-    U8 len;
+    U8 code;  ///< option code
+    U8 len;   ///< number of data bytes
 
+    /// The first data byte. Requires: it is in the packet.
     U8* data() { return reinterpret_cast<U8*>(this) + sizeof(DhcpSingleOption); }
+    /// The first data byte. Requires: it is in the packet.
     const U8* data() const { return reinterpret_cast<const U8*>(this) + sizeof(DhcpSingleOption); }
 
     static constexpr auto declaration() {
@@ -27,8 +29,8 @@ static_assert(sizeof(DhcpSingleOption) == 2 && alignof(DhcpSingleOption) == 1);
 
 /// A request for one option. The walker stores the address of the option in the slot that `option` points to.
 struct DhcpSingleOptionWithCode {
-    U8 code;
-    DhcpSingleOption** option;
+    U8 code;                    ///< the code that is wanted
+    DhcpSingleOption** option;  ///< the slot that receives the address of the option
 
     static constexpr auto declaration() {
         return Kcore::declare("DhcpSingleOptionWithCode", Kcore::attribute("code", &DhcpSingleOptionWithCode::code),
@@ -38,8 +40,8 @@ struct DhcpSingleOptionWithCode {
 
 /// The start of the options area: the magic cookie and the first option.
 struct DhcpOptions {
-    U8 cookie[4];
-    DhcpSingleOption firstOption;
+    U8 cookie[4];                  ///< 63 82 53 63 in a DHCP message
+    DhcpSingleOption firstOption;  ///< the option behind the cookie
 
     static constexpr auto declaration() {
         return Kcore::declare(
@@ -84,6 +86,7 @@ DHCPLIB_EXPORT extern const std::array<Kcore::String, 14> DhcpMsgTypeTbl;
 /// 13, returns an empty string and leaves `msgType` unchanged. The length of option 53 is not checked
 /// (docs/compatibility.md#message-type-length-unchecked).
 DHCPLIB_EXPORT Kcore::String getDhcpMsgTypeStringAndOpt(const PktPtr& pkt, U32 offset, U8& msgType);
+/// As getDhcpMsgTypeStringAndOpt, without the number.
 DHCPLIB_EXPORT Kcore::String getDhcpMsgType(const PktPtr& pkt, U32 offset);
 /// The requested IP address (option 50 of length 4) of a request that starts at byte 0, else 0.0.0.0
 /// (docs/compatibility.md#message-starts-at-byte-0).

@@ -20,8 +20,8 @@ DHCPLIB_EXPORT bool infoSubOptPresent(Kcore::Ptr<const DhcpInformationSubOptions
                                       DhcpInformationSubOptionType subType);
 
 /// Reads the relay agent information option (RFC 3046) of the message whose BOOTP header starts at `offset`:
-///    1 circuitId   2 remoteId   151 vpnId   152 vssControl (true if present)   11 serverIdOverride   5 linkSelection
-///    9 intfName and srcVtepIp, from the own vendor block (Constants::quorvaEntNum)
+///    1  circuitId     2  remoteId     5  linkSelection     11  serverIdOverride     151  vpnId
+///    152  vssControl: true if present     9  intfName and srcVtepIp, from the own block (Constants::quorvaEntNum)
 /// An output whose sub-option is absent stays unchanged, so initialise all outputs. Returns false if the options area
 /// is malformed; an absent or empty option 82 is only traced. Sub-options are read up to the end option, past the end
 /// of option 82 (docs/compatibility.md#sub-options-up-to-the-end-option). The last one of a code wins. Takes the

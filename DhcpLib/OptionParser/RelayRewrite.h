@@ -30,7 +30,7 @@ namespace DhcpLib {
 ///   serverId                sub-option 11 (RFC 5107), only together with link selection; 0.0.0.0 for none
 ///   vpnId                   sub-option 151 (RFC 6607), only together with link selection; empty for none
 ///   vssControlDisable       false: sub-option 152 follows 151
-///   vendorSpecificSubOpt... the own vendor block in sub-option 9, unless the packet has one
+///   vendorSpecificSubOpt...  the own vendor block in sub-option 9, unless the packet has one
 ///
 /// A new option 82 takes the place of the end option, with the sub-options in the order 1, 2, 9, 5, 11, 151, 152.
 /// An existing option 82 keeps its sub-options where they are. With link selection:
@@ -66,19 +66,20 @@ DHCPLIB_EXPORT bool preparePacketNew(const PktPtr& pkt, BootpOption op, bool inf
 
 /// The arguments of both generations.
 struct RelayRewrite {
-    BootpOption op = BootpOption::bootpRequest;
-    bool infoOpt = true;
-    Tyk::String circuitId{};
-    Tyk::String remoteId{};
-    Tyk::String vpnId{};
-    Kitnet::IpAddr serverId{};
-    Kitnet::IpAddr linkselectionId{};
-    U32 offset = 0;
-    bool vssControlDisable = false;
-    Tyk::String vendorSpecificSubOptIntfName{};
-    Kitnet::IpGenAddr vendorSpecificSubOptSrcVtepIp{};
+    BootpOption op = BootpOption::bootpRequest;         ///< a request gets option 82, a reply loses it
+    bool infoOpt = true;                                ///< false: leave option 82 alone
+    Tyk::String circuitId{};                            ///< sub-option 1
+    Tyk::String remoteId{};                             ///< sub-option 2
+    Tyk::String vpnId{};                                ///< sub-option 151 (RFC 6607); empty for none
+    Kitnet::IpAddr serverId{};                          ///< sub-option 11 (RFC 5107); 0.0.0.0 for none
+    Kitnet::IpAddr linkselectionId{};                   ///< sub-option 5 (RFC 3527); 0.0.0.0 for none
+    U32 offset = 0;                                     ///< position of the BOOTP header
+    bool vssControlDisable = false;                     ///< false: sub-option 152 follows 151
+    Tyk::String vendorSpecificSubOptIntfName{};         ///< interface name in the own vendor block; empty for none
+    Kitnet::IpGenAddr vendorSpecificSubOptSrcVtepIp{};  ///< tunnel address in the own vendor block; unset for none
 };
 
+/// The function that rewrites; docs/choosing.md compares the two.
 enum class RelayGeneration : U8 { preparePacket, preparePacketNew };
 
 /// Result of relayRewriteCheck.
@@ -99,10 +100,11 @@ enum class RelayRewriteVerdict : U8 {
     infoSubOptionBehind,  ///< an option behind option 82 looks like a sub-option and would be counted as one
 };
 
+/// What a rewrite would do.
 struct RelayRewriteForecast {
-    RelayRewriteVerdict verdict = RelayRewriteVerdict::fine;
-    std::string_view assertion;  ///< the text of the assertion that would fail
-    U32 messageBytes = 0;        ///< size of the message afterwards, counted from `offset`; to compare with the MTU
+    RelayRewriteVerdict verdict = RelayRewriteVerdict::fine;  ///< what will happen
+    std::string_view assertion;                               ///< the text of the assertion that would fail
+    U32 messageBytes = 0;  ///< size of the message afterwards, counted from `offset`; to compare with the MTU
 
     /// Whether the rewrite will succeed and leave an option 82 that is whole.
     bool isRewritable() const { return verdict < RelayRewriteVerdict::infoOptionWouldBreak; }

@@ -15,10 +15,12 @@ namespace DhcpLib {
 
 /// A vendor block in the packet: enterprise number, length, then `len` data bytes.
 struct DhcpVendorSpecificEntOption {
-    Kitnet::NetU32 entNum;
-    U8 len;
+    Kitnet::NetU32 entNum;  ///< IANA enterprise number
+    U8 len;                 ///< number of data bytes
 
+    /// The first data byte. Requires: it is in the packet.
     U8* data() { return reinterpret_cast<U8*>(this) + sizeof(DhcpVendorSpecificEntOption); }
+    /// The first data byte. Requires: it is in the packet.
     const U8* data() const { return reinterpret_cast<const U8*>(this) + sizeof(DhcpVendorSpecificEntOption); }
 
     static constexpr auto declaration() {

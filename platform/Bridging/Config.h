@@ -49,6 +49,7 @@ public:
     /// The VLAN of frames that arrive without a tag.
     VlanId nativeVlan() const { return nativeVlan_; }
     void nativeVlanIs(VlanId vlan) { nativeVlan_ = vlan; }
+    /// How the port treats VLAN tags.
     SwitchportMode switchportMode() const { return switchportMode_; }
     void switchportModeIs(SwitchportMode mode) { switchportMode_ = mode; }
 
@@ -61,7 +62,7 @@ private:
 class DHCPPLATFORM_EXPORT Config final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<Config>;
-    using SwitchIntfConfigs = Kcore::FlatMap<Kitnet::IntfId, SwitchIntfConfig::Ptr>;
+    using SwitchIntfConfigs = Kcore::FlatMap<Kitnet::IntfId, SwitchIntfConfig::Ptr>;  ///< the entries by interface
 
     ~Config() override;
     const Kcore::TypeData& typeData() const override;
@@ -69,6 +70,7 @@ public:
         return Kcore::declare("Config", Kcore::attribute("switchIntfConfig", &Config::switchIntfConfig_));
     }
 
+    /// All entries.
     const SwitchIntfConfigs& switchIntfConfig() const { return switchIntfConfig_; }
     /// The interface's entry, or null. The reference is valid until the collection changes.
     const SwitchIntfConfig::Ptr& switchIntfConfig(const Kitnet::IntfId& intf) const {

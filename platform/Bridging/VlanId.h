@@ -20,6 +20,7 @@ public:
     /// Throws RangeException if `value` is above the bound.
     constexpr explicit VlanNumber(unsigned value) { valueIs(value); }
 
+    /// The number.
     constexpr Kcore::U16 value() const { return value_; }
     constexpr void valueIs(unsigned value) {
         if (value > Self::maxValue) Kcore::throwException(Self::refusal);
@@ -47,7 +48,8 @@ private:
 class VlanId : public VlanNumber<VlanId> {
 public:
     static constexpr std::string_view typeName = "Bridging::VlanId";
-    static constexpr unsigned maxValue = 4095;
+    static constexpr unsigned maxValue = 4095;  ///< the largest number
+    /// Message of the exception for a larger number.
     static constexpr std::string_view refusal = "Bridging::VlanId::value > 4095 not allowed";
     using VlanNumber::VlanNumber;
 };
@@ -56,9 +58,11 @@ public:
 class VlanIdOrNone : public VlanNumber<VlanIdOrNone> {
 public:
     static constexpr std::string_view typeName = "Bridging::VlanIdOrNone";
-    static constexpr unsigned maxValue = 4094;
+    static constexpr unsigned maxValue = 4094;  ///< the largest number
+    /// Message of the exception for a larger number.
     static constexpr std::string_view refusal = "Bridging::VlanIdOrNone::value > 4094 not allowed";
     using VlanNumber::VlanNumber;
+    /// The same number; 0 for none.
     constexpr operator VlanId() const { return VlanId(value()); }
 };
 

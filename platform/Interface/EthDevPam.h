@@ -18,14 +18,15 @@ namespace Interface {
 /// is not set. `time`: when the kernel received or sent it; the epoch unless the agent has set SO_TIMESTAMPNS on the
 /// socket.
 struct PamFrame {
-    using Time = std::chrono::sys_time<std::chrono::nanoseconds>;
+    using Time = std::chrono::sys_time<std::chrono::nanoseconds>;  ///< nanoseconds since 1970-01-01 00:00 UTC
 
-    Kcore::Ptr<Kitnet::Pkt> pkt;
-    Kitnet::IntfId intf;
-    bool outgoing = false;
-    bool checksumReady = true;
-    Time time{};
+    Kcore::Ptr<Kitnet::Pkt> pkt;  ///< the frame; null if there is none
+    Kitnet::IntfId intf;          ///< where it was received
+    bool outgoing = false;        ///< this host sent it
+    bool checksumReady = true;    ///< false: the UDP checksum is not set
+    Time time{};                  ///< when the kernel received or sent it
 
+    /// Whether there is a frame.
     explicit operator bool() const { return static_cast<bool>(pkt); }
 };
 
@@ -35,6 +36,7 @@ class DHCPPLATFORM_EXPORT EthDevPam final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<EthDevPam>;
 
+    /// Without a socket; the manager opens it.
     explicit EthDevPam(const Kitnet::IntfId& intf) : intf_(intf) {}
     ~EthDevPam() override;
     const Kcore::TypeData& typeData() const override;
@@ -45,6 +47,7 @@ public:
                               attribute("dropped", &EthDevPam::dropped), attribute("errors", &EthDevPam::errors));
     }
 
+    /// The interface.
     const Kitnet::IntfId& intf() const { return intf_; }
     /// Readable if a frame is waiting, and once when the link goes down. -1 if there is no socket. Ask before each
     /// poll, since the socket is replaced when the device reappears.
@@ -69,6 +72,7 @@ public:
 
     /// Number of frames that readPkt() and readPkts() returned and that sendPkt() sent.
     U64 received() const { return received_; }
+    /// Number of frames that sendPkt() sent.
     U64 sent() const { return sent_; }
     /// Number of frames that passed the filter but were dropped by the kernel because the socket was full.
     U64 dropped() const;

@@ -11,8 +11,9 @@ namespace Interface {
 class DHCPPLATFORM_EXPORT EthDevPamCollection final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<EthDevPamCollection>;
-    using Pams = Kcore::FlatMap<Kitnet::IntfId, EthDevPam::Ptr>;
+    using Pams = Kcore::FlatMap<Kitnet::IntfId, EthDevPam::Ptr>;  ///< the members by interface
 
+    /// An empty collection.
     explicit EthDevPamCollection(const Kcore::String& name) : name_(name), life_("EthDevPamCollection", name) {}
     ~EthDevPamCollection() override;
     const Kcore::TypeData& typeData() const override;
@@ -21,7 +22,9 @@ public:
                               Kcore::attribute("ethDevPam", &EthDevPamCollection::ethDevPam_));
     }
 
+    /// The name given to the constructor, for trace lines.
     const Kcore::String& name() const { return name_; }
+    /// All members. Their addresses stay valid while their interface is desired.
     const Pams& ethDevPam() const { return ethDevPam_; }
     /// Null if the interface is not desired.
     EthDevPam::Ptr ethDevPam(const Kitnet::IntfId& intf) const {

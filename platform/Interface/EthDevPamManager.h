@@ -11,6 +11,7 @@ class DHCPPLATFORM_EXPORT PamManagerBase : public Kcore::Node {
 public:
     ~PamManagerBase() override;
 
+    /// Whether the manager keeps the collection up to date; false at first.
     bool enabled() const { return enabled_; }
     void enabledIs(bool enabled);
 
@@ -54,6 +55,7 @@ class DHCPPLATFORM_EXPORT EthDevPamManager final : public EthDevPamManagerBase {
 public:
     using Ptr = Kcore::Ptr<EthDevPamManager>;
 
+    /// A manager that is not enabled. Requires: no pointer is null.
     EthDevPamManager(const Kcore::Ptr<const PamDesiredIntfDir>& pamDesiredIntfDir,
                      const EthDevPamCollection::Ptr& ethDevPamCollection,
                      const Kcore::Ptr<const DeviceIntfStatusDir>& deviceIntfStatusDir);

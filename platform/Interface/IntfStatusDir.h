@@ -8,10 +8,11 @@ namespace Interface {
 /// Interface names, each with the name of its kernel device.
 class DHCPPLATFORM_EXPORT IntfStatusDir : public Kcore::Node {
 public:
-    using DeviceNames = Kcore::Directory<Kitnet::IntfId, Kcore::String>;
+    using DeviceNames = Kcore::Directory<Kitnet::IntfId, Kcore::String>;  ///< device names by interface
 
     ~IntfStatusDir() override;
 
+    /// All entries.
     const DeviceNames& deviceName() const { return deviceName_; }
     /// Null if the directory does not have the interface.
     const Kcore::String* deviceName(const Kitnet::IntfId& intf) const { return deviceName_.find(intf); }
@@ -33,6 +34,7 @@ class DHCPPLATFORM_EXPORT AllIntfStatusDir final : public IntfStatusDir {
 public:
     using Ptr = Kcore::Ptr<AllIntfStatusDir>;
 
+    /// Follows `kniStatus` from now on. Requires: it is not null.
     explicit AllIntfStatusDir(const Kcore::Ptr<const KernelNetInfo::Status>& kniStatus);
     ~AllIntfStatusDir() override;
     const Kcore::TypeData& typeData() const override;
@@ -57,6 +59,7 @@ public:
 
     /// The device need not exist.
     void deviceNameIs(const Kitnet::IntfId& intf, const Kcore::String& name) { deviceName_.entryIs(intf, name); }
+    /// Removes an entry, if there is one.
     void deviceNameDel(const Kitnet::IntfId& intf) { deviceName_.entryDel(intf); }
 };
 

@@ -11,6 +11,7 @@ class DHCPPLATFORM_EXPORT KniIntfStatusManager : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<KniIntfStatusManager>;
 
+    /// Fills the directory and keeps it up to date from now on. Requires: no pointer is null.
     KniIntfStatusManager(const DeviceIntfStatusDir::Ptr& deviceIntfStatusDir,
                          const Kcore::Ptr<const KernelNetInfo::Status>& kniStatus);
     ~KniIntfStatusManager() override;
@@ -22,7 +23,9 @@ public:
 
     /// Interfaces that are in no directory, with the names of their devices.
     const Kcore::FlatMap<Kitnet::IntfId, Kcore::String>& kernelOnlyInterface() const { return kernelOnlyInterface_; }
+    /// Adds an interface whose device is `deviceName`, which need not exist.
     void kernelOnlyInterfaceIs(const Kitnet::IntfId& intf, const Kcore::String& deviceName);
+    /// Removes an interface that kernelOnlyInterfaceIs() added.
     void kernelOnlyInterfaceDel(Kitnet::IntfId intf);
 
 protected:
@@ -47,6 +50,7 @@ class DHCPPLATFORM_EXPORT LagLocalDeviceIntfStatusManager final : public KniIntf
 public:
     using Ptr = Kcore::Ptr<LagLocalDeviceIntfStatusManager>;
 
+    /// Fills the directory and keeps it up to date from now on. Requires: no pointer is null.
     LagLocalDeviceIntfStatusManager(const Kcore::Ptr<const AllIntfStatusDir>& allIntfStatusDir,
                                     const Kcore::Ptr<const AllIntfStatusLocalDir>& allIntfStatusLocalDir,
                                     const DeviceIntfStatusDir::Ptr& deviceIntfStatusDir,

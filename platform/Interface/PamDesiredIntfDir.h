@@ -12,6 +12,7 @@ class DHCPPLATFORM_EXPORT PamDesiredIntfDir final : public Kcore::Node {
 public:
     using Ptr = Kcore::Ptr<PamDesiredIntfDir>;
 
+    /// An empty directory.
     explicit PamDesiredIntfDir(const Kcore::String& name) : name_(name), life_("PamDesiredIntfDir", name) {}
     ~PamDesiredIntfDir() override;
     const Kcore::TypeData& typeData() const override;
@@ -20,12 +21,16 @@ public:
                               Kcore::attribute("intf", &PamDesiredIntfDir::intf_));
     }
 
+    /// The name given to the constructor, for trace lines.
     const Kcore::String& name() const { return name_; }
+    /// The interfaces, in the order in which they were added.
     const Kcore::FlatSet<Kitnet::IntfId>& intf() const { return intf_; }
+    /// Called with each interface that is added or removed.
     const Kcore::Observers<const Kitnet::IntfId&>& observers() const { return observers_; }
     void intfIs(const Kitnet::IntfId& intf) {
         if (intf_.insert(intf)) observers_.notify(intf);
     }
+    /// Removes an interface, if it is there.
     void intfDel(Kitnet::IntfId intf) {
         if (intf_.erase(intf)) observers_.notify(intf);
     }

@@ -15,6 +15,7 @@ inline const Tyk::TraceHandle& traceHandle() {
 /// Member that traces when its object is created and destroyed. The first line names the constructor's source line.
 class LifeTrace {
 public:
+    /// Traces that an object of `className` was made. `name` tells objects of one class apart.
     explicit LifeTrace(std::string_view className, std::string_view name = {}, Tyk::TraceSite site = {})
         : object_(std::string(className).append(name.empty() ? "" : " ").append(name)) {
         Tyk::fmtrace(traceHandle(), 4, site, "{} made", object_);

@@ -14,7 +14,7 @@ struct Assertion {
     std::string_view expression;  ///< text of the asserted expression
     std::string_view function;    ///< signature text of the function that asserts
     std::string_view module;      ///< source module, such as "DhcpLib/OptionParser"
-    unsigned line;
+    unsigned line;                ///< line that asserts
     /// "module:line: function: assertion 'expression' failed"
     DHCPPLATFORM_EXPORT std::string text() const;
 };
@@ -22,14 +22,17 @@ struct Assertion {
 /// For handlers that throw: `assertionHandlerIs([](const Assertion& a) { throw AssertionError(a); })`.
 class DHCPPLATFORM_EXPORT AssertionError : public std::logic_error {
 public:
+    /// Keeps a copy of the expression.
     explicit AssertionError(const Assertion& assertion);
     ~AssertionError() override;
+    /// Text of the asserted expression.
     const std::string& expression() const { return expression_; }
 
 private:
     std::string expression_;
 };
 
+/// Receives a failed assertion. The texts are valid during the call.
 using AssertionHandler = void (*)(const Assertion&);
 
 /// Installs the function that is called when an assertion fails; null restores the default (one line on stderr, then

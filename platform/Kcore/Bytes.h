@@ -13,7 +13,7 @@ namespace Kcore {
 /// A growable byte string, used to assemble options. The data of one option fits without an allocation.
 class Bytes {
 public:
-    static constexpr std::size_t inlineCapacity = 272;
+    static constexpr std::size_t inlineCapacity = 272;  ///< number of bytes that need no allocation
 
     Bytes() = default;
     Bytes(const Bytes& other) { append(other.span()); }
@@ -30,6 +30,7 @@ public:
     U8* data() { return more_.empty() ? inline_ : more_.data(); }
     const U8* begin() const { return data(); }
     const U8* end() const { return data() + size_; }
+    /// All bytes. Valid until the next change.
     std::span<const U8> span() const { return {data(), size_}; }
     /// Requires: `i` < size().
     U8 operator[](std::size_t i) const { return data()[i]; }
@@ -47,6 +48,7 @@ public:
             std::memset(inline_ + size_, 0, n - size_);
         size_ = n;
     }
+    /// Appends one byte.
     void push_back(U8 byte) { append({&byte, 1}); }
     /// `bytes` may be a part of this byte string.
     void append(std::span<const U8> bytes) {
@@ -57,6 +59,7 @@ public:
         size_ = total;
         copyBytes(data() + at, bytes.data(), bytes.size());
     }
+    /// As above, for the bytes of a text.
     void append(std::string_view bytes) { append({reinterpret_cast<const U8*>(bytes.data()), bytes.size()}); }
 
     friend bool operator==(const Bytes& a, const Bytes& b) { return std::ranges::equal(a.span(), b.span()); }

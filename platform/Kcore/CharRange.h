@@ -8,9 +8,12 @@ namespace Kcore {
 /// that fails leaves the range unchanged.
 class CharRange {
 public:
+    /// All characters of `text`, which must outlive the range.
     CharRange(std::string_view text) : rest_(text) {}
+    /// All characters of `text`, which ends at its first null byte and must outlive the range.
     CharRange(const char* text) : rest_(text) {}
 
+    /// The characters that are left.
     std::string_view rest() const { return rest_; }
     bool empty() const { return rest_.empty(); }
     /// Removes `token` from the front. Returns false and changes nothing if the range does not start with it.

@@ -10,7 +10,9 @@ namespace Kcore {
 /// Whether the process has more than one thread. Set it before the second thread starts, and never reset it.
 class DHCPPLATFORM_EXPORT ThreadControl {
 public:
+    /// Whether the process has more than one thread.
     static bool multiThreaded() { return multiThreaded_.load(std::memory_order_relaxed); }
+    /// Sets the flag.
     static void multiThreadedIs(bool on) { multiThreaded_.store(on, std::memory_order_relaxed); }
 
 private:
@@ -20,11 +22,14 @@ private:
 /// A use count or instance count. Atomic once the process is multi-threaded.
 class Counter {
 public:
+    /// A count of `start`.
     explicit constexpr Counter(U32 start = 0) : count_(start) {}
     Counter(const Counter&) = delete;
     Counter& operator=(const Counter&) = delete;
 
+    /// The present count.
     U32 value() const { return count_.load(std::memory_order_relaxed); }
+    /// Adds one.
     void increment() {
         if (ThreadControl::multiThreaded()) [[unlikely]]
             count_.fetch_add(1, std::memory_order_relaxed);

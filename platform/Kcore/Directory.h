@@ -9,9 +9,11 @@ namespace Kcore {
 template <class Key, class Value>
 class Directory {
 public:
+    /// All entries, in the order in which they were added.
     const FlatMap<Key, Value>& entries() const { return entries_; }
     /// The key's value, or null. Valid until the directory changes.
     const Value* find(const Key& key) const { return entries_.find(key); }
+    /// Called with the key of each entry that is added, changed or removed.
     const Observers<const Key&>& observers() const { return observers_; }
 
     /// Calls no observer if the key has that value already. `key` is passed by value because it may refer to an entry.
@@ -20,6 +22,7 @@ public:
         entries_.insertOrAssign(key, value);
         observers_.notify(key);
     }
+    /// Removes an entry, if there is one.
     void entryDel(Key key) {
         if (entries_.erase(key)) observers_.notify(key);
     }

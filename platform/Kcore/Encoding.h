@@ -11,9 +11,12 @@ namespace Kcore {
 
 /// Appends `bytes` in quotes, with \", \\ and \xHH for anything that is not printable ASCII.
 DHCPPLATFORM_EXPORT void appendQuoted(std::string& out, std::string_view bytes);
+/// Decodes what appendQuoted() writes: true and the range advanced past it, or false and nothing changed.
 DHCPPLATFORM_EXPORT bool sequenceToValue(CharRange& range, String* value);
+/// Decodes "true" or "false", as above.
 DHCPPLATFORM_EXPORT bool sequenceToValue(CharRange& range, bool* value);
 
+/// Decodes a decimal number, as above; false if it does not fit into `T`.
 template <class T>
 requires(std::is_integral_v<T> && !std::same_as<T, bool>) bool sequenceToValue(CharRange& range, T* value) {
     const std::string_view text = range.rest();
@@ -61,6 +64,7 @@ void appendEncoded(std::string& out, const T& value) {
     out.push_back('}');
 }
 
+/// The encoding of `value`; see appendEncoded().
 template <Declared T>
 std::string encoded(const T& value) {
     std::string out;

@@ -12,10 +12,11 @@
 
 namespace Kcore {
 
+/// One row of an EnumTable.
 template <class E>
 struct EnumMember {
-    E value;
-    std::string_view name;
+    E value;                ///< the enumerator
+    std::string_view name;  ///< its name
 };
 
 /// The names of an enumeration. Specialise it beside the enumeration with `static constexpr std::string_view name` and
@@ -23,6 +24,7 @@ struct EnumMember {
 template <class E>
 struct EnumTable;
 
+/// An enumeration with an EnumTable.
 template <class E>
 concept NamedEnum = std::is_enum_v<E> && requires {
     EnumTable<E>::members[0].name;

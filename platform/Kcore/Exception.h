@@ -10,6 +10,7 @@ namespace Kcore {
 /// Thrown if a value is out of the range of its type.
 class DHCPPLATFORM_EXPORT RangeException : public std::runtime_error {
 public:
+    /// An exception whose what() is `message`.
     explicit RangeException(std::string_view message);
     ~RangeException() override;
 };

@@ -19,7 +19,8 @@ namespace Kcore {
 template <class Key, class Entry, class KeyOf>
 class FlatTable {
 public:
-    using value_type = Entry;
+    using value_type = Entry;  ///< type of an entry
+    /// Iterator in the order of insertion. Valid until the table changes.
     using const_iterator = typename std::vector<Entry>::const_iterator;
 
     FlatTable() = default;
@@ -37,6 +38,7 @@ public:
         entries_.clear();
         index_.clear();
     }
+    /// Whether there is an entry with this key.
     bool contains(const Key& key) const { return placeOf(key) != none; }
 
 protected:
@@ -107,8 +109,10 @@ private:
     std::vector<U32> index_;
 };
 
+/// The key of a map's entry.
 template <class Key, class Value>
 struct FirstOfPair {
+    /// The key of `entry`.
     const Key& operator()(const std::pair<Key, Value>& entry) const { return entry.first; }
 };
 
@@ -134,6 +138,7 @@ public:
         this->append({key, make()});
         return true;
     }
+    /// Adds the key, or replaces its value.
     void insertOrAssign(const Key& key, Value value) {
         const std::size_t place = this->placeOf(key);
         if (place != Table::none)

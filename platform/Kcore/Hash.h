@@ -21,6 +21,7 @@ constexpr U64 mixBits(U64 x) {
     return x ^ x >> 32;
 }
 
+/// Hash of `size` bytes at `data`.
 inline std::size_t hashBytes(const void* data, std::size_t size) {
     const auto* p = static_cast<const unsigned char*>(data);
     U64 h = hashSeed() ^ size;
@@ -37,6 +38,7 @@ inline std::size_t hashBytes(const void* data, std::size_t size) {
     return h;
 }
 
+/// A type with a `hash()` of its own; std::hash uses it, too.
 template <class T>
 concept SelfHashing = requires(const T& v) {
     { v.hash() } -> std::convertible_to<std::size_t>;

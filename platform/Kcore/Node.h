@@ -19,8 +19,11 @@ public:
     /// The attribute table of the object's class (see `Kcore/TypeData.h`).
     virtual const TypeData& typeData() const = 0;
 
+    /// Number of users.
     U32 useCount() const { return uses_.value(); }
+    /// One more user. For Ptr.
     void incUse() const { uses_.increment(); }
+    /// One user less; the last one destroys the object. For Ptr.
     void decUse() const {
         if (decUseImpl() == 0) lastUserGone();
     }

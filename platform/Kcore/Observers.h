@@ -35,9 +35,11 @@ public:
     Observers(const Observers&) = delete;
     Observers& operator=(const Observers&) = delete;
 
+    /// Registers `callback` until the returned object is destroyed.
     [[nodiscard]] Observation observe(std::function<void(Args...)> callback) const {
         return {*this, entries_.insert(entries_.end(), Entry{std::move(callback)})};
     }
+    /// Calls the callbacks.
     void notify(Args... args) const {
         const Pass pass(*this);
         for (const Entry& entry : entries_)

@@ -15,14 +15,17 @@ namespace Kcore {
 template <class T>
 class Ptr {
 public:
-    using element_type = T;
+    using element_type = T;  ///< type of the object
 
     Ptr() = default;
+    /// A null pointer.
     Ptr(std::nullptr_t) {}
     Ptr(const Ptr& other) : object_(other.object_) { hold(); }
     Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    /// One more user of the same object.
     template <class U>
     requires std::is_convertible_v<U*, T*> Ptr(const Ptr<U>& other) : object_(other.get()) { hold(); }
+    /// Takes over the user count of `other`, which becomes null.
     template <class U>
     requires std::is_convertible_v<U*, T*> Ptr(Ptr<U>&& other)
     noexcept : object_(other.release()) {}
@@ -33,9 +36,13 @@ public:
         return *this;
     }
 
+    /// The object, or null.
     T* get() const { return object_; }
+    /// The object. Requires: not null.
     T* operator->() const { return object_; }
+    /// The object. Requires: not null.
     T& operator*() const { return *object_; }
+    /// Whether the pointer is not null.
     explicit operator bool() const { return object_ != nullptr; }
 
     /// Takes over a count that is already held, such as the 1 of a new object. `object` may be null.
@@ -64,10 +71,12 @@ private:
     T* object_ = nullptr;
 };
 
+/// Whether both point to the same object, or are null.
 template <class T, class U>
 bool operator==(const Ptr<T>& a, const Ptr<U>& b) {
     return a.get() == b.get();
 }
+/// Whether the pointer is null.
 template <class T>
 bool operator==(const Ptr<T>& a, std::nullptr_t) {
     return a.get() == nullptr;

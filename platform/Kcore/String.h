@@ -19,13 +19,17 @@ namespace Kcore {
 /// object, longer strings in a block that copies share.
 class DHCPPLATFORM_EXPORT String {
 public:
-    static constexpr std::size_t inlineCapacity = 30;
-    static constexpr std::size_t npos = std::string_view::npos;
+    static constexpr std::size_t inlineCapacity = 30;            ///< number of bytes that need no allocation
+    static constexpr std::size_t npos = std::string_view::npos;  ///< "to the end", and "not found"
 
     String() : size_(0) {}
+    /// A copy of `bytes`, which may contain null bytes.
     String(std::string_view bytes) { assign(bytes); }
+    /// A copy of the text up to its first null byte.
     String(const char* text) : String(std::string_view(text)) {}
+    /// A copy of `bytes`.
     String(const std::string& bytes) : String(std::string_view(bytes)) {}
+    /// A copy of `size` bytes.
     String(const char* bytes, std::size_t size) : String(std::string_view(bytes, size)) {}
     /// From another byte string type, such as a bounded one.
     template <class Bytes>
@@ -51,15 +55,20 @@ public:
     const char* data() const { return isShared() ? shared()->bytes() : inline_; }
     const char* begin() const { return data(); }
     const char* end() const { return data() + size(); }
+    /// All bytes. Valid as long as the string.
     operator std::string_view() const { return view(); }
+    /// All bytes. Valid as long as the string.
     std::string_view view() const { return {data(), size()}; }
+    /// A copy as std::string.
     std::string str() const { return std::string(view()); }
 
     /// Requires: `i` < size().
     char operator[](std::size_t i) const { return data()[i]; }
     /// Throws RangeException if `i` is not below size().
     char at(std::size_t i) const;
+    /// Position of the first `what` at or behind `from`; npos if there is none.
     std::size_t find(std::string_view what, std::size_t from = 0) const { return view().find(what, from); }
+    /// Position of the first `what` at or behind `from`; npos if there is none.
     std::size_t find(char what, std::size_t from = 0) const { return view().find(what, from); }
     /// At most `count` bytes from `pos`. Throws RangeException if `pos` is beyond size().
     String substr(std::size_t pos, std::size_t count = npos) const;
@@ -70,12 +79,14 @@ public:
     void appendText(std::string& out) const { out.append(view()); }
 
     friend bool operator==(const String& a, const String& b) { return a.view() == b.view(); }
+    /// Compares the bytes.
     template <class T>
     requires(!std::same_as<T, String> && std::convertible_to<const T&, std::string_view>) friend bool operator==(
         const String& a, const T& b) {
         return a.view() == std::string_view(b);
     }
     friend std::strong_ordering operator<=>(const String& a, const String& b) { return a.view() <=> b.view(); }
+    /// The bytes of both.
     friend String operator+(const String& a, const String& b) { return joined(a, b); }
 
 private:
@@ -125,6 +136,7 @@ private:
 };
 static_assert(sizeof(String) == 32);
 
+/// Writes the bytes unchanged.
 DHCPPLATFORM_EXPORT std::ostream& operator<<(std::ostream& out, const String& s);
 
 }  // namespace Kcore

@@ -71,6 +71,7 @@ void appendText(std::string& out, const T& value) {
         static_assert(sizeof(T) == 0, "a type is printed by a member appendText(std::string&) const");
 }
 
+/// The text form of `value`; see appendText().
 template <class T>
 std::string textOf(const T& value) {
     std::string out;
@@ -78,6 +79,7 @@ std::string textOf(const T& value) {
     return out;
 }
 
+/// Writes the text form of `value`.
 template <class T>
 requires(SelfPrinting<T> && !std::same_as<T, String>) || NamedEnum<T> std::ostream& operator<<(std::ostream& out,
                                                                                                const T& value) {

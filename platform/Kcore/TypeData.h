@@ -18,9 +18,10 @@ namespace Kcore {
 /// One attribute of a class: its name, and the data member or accessor that gives its value.
 template <class Access>
 struct Attribute {
-    std::string_view name;
-    Access access;
+    std::string_view name;  ///< the name of the attribute
+    Access access;          ///< a pointer to a data member or accessor, or a function object
 };
+/// An attribute of that name. `access`: a pointer to a data member or accessor, or a function object.
 template <class Access>
 constexpr Attribute<Access> attribute(std::string_view name, Access access) {
     return {name, access};
@@ -29,11 +30,14 @@ constexpr Attribute<Access> attribute(std::string_view name, Access access) {
 /// Marks an attribute that is computed from others.
 template <class Access>
 struct DerivedAccess {
-    Access access;
+    Access access;  ///< as in Attribute
+    /// The value of the attribute.
     decltype(auto) operator()(const auto& object) const { return std::invoke(access, object); }
 };
+/// Whether an attribute with this access is computed from others.
 template <class Access>
 inline constexpr bool isDerived = false;
+/// As above, for a derived attribute.
 template <class Access>
 inline constexpr bool isDerived<DerivedAccess<Access>> = true;
 
@@ -59,14 +63,16 @@ constexpr auto text(std::string_view name, const String& (T::*access)() const) {
 /// The attribute table, equality, hashing, text encoding and decoding are derived from it.
 template <class... Accesses>
 struct Declaration {
-    std::string_view name;
-    std::tuple<Attribute<Accesses>...> attributes;
+    std::string_view name;                          ///< the name of the class, without namespaces
+    std::tuple<Attribute<Accesses>...> attributes;  ///< in order
 };
+/// A declaration of those attributes. `name` is the name of the class, without namespaces.
 template <class... Accesses>
 constexpr Declaration<Accesses...> declare(std::string_view name, Attribute<Accesses>... attributes) {
     return {name, {attributes...}};
 }
 
+/// A class with a declaration.
 template <class T>
 concept Declared = requires {
     T::declaration().attributes;
@@ -79,6 +85,7 @@ void forEachAttribute(const T& object, Visit visit) {
                T::declaration().attributes);
 }
 
+/// Whether all attributes of `a` and `b` are equal.
 template <class T>
 bool equalAttributes(const T& a, const T& b) {
     return std::apply(
@@ -88,6 +95,7 @@ bool equalAttributes(const T& a, const T& b) {
         T::declaration().attributes);
 }
 
+/// Hash of all attributes.
 template <class T>
 std::size_t hashAttributes(const T& object) {
     U64 h = 0;
@@ -97,21 +105,23 @@ std::size_t hashAttributes(const T& object) {
 
 /// One row of an attribute table. `appendText` takes the address of the object; for a `Node` class, of its Node base.
 struct AttributeData {
-    std::string_view name;
-    void (*appendText)(std::string& out, const void* object);
+    std::string_view name;                                     ///< the name of the attribute
+    void (*appendText)(std::string& out, const void* object);  ///< appends the value as text
 };
 
 /// One member of an enumeration.
 struct MemberData {
-    std::string_view name;
-    U64 value;
+    std::string_view name;  ///< the name of the member
+    U64 value;              ///< its number
 };
 
 /// A type as it is seen at run time: a class with its attribute table, or an enumeration with its members.
 class TypeData {
 public:
+    /// The type data of a class.
     TypeData(std::string_view name, std::vector<AttributeData> attributes)
         : name_(name), attributes_(std::move(attributes)) {}
+    /// The type data of an enumeration.
     TypeData(std::string_view name, std::vector<MemberData> members) : name_(name), members_(std::move(members)) {}
     /// Without namespaces.
     std::string_view name() const { return name_; }
@@ -187,12 +197,16 @@ const TypeData& typeDataOf() {
 /// The classes and enumerations of each source module, in the order in which they were registered.
 class DHCPPLATFORM_EXPORT TypeRegistry {
 public:
+    /// The types of one source module.
     struct Module {
-        std::string_view name;
-        std::vector<const TypeData*> types;
+        std::string_view name;               ///< such as "DhcpLib/DhcpHdr"
+        std::vector<const TypeData*> types;  ///< in the order of registration
     };
+    /// The registry of the process.
     static TypeRegistry& instance();
+    /// Adds a module. For ModuleTypes.
     void moduleIs(std::string_view name, std::vector<const TypeData*> types);
+    /// All modules, in the order in which they were loaded.
     const std::vector<Module>& modules() const { return modules_; }
     /// Null if no type of that name is registered.
     const TypeData* type(std::string_view name) const;
@@ -204,6 +218,7 @@ private:
 /// Registers the classes and enumerations of a source module when the module is loaded.
 template <class... Types>
 struct ModuleTypes {
+    /// Registers the types under the name `module`.
     explicit ModuleTypes(std::string_view module) {
         TypeRegistry::instance().moduleIs(module, {&typeDataOf<Types>()...});
     }

@@ -17,9 +17,9 @@ using Kcore::U8;
 
 /// An address of this host, on the device `ifIndex`.
 struct HostAddress {
-    U32 ifIndex = 0;
-    Kitnet::IpGenAddr address;
-    U8 prefixBits = 0;
+    U32 ifIndex = 0;            ///< the kernel's index of the device
+    Kitnet::IpGenAddr address;  ///< the address
+    U8 prefixBits = 0;          ///< prefix length: 0 to 32 for IPv4, 0 to 128 for IPv6
 
     friend bool operator==(const HostAddress&, const HostAddress&) = default;
 };
@@ -45,6 +45,7 @@ public:
     /// Called once after changes, when all waiting messages have been read.
     const Kcore::Observers<>& observers() const { return observers_; }
 
+    /// Readable if there is something to handle.
     int fd() const { return socket_.get(); }
     /// Reads all messages that have arrived since the last call. If the kernel dropped some because the socket was
     /// full, reads the list of all addresses again. Never blocks.

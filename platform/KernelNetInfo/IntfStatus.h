@@ -11,6 +11,7 @@ using Kcore::U32;
 class IntfStatus {
 public:
     IntfStatus() = default;
+    /// The attributes in order.
     IntfStatus(U32 ifIndex, const Kitnet::EthAddr& macAddr, bool enabled, bool operUp, U32 mtu = 0)
         : ifIndex_(ifIndex), macAddr_(macAddr), enabled_(enabled), operUp_(operUp), mtu_(mtu) {}
 

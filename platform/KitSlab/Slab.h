@@ -13,13 +13,16 @@ DHCPPLATFORM_EXPORT void* slabAlloc(std::size_t size);
 /// Requires: `memory` came from slabAlloc(`size`), on any thread, or is null.
 DHCPPLATFORM_EXPORT void slabFree(void* memory, std::size_t size) noexcept;
 
-inline constexpr std::size_t largestSlab = 256;
+inline constexpr std::size_t largestSlab = 256;  ///< largest size of the free lists, in bytes
 
 /// Counts the live objects of a class.
 class AllocationTracker {
 public:
+    /// Number of live objects.
     Kcore::U32 live() const { return live_.value(); }
+    /// One more object. For Tracked.
     void created() { live_.increment(); }
+    /// One object less. For Tracked.
     void destroyed() { live_.decrement(); }
 
 private:
@@ -31,6 +34,7 @@ template <class T>
 class Tracked {
 public:
     Tracked() { T::memAllocationTracker_.created(); }
+    /// The copy is one more object.
     Tracked(const Tracked&) : Tracked() {}
     Tracked& operator=(const Tracked&) = default;
     ~Tracked() { T::memAllocationTracker_.destroyed(); }
@@ -39,7 +43,9 @@ public:
 /// Base class of objects that slabAlloc() allocates.
 class SlabObject {
 public:
+    /// Allocates with slabAlloc().
     static void* operator new(std::size_t size) { return slabAlloc(size); }
+    /// Frees with slabFree().
     static void operator delete(void* memory, std::size_t size) noexcept { slabFree(memory, size); }
 };
 

@@ -9,6 +9,7 @@ class DHCPPLATFORM_EXPORT EthAddr : public WireBytes<EthAddr, 6> {
 public:
     static constexpr std::string_view typeName = "Kitnet::EthAddr";
 
+    /// Whether all bytes are 0.
     constexpr bool isZero() const { return isEq(EthAddr()); }
     /// Six pairs of hexadecimal digits with colons between them. Printed in lower case, parsed in either case.
     void appendText(std::string& out) const;

@@ -12,16 +12,19 @@ namespace Kitnet {
 class DHCPPLATFORM_EXPORT IntfId {
 public:
     static constexpr std::string_view typeName = "Kitnet::IntfId";
-    static constexpr std::size_t maxNameBytes = 63;
+    static constexpr std::size_t maxNameBytes = 63;  ///< the longest name, in bytes
 
     IntfId() = default;
     /// Throws RangeException if `name` is not valid.
     explicit IntfId(std::string_view name) { handleInitialized(name); }
     /// Throws as the constructor does, and then changes nothing.
     void handleInitialized(std::string_view name);
+    /// Whether `name` could be the name of an interface.
     static bool isValidName(std::string_view name);
 
+    /// The name. Valid as long as the object.
     std::string_view name() const { return {name_, size_}; }
+    /// Whether there is no name.
     bool isEmpty() const { return size_ == 0; }
     /// "Et1" for "Ethernet1", and likewise for the other numbered kinds; any other name is its own short name.
     Kcore::String shortName() const;

@@ -12,6 +12,7 @@ public:
     static constexpr std::string_view typeName = "Kitnet::IpAddr";
     using NetInteger::NetInteger;
 
+    /// Whether it is 0.0.0.0.
     constexpr bool isAny() const { return value() == 0; }
     /// Dotted decimal, each part without leading zeros.
     void appendText(std::string& out) const;
@@ -23,6 +24,7 @@ class DHCPPLATFORM_EXPORT Ip6Addr : public WireBytes<Ip6Addr, 16> {
 public:
     static constexpr std::string_view typeName = "Kitnet::Ip6Addr";
 
+    /// Whether it is the address ::.
     constexpr bool isUnspecified() const { return isEq(Ip6Addr()); }
     /// Printed in the canonical form of RFC 5952. All forms of RFC 4291, section 2.2, are parsed.
     void appendText(std::string& out) const;

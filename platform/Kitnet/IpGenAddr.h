@@ -5,6 +5,7 @@
 
 namespace Kitnet {
 
+/// The family of an address.
 enum class AddressFamily : U8 { unset, ipv4, ipv6 };
 
 }  // namespace Kitnet
@@ -37,27 +38,35 @@ public:
     constexpr IpGenAddr() = default;
     /// The all-zero address of that family.
     constexpr explicit IpGenAddr(AddressFamily family) : family_(family) {}
+    /// An IPv4 address.
     constexpr IpGenAddr(const IpAddr& address) { handleV4Addr(address); }
+    /// An IPv6 address.
     constexpr IpGenAddr(const Ip6Addr& address) { handleV6Addr(address); }
     /// Throws RangeException if `text` is not an address of either family.
     static IpGenAddr fromText(std::string_view text);
 
+    /// Becomes that IPv4 address.
     constexpr void handleV4Addr(const IpAddr& address) {
         family_ = AddressFamily::ipv4;
         v4_ = address;
         v6_ = {};
     }
+    /// Becomes that IPv6 address.
     constexpr void handleV6Addr(const Ip6Addr& address) {
         family_ = AddressFamily::ipv6;
         v4_ = {};
         v6_ = address;
     }
 
+    /// The family; `unset` by default.
     constexpr AddressFamily family() const { return family_; }
+    /// Whether the family is IPv4.
     constexpr bool isV4() const { return family_ == AddressFamily::ipv4; }
+    /// Whether the family is IPv6.
     constexpr bool isV6() const { return family_ == AddressFamily::ipv6; }
     /// The address; all zero if the family is the other one or unset.
     constexpr const IpAddr& v4Addr() const { return v4_; }
+    /// The IPv6 address; :: if the family is another one.
     constexpr const Ip6Addr& v6Addr() const { return v6_; }
     /// Whether this is an address of either family that is not all zero.
     constexpr bool isUsable() const { return !v4_.isAny() || !v6_.isUnspecified(); }

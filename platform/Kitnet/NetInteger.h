@@ -11,8 +11,10 @@ template <class Self, std::unsigned_integral T>
 class NetInteger : public WireBytes<Self, sizeof(T)> {
 public:
     constexpr NetInteger() = default;
+    /// From a number in host order.
     constexpr explicit NetInteger(T hostOrder) { valueIs(hostOrder); }
 
+    /// The number in host order.
     constexpr T value() const { return loadBigEndian<T>(this->bytes_.data()); }
     constexpr void valueIs(T hostOrder) { storeBigEndian(this->bytes_.data(), hostOrder); }
 

@@ -31,7 +31,7 @@ public:
     class Manager;
 
     /// Spare room of a new packet.
-    static constexpr U32 headRoom = 128, tailRoom = 1024;
+    static constexpr U32 headRoom = 128, tailRoom = 1024;  ///< bytes in front of and behind the packet
     /// With roomy storage at least this many bytes behind bytes() are readable. They are not part of the packet. They
     /// are zero until the packet shrinks, then they may hold its former bytes.
     static constexpr U32 guardBytes = 1024;
@@ -54,6 +54,7 @@ public:
     /// Grow the packet by `n` zero bytes in front of its first byte, or behind its last one. Throw RangeException and
     /// change nothing if it would have more than 4294967295 bytes.
     void newSharedHeadData(U32 n);
+    /// As newSharedHeadData(), behind the last byte.
     void newSharedTailData(U32 n);
     /// Removes the last `n` bytes. Throws only RangeException, if there are fewer; it then changes nothing.
     void delSharedTailData(U32 n);
@@ -61,9 +62,13 @@ public:
     /// The out-of-band 802.1Q tag: the receive path took it out of the frame. TPID and TCI are in host order, and 0 if
     /// there is no tag.
     bool vlanTagPresent() const { return vlanTagPresent_; }
+    /// TPID of the tag.
     U16 vlanTagTpid() const { return vlanTagTpid_; }
+    /// TCI of the tag: priority (3 bits), drop eligible (1), VLAN (12).
     U16 vlanTagTci() const { return vlanTagTci_; }
+    /// Stores a tag beside the packet. The bytes stay as they are.
     void vlanTagIs(U16 tpid, U16 tci);
+    /// Removes the tag beside the packet.
     void vlanTagDel();
 
     static KitSlab::AllocationTracker memAllocationTracker_;
@@ -90,12 +95,15 @@ private:
 /// Makes packets of one storage mode.
 class DHCPPLATFORM_EXPORT Pkt::Manager {
 public:
+    /// A manager of that storage mode.
     explicit Manager(Storage storage) : storage_(storage) {}
 
+    /// An empty packet.
     Kcore::Ptr<Pkt> newPkt() { return newPkt({}); }
     /// A packet with a copy of `bytes`. Throws RangeException for more than 4294967295 bytes.
     Kcore::Ptr<Pkt> newPkt(std::span<const U8> bytes);
 
+    /// Storage mode of new packets.
     Storage storage() const { return storage_; }
 
 private:

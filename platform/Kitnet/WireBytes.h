@@ -32,7 +32,7 @@ using Kcore::operator<<;
 template <class Self, std::size_t N>
 class WireBytes {
 public:
-    static constexpr std::size_t wireBytes = N;
+    static constexpr std::size_t wireBytes = N;  ///< size on the wire and in memory
 
     /// Throws RangeException if `text` is not the text form of a `Self`.
     static Self fromText(std::string_view text) {
@@ -51,6 +51,7 @@ public:
     constexpr const U8* bytes() const { return bytes_.data(); }
     /// The byte at `i`, counted from 0 in network order. Throws RangeException if `i` is not below N.
     constexpr U8 byte(std::size_t i) const { return bytes_[checked(i)]; }
+    /// Sets a byte. Throws RangeException if `i` is not below N.
     constexpr void byteIs(std::size_t i, U8 b) { bytes_[checked(i)] = b; }
 
     /// Compares a constant number of bytes, which compilers turn into word comparisons instead of a call of memcmp.

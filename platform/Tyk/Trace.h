@@ -22,12 +22,15 @@ namespace Tyk {
 template <class... Args>
 class TraceText {
 public:
+    /// The text, and the place of the call. A wrong number of `{}` is a compile error.
     template <std::convertible_to<std::string_view> Text>
     consteval TraceText(const Text& text, Kcore::SourceSite caller = Kcore::SourceSite::here())
         : text_(text), caller_(caller) {
         if (placeholders() != sizeof...(Args)) placeholdersAndArgumentsDiffer();
     }
+    /// The text with its `{}`.
     constexpr std::string_view view() const { return text_; }
+    /// The place where the text is written.
     constexpr const Kcore::SourceSite& caller() const { return caller_; }
 
 private:
@@ -114,14 +117,15 @@ void DualTrace(const TraceHandle& handle, int level, TraceSite site, TraceText<s
 
 /// A finished trace line. The texts are valid until the call that receives it returns.
 struct TraceLine {
-    std::string_view handle;
-    int level;
-    std::string_view file;
-    unsigned line;
-    std::string_view function;
-    std::string_view text;
+    std::string_view handle;    ///< name of the handle
+    int level;                  ///< level of the line
+    std::string_view file;      ///< source file, relative to the source folder
+    unsigned line;              ///< line in that file
+    std::string_view function;  ///< function name
+    std::string_view text;      ///< the finished text, not quoted
 };
 
+/// Receives finished trace lines.
 using TraceSink = std::function<void(const TraceLine&)>;
 
 /// Installs the receiver of every line whose level is at most its handle's; returns the previous one. With an empty
@@ -134,6 +138,7 @@ DHCPPLATFORM_EXPORT TraceSink traceSinkIs(TraceSink sink);
 /// If the line is not wanted when the object is made, nothing is formatted.
 class DHCPPLATFORM_EXPORT TraceHelper {
 public:
+    /// Starts a line.
     TraceHelper(const TraceHandle& handle, int level, TraceSite site = {})
         : handle_(handle), site_(site), level_(level), wanted_(handle.wanted(level)) {}
     TraceHelper(const TraceHelper&) = delete;
@@ -143,7 +148,9 @@ public:
             Detail::emitTrace(handle_, level_, site_, text_);
     }
 
+    /// The object itself, for `<<`.
     TraceHelper& stream() { return *this; }
+    /// Appends the text form of `piece`.
     template <class T>
     TraceHelper& operator<<(const T& piece) {
         if (wanted_) [[unlikely]]

@@ -19,11 +19,13 @@ public:
 
     /// Valid until the process ends.
     std::string_view name() const { return facility_->name; }
+    /// Whether lines on stderr start with the time of day.
     bool timeStamped() const { return timeStamped_; }
 
     /// Lines up to this level are wanted. Levels start at 1 (errors), so 0 means silent.
     int level() const { return facility_->level.load(std::memory_order_relaxed); }
     void levelIs(int level) { facility_->level.store(level, std::memory_order_relaxed); }
+    /// Whether lines of this level are wanted.
     bool wanted(int level) const { return level <= this->level(); }
 
 private:
@@ -47,9 +49,9 @@ struct TraceSite {
     constexpr TraceSite(const TraceSite& other) : file(other.file), line(other.line), function(other.function) {}
     TraceSite& operator=(const TraceSite&) = default;
 
-    const char* file;
-    unsigned line;
-    const char* function;
+    const char* file;      ///< file name
+    unsigned line;         ///< line number
+    const char* function;  ///< function name
 };
 
 }  // namespace Tyk
