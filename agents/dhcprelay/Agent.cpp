@@ -1,7 +1,5 @@
 #include "Agent.h"
 
-#include <net/if.h>
-#include <netinet/in.h>
 #include <sys/signalfd.h>
 
 #include <cerrno>
@@ -40,24 +38,30 @@ void say(const std::string& what) { std::cerr << "dhcprelay: " + what + "\n" << 
 
 }  // namespace
 
+std::vector<Agent::Stack> Agent::openStacks(const Settings& settings, const KernelNetInfo::Status::Ptr& kni) {
+    std::vector<Stack> stacks;
+    const auto add = [&](Protocol protocol) {
+        stacks.push_back({protocol,
+                          ServerSocket(protocol, settings.serverInterface.has_value()),
+                          clientAccess(protocol, kni, settings),
+                          {}});
+    };
+    if (settings.ipv4) add(Protocol::dhcp4);
+    if (settings.ipv6) add(Protocol::dhcp6);
+    return stacks;
+}
+
 Agent::Agent(const Settings& settings)
     : context_(settings),
       counters_(settings),
       signals_(signalSource()),
       kni_(Kcore::makeNode<KernelNetInfo::Status>()),
       addresses_(Kcore::makeNode<KernelNetInfo::Addresses>()),
+      stacks_(openStacks(settings, kni_)),
       devices_(kni_->intfStatus().observers().observe([this](const Kcore::String& name) { handleDevice(name); })),
       addressChanges_(
           addresses_->observers().observe([this] { context_.links.addressesAre(addresses_->addresses()); })),
       now_(Clock::now()) {
-    const auto add = [&](Protocol protocol) {
-        stacks_.push_back({protocol,
-                           ServerSocket(protocol, settings.serverInterface.has_value()),
-                           clientAccess(protocol, kni_, settings),
-                           {}});
-    };
-    if (settings.ipv4) add(Protocol::dhcp4);
-    if (settings.ipv6) add(Protocol::dhcp6);
     requireAccess();
     context_.links.addressesAre(addresses_->addresses());
     for (const ClientLink& link : settings.clients) handleDevice(link.name.name());
@@ -73,7 +77,7 @@ void Agent::requireAccess() const {
                 throw std::runtime_error(Kcore::textOf(intf) + ": " + pam->error().str());
 }
 
-/// A device came, went or changed.
+/// Handles a device that was added, removed or changed. Packet access of the stacks has already followed the change.
 void Agent::handleDevice(const Kcore::String& name) {
     const Settings& s = context_.settings;
     const auto isNamed = [&](const ClientLink& link) { return link.name.name() == name.view(); };
@@ -83,15 +87,11 @@ void Agent::handleDevice(const Kcore::String& name) {
     if (device == nullptr) say(name.str() + ": there is no such interface, waiting for it");
     context_.links.deviceIs(name, device != nullptr ? *device : KernelNetInfo::IntfStatus());
     if (device == nullptr || !isClient) return;
-    for (Stack& stack : stacks_) {
-        if (stack.protocol != Protocol::dhcp6) continue;
-        // Network cards and switches pass on only the groups that somebody has joined. Joining twice does no harm.
-        static const Ip6Addr allAgents = Ip6Addr::fromText("ff02::1:2");
-        ipv6_mreq group{};
-        std::copy_n(allAgents.bytes(), sizeof allAgents, group.ipv6mr_multiaddr.s6_addr);
-        group.ipv6mr_interface = device->ifIndex();
-        if (::setsockopt(stack.servers.fd(), IPPROTO_IPV6, IPV6_JOIN_GROUP, &group, sizeof group) != 0 &&
-            errno != EADDRINUSE)
+    for (const Stack& stack : stacks_) {
+        const auto pam = stack.clients->ethDevPamCollection()->ethDevPam(IntfId(name));
+        if (pam->fd() < 0) say(name.str() + ": " + pam->error().str());
+        // Network cards and switches pass on only the groups that a host has joined.
+        if (stack.protocol == Protocol::dhcp6 && !stack.servers.joinAllAgents(device->ifIndex()))
             say(name.str() + ": cannot join ff02::1:2, " + std::generic_category().message(errno));
     }
 }
@@ -104,7 +104,7 @@ void Agent::run() {
     while (!ended_) poll();
 }
 
-/// After each change of the devices, since packet access comes and goes with them.
+/// Lists the descriptors to wait for. Called after each change of the devices, because packet access changes with them.
 void Agent::listSources() {
     fds_ = {{signals_.get(), POLLIN, 0}, {kni_->fd(), POLLIN, 0}, {addresses_->fd(), POLLIN, 0}};
     sources_.clear();
@@ -130,7 +130,7 @@ int Agent::pollTimeout() const {
     return static_cast<int>(std::max<decltype(left)>(0, left));
 }
 
-/// One turn: waits until there is something to do, then serves every source a bounded number of times.
+/// One turn: waits until a descriptor is ready, then serves every source a bounded number of times.
 void Agent::poll() {
     if (rest_ > Clock::duration::zero()) std::this_thread::sleep_for(rest_);
     if (::poll(fds_.data(), fds_.size(), pollTimeout()) < 0 && errno != EINTR)
@@ -157,7 +157,7 @@ void Agent::poll() {
     listSources();
 }
 
-/// Serves what is waiting, with a limit, and returns the number of messages.
+/// Handles the messages that are waiting, up to a limit, and returns their number.
 std::size_t Agent::handleSource(const Source& source) {
     Stack& stack = *source.stack;
     if (source.link) {
@@ -179,12 +179,12 @@ void Agent::handleReturned(Stack& stack) {
         ServerCounters* const server = counters_.ofServer(returned->to);
         if (server == nullptr) continue;
         ++server->returned;
-        tellFailure(*server, returned->error);
+        printFailure(*server, returned->error);
     }
 }
 
-/// Prints a line, but not more than one a second.
-void Agent::tellFailure(const ServerCounters& server, int error) {
+/// Prints a line about a server, at most one a second.
+void Agent::printFailure(const ServerCounters& server, int error) {
     if (now_ < nextFailure_) return;
     nextFailure_ = now_ + std::chrono::seconds(1);
     say("server " + Kcore::textOf(server.address) + ": " + std::generic_category().message(error));
@@ -216,7 +216,7 @@ void Agent::handleReply(Stack& stack, Transaction& reply) {
     finish(reply, reason);
 }
 
-/// Counts and tells what became of the message.
+/// Counts the message and, with --verbose, prints a line about it.
 void Agent::finish(const Transaction& t, Reason reason) {
     LinkCounters& counters = counters_.of(t.port);
     if (reason != Reason::none)
@@ -226,10 +226,10 @@ void Agent::finish(const Transaction& t, Reason reason) {
     if (t.remarks.any())
         for (std::size_t i = 0; i < reasonCount; ++i)
             if (t.remarks[i]) counters.count(static_cast<Reason>(i));
-    if (context_.settings.verbose) tell(t, reason);
+    if (context_.settings.verbose) print(t, reason);
 }
 
-/// To every server; one that takes it is enough.
+/// Sends the request to all servers. Succeeds if the kernel accepts it for at least one of them.
 Reason Agent::sendToServers(Stack& stack, Transaction& t) {
     const std::span<const U8> message(t.pkt->data() + t.at, t.bytes());
     const Settings& s = context_.settings;
@@ -242,7 +242,7 @@ Reason Agent::sendToServers(Stack& stack, Transaction& t) {
             return;
         }
         ++server.notSent;
-        tellFailure(server, errno);
+        printFailure(server, errno);
     };
     if (stack.protocol == Protocol::dhcp4)
         for (const IpAddr& server : s.servers4) sendTo(server, Constants::dhcpServerPort);
@@ -268,6 +268,8 @@ Reason Agent::deliver(Stack& stack, Transaction& t) {
     else
         to.src = isLinkLocal(t.clientAddress.v6Addr()) ? link.linkLocal : link.global;
     if (t.clientMac.isZero() || !to.src.isUsable()) {
+        // The kernel sends the reply. To a link-local address it would send on the native VLAN.
+        if (t.port.tag.isPresent() && isLinkLocal(t.clientAddress.v6Addr())) return Reason::notDelivered;
         const std::span<const U8> message(t.pkt->data() + t.at, t.bytes());
         const bool sent = stack.servers.send(message, t.clientAddress, to.dstPort, link.device.ifIndex());
         return sent ? Reason::none : Reason::notDelivered;
@@ -280,7 +282,7 @@ Reason Agent::deliver(Stack& stack, Transaction& t) {
     return Reason::none;
 }
 
-void Agent::tell(const Transaction& t, Reason reason) const {
+void Agent::print(const Transaction& t, Reason reason) const {
     std::string line = t.port.isKnown()
                            ? std::string(context_.links.of(t.port).name()) + " vlan " + std::to_string(t.port.vlan)
                            : std::string("servers");

@@ -20,8 +20,8 @@ namespace DhcpRelay {
 /// sockets in turn, passes them through the steps of their protocol, and sends the results. Uses one thread.
 class Agent {
 public:
-    /// Throws std::system_error or std::runtime_error which name what the kernel refuses. SIGTERM, SIGINT and SIGUSR1
-    /// are blocked from then on.
+    /// Throws std::system_error or std::runtime_error if the kernel refuses something; the text names it. SIGTERM,
+    /// SIGINT and SIGUSR1 are blocked from then on.
     explicit Agent(const Settings& settings);
 
     /// Relays messages until SIGTERM or SIGINT arrives.
@@ -44,6 +44,7 @@ private:
         std::optional<std::size_t> link;  ///< no value: the servers
     };
 
+    static std::vector<Stack> openStacks(const Settings& settings, const KernelNetInfo::Status::Ptr& kni);
     void handleDevice(const Kcore::String& name);
     void requireAccess() const;
     void listSources();
@@ -56,9 +57,9 @@ private:
     void handleReply(Stack& stack, Transaction& reply);
     void finish(const Transaction& t, Reason reason);
     Reason sendToServers(Stack& stack, Transaction& t);
-    void tellFailure(const ServerCounters& server, int error);
+    void printFailure(const ServerCounters& server, int error);
     Reason deliver(Stack& stack, Transaction& t);
-    void tell(const Transaction& t, Reason reason) const;
+    void print(const Transaction& t, Reason reason) const;
     void printCounters();
 
     Context context_;

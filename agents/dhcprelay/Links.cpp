@@ -24,7 +24,7 @@ Links::Links(const Settings& settings)
     deriveAddresses();
 }
 
-/// The most exact of the operator's choices goes before the others.
+/// Returns the address of the most specific entry that matches the port; no address if none does.
 IpGenAddr Links::configured(const std::vector<RelayAddress>& addresses, const Port& port) const {
     IpGenAddr found;
     int exactness = -1;
@@ -79,7 +79,6 @@ void Links::addressesAre(const std::vector<KernelNetInfo::HostAddress>& addresse
 }
 
 void Links::deriveAddresses() {
-    ++changes_;
     own_.clear();
     relayAddresses_.clear();
     for (const auto& found : addresses_) own_.insert(found.address);

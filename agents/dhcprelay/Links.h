@@ -9,6 +9,9 @@
 
 namespace DhcpRelay {
 
+/// All_DHCP_Relay_Agents_and_Servers (RFC 8415, section 7.1).
+inline const Ip6Addr allAgents = Ip6Addr::fromText("ff02::1:2");
+
 inline bool isLinkLocal(const Ip6Addr& a) { return a.byte(0) == 0xfe && (a.byte(1) & 0xc0) == 0x80; }
 inline bool isMulticast(const Ip6Addr& a) { return a.byte(0) == 0xff; }
 
@@ -25,7 +28,7 @@ struct Link {
 };
 
 /// The client links, the server-side interface and this host's addresses. Does not ask the kernel: the owner calls
-/// deviceIs and addressesAre at each change. `changes` counts the changes.
+/// deviceIs and addressesAre at each change.
 class Links {
 public:
     explicit Links(const Settings& settings);
@@ -52,7 +55,6 @@ public:
     /// Report a change in the kernel. `device` is all zero if the device does not exist any more.
     void deviceIs(std::string_view name, const KernelNetInfo::IntfStatus& device);
     void addressesAre(const std::vector<KernelNetInfo::HostAddress>& addresses);
-    U32 changes() const { return changes_; }
 
 private:
     bool isOwn(const IpGenAddr& address) const;
@@ -67,7 +69,6 @@ private:
     KernelNetInfo::IntfStatus serverDevice_;
     std::vector<KernelNetInfo::HostAddress> addresses_;
     Kcore::FlatSet<IpGenAddr> own_, relayAddresses_;
-    U32 changes_ = 0;
 };
 
 }  // namespace DhcpRelay

@@ -25,7 +25,7 @@ class TransactionMemory {
 public:
     struct Origin {
         Port port;
-        EthAddr mac;               ///< the client's; zero if the client is behind another relay
+        EthAddr mac;               ///< source of the request's frame: the client, or the relay that forwarded it
         bool foreignInfo = false;  ///< the request had an option 82, which was kept
     };
 

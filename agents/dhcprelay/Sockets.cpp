@@ -53,7 +53,7 @@ IpGenAddr toAddress(const SocketAddress& address) {
     return IpAddr::fromBytes(reinterpret_cast<const U8*>(&address.v4.sin_addr));
 }
 
-/// Lets through datagrams whose message starts with `first`; a filter of a UDP socket sees its header, too.
+/// Makes the socket accept only datagrams whose message starts with `first`. The filter sees the UDP header as well.
 void attachFilter(int fd, U8 first) {
     constexpr U32 udpBytes = 8;
     sock_filter instructions[] = {
@@ -66,7 +66,7 @@ void attachFilter(int fd, U8 first) {
     if (::setsockopt(fd, SOL_SOCKET, SO_ATTACH_FILTER, &program, sizeof program) != 0) raise("socket filter");
 }
 
-/// The interface that a datagram came in on; 0 if the socket does not tell it.
+/// The interface that received a datagram; 0 if the socket does not report it.
 U32 receivingInterface(msghdr& message) {
     for (cmsghdr* c = CMSG_FIRSTHDR(&message); c != nullptr; c = CMSG_NXTHDR(&message, c)) {
         if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_PKTINFO) {
@@ -130,7 +130,7 @@ private:
 
 }  // namespace
 
-ServerSocket::ServerSocket(Protocol protocol, bool tellsInterface)
+ServerSocket::ServerSocket(Protocol protocol, bool reportsInterface)
     : protocol_(protocol),
       socket_(
           ::socket(protocol == Protocol::dhcp4 ? AF_INET : AF_INET6, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
@@ -142,9 +142,9 @@ ServerSocket::ServerSocket(Protocol protocol, bool tellsInterface)
     constexpr int receiveBuffer = 1 << 20;
     attachFilter(fd(), isV4 ? bootReply : relayReply);
     optionIs(fd(), SOL_SOCKET, SO_RCVBUF, receiveBuffer, "receive buffer");
-    if (!isV4) optionIs(fd(), IPPROTO_IPV6, IPV6_V6ONLY, 1, "IPv6 alone");
+    if (!isV4) optionIs(fd(), IPPROTO_IPV6, IPV6_V6ONLY, 1, "IPv6 only");
     optionIs(fd(), isV4 ? IPPROTO_IP : IPPROTO_IPV6, isV4 ? IP_RECVERR : IPV6_RECVERR, 1, "ICMP errors");
-    if (tellsInterface)
+    if (reportsInterface)
         optionIs(fd(), isV4 ? IPPROTO_IP : IPPROTO_IPV6, isV4 ? IP_PKTINFO : IPV6_RECVPKTINFO, 1, "packet info");
     SocketAddress address;
     const IpGenAddr any = isV4 ? IpGenAddr(IpAddr()) : IpGenAddr(Ip6Addr());
@@ -154,10 +154,9 @@ ServerSocket::ServerSocket(Protocol protocol, bool tellsInterface)
 
 std::size_t ServerSocket::receive(std::span<Transaction> replies) {
     static Batch batch;
-    int count;
-    // An error that waits in the socket is told once; the datagrams behind it are not lost.
-    do count = batch.read(fd(), replies.size());
-    while (count < 0 && errno != EAGAIN && errno != EWOULDBLOCK && errno != EBADF);
+    int count = batch.read(fd(), replies.size());
+    // An ICMP error for an earlier message makes one call fail. The datagrams stay in the socket.
+    if (count < 0 && errno != EAGAIN && errno != EWOULDBLOCK) count = batch.read(fd(), replies.size());
     for (int i = 0; i < count; ++i) {
         Transaction& t = replies[static_cast<std::size_t>(i)] = {};
         t.protocol = protocol_;
@@ -175,6 +174,13 @@ bool ServerSocket::send(std::span<const U8> message, const IpGenAddr& to, U16 po
     };
     // The first call fails, too, if an ICMP error for an earlier message has arrived.
     return trySend() || trySend();
+}
+
+bool ServerSocket::joinAllAgents(U32 ifIndex) const {
+    ipv6_mreq group{};
+    std::memcpy(&group.ipv6mr_multiaddr, allAgents.bytes(), sizeof allAgents);
+    group.ipv6mr_interface = ifIndex;
+    return ::setsockopt(fd(), IPPROTO_IPV6, IPV6_JOIN_GROUP, &group, sizeof group) == 0 || errno == EADDRINUSE;
 }
 
 std::optional<ServerSocket::Returned> ServerSocket::takeReturned() {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <functional>
-
 #include "Kcore/FileDescriptor.h"
 #include "Transaction.h"
 
@@ -11,8 +9,9 @@ namespace DhcpRelay {
 /// only; the agent receives the clients' messages as frames.
 class ServerSocket {
 public:
-    /// Throws std::system_error, which names the port, if it cannot be opened.
-    ServerSocket(Protocol protocol, bool tellsInterface);
+    /// `reportsInterface`: set Transaction::ifIndex of received messages. Throws std::system_error, which names the
+    /// port, if the socket cannot be opened.
+    ServerSocket(Protocol protocol, bool reportsInterface);
 
     int fd() const { return socket_.get(); }
     /// Reads the datagrams that are waiting, but at most replies.size() and at most 32, as transactions of the server
@@ -21,6 +20,9 @@ public:
     /// Returns false and sets errno if the kernel refuses the message. `ifIndex` names the link of a link-local
     /// address.
     bool send(std::span<const U8> message, const IpGenAddr& to, U16 port, U32 ifIndex);
+    /// Joins the multicast group of the DHCPv6 relay agents on an interface. Returns false and sets errno on failure;
+    /// joining again is none.
+    bool joinAllAgents(U32 ifIndex) const;
     /// The next ICMP error that came back for a message. poll reports POLLERR if one is waiting.
     struct Returned {
         IpGenAddr to;  ///< where the message was sent

@@ -22,7 +22,8 @@ TransactionKey keyOf(const Transaction& t, const DhcpHdr& header) {
     TransactionKey key;
     const ByteView bytes(*t.pkt);
     std::copy_n(t.relayAddress.v4Addr().bytes(), sizeof(IpAddr), key.relayAddress.begin());
-    const std::string_view chaddr = bytes.text(t.at + chaddrAt, chaddrBytes);
+    // Servers may not return the bytes behind the hardware address.
+    const std::string_view chaddr = bytes.text(t.at + chaddrAt, header.hlen());
     std::copy(chaddr.begin(), chaddr.end(), key.client.begin());
     std::copy_n(header.xid().bytes(), sizeof(U32), key.id.begin());
     return key;
@@ -64,7 +65,7 @@ OptionFacts factsOf(const Transaction& t) {
     return facts;
 }
 
-/// Of the message's option 82; empty without.
+/// The circuit-id in the message's option 82; empty if there is none.
 std::string_view circuitIdOf(const Transaction& t) {
     return DhcpLib::findInfoSubOption(t.pkt, t.at, DhcpLib::DhcpInformationSubOptionType::circuitId).data();
 }
@@ -80,7 +81,7 @@ Reason validate(Transaction& t) {
     return t.options.isWellFormed ? Reason::none : Reason::malformed;
 }
 
-/// Whether the request is for a relay agent here, and not one that the kernel routes to its server.
+/// Whether the request is sent to a relay agent. The kernel routes the others to their server.
 bool isForAgent(const Transaction& t, const Links& links) {
     const IpAddr dst = t.dst.v4Addr();
     if (dst.value() == 0xffffffff || links.isOwn(dst)) return true;
@@ -88,10 +89,10 @@ bool isForAgent(const Transaction& t, const Links& links) {
     return std::find(broadcasts.begin(), broadcasts.end(), dst) != broadcasts.end();
 }
 
-/// What becomes of an option 82 that the request brought (RFC 3046, section 2.1.1).
+/// Decides what to do with the request's own option 82 (RFC 3046, section 2.1.1).
 Reason decideInfo(Transaction& t, const Context& c) {
     if (t.options.isBootp) return Reason::none;
-    // Replaced even if there is none: a further one may stand behind the end option, where some servers look.
+    // Also if the request has none: another one may follow the end option, where some servers look for it.
     t.info = InfoAction::replace;
     const InfoPolicy policy = c.links.of(t.port).config.trusted ? c.settings.trustedInfo : c.settings.untrustedInfo;
     if (t.options.hidesInfo && policy != InfoPolicy::keep) return Reason::untrustedInfo;
@@ -104,7 +105,7 @@ Reason decideInfo(Transaction& t, const Context& c) {
         case InfoPolicy::keep:
             break;
     }
-    // A reply with such a circuit-id would go to the port that it names.
+    // A reply with such a circuit-id would be delivered to the port that it names.
     if (c.circuitId.isOfSomePort(c.links, circuitIdOf(t))) return Reason::forgedPort;
     t.info = InfoAction::leave;
     return Reason::none;
@@ -117,7 +118,7 @@ Reason decideRequest(Transaction& t, Context& c) {
     if (!header.giaddr().isAny()) {
         if (c.links.isOwn(header.giaddr()) || c.links.isRelayAddress(header.giaddr())) return Reason::ownRelayAddress;
         if (!c.links.of(t.port).config.trusted) return Reason::untrustedRelay;
-        t.relayAddress = header.giaddr();  // the reply goes to that relay, which is what remembers
+        t.relayAddress = header.giaddr();  // the server replies to that relay, so nothing is remembered
         return Reason::none;
     }
     const IpAddr giaddr = c.links.giaddr(t.port);
@@ -129,7 +130,7 @@ Reason decideRequest(Transaction& t, Context& c) {
     return Reason::none;
 }
 
-/// Our own circuit-id goes before the memory, and that before the relay address.
+/// Looks for the port first in our own circuit-id, then in the memory, then in the relay address.
 Port portOfReply(const Transaction& t, const Context& c, const TransactionMemory::Origin* remembered) {
     Port port = remembered != nullptr && remembered->foreignInfo ? Port{} : c.circuitId.portOf(c.links, circuitIdOf(t));
     if (remembered != nullptr && (!port.isKnown() || port.isSame(remembered->port))) return remembered->port;

@@ -12,7 +12,7 @@ using DhcpLib::Wire::ByteView;
 
 U8 typeAt(const Transaction& t, U32 at) { return ByteView(*t.pkt).load<U8>(at); }
 
-/// What the inner message of a request and that of its reply have in common.
+/// The key of a request or a reply, taken from the message that a relay message contains, at `messageAt`.
 TransactionKey keyOf(const Transaction& t, const Ip6Addr& peer, U32 messageAt, bool isRelayed) {
     TransactionKey key;
     key.protocol = Protocol::dhcp6;
@@ -25,7 +25,7 @@ TransactionKey keyOf(const Transaction& t, const Ip6Addr& peer, U32 messageAt, b
     return key;
 }
 
-/// The header and all options of a message that starts at `at` and ends with the packet.
+/// Whether the message that starts at `at` has a complete header and its options end exactly at the packet's end.
 bool isWellFormed(const Transaction& t, U32 at, U32 headerBytes) {
     const ByteView bytes(*t.pkt);
     if (bytes.from(at) < headerBytes) return false;
@@ -53,7 +53,6 @@ bool canBePeer(const Ip6Addr& peer, const Links& links) {
 }
 
 Reason decideRequest(Transaction& t, Context& c) {
-    static const Ip6Addr allAgents = Ip6Addr::fromText("ff02::1:2");  // RFC 8415, section 7.1
     const Link& link = c.links.of(t.port);
     const Ip6Addr peer = t.src.v6Addr();
     if (t.dst.v6Addr() != allAgents && !c.links.isOwn(t.dst.v6Addr())) return Reason::routed;
@@ -70,7 +69,7 @@ Reason decideRequest(Transaction& t, Context& c) {
     return Reason::none;
 }
 
-/// Our own interface-id goes before the memory, and that before the link-address.
+/// Looks for the port first in our own interface-id, then in the memory, then in the link-address.
 Port portOfReply(const Transaction& t, const Context& c, std::string_view interfaceId,
                  const TransactionMemory::Origin* remembered) {
     Port port = c.interfaceId.portOf(c.links, interfaceId);
