@@ -11,17 +11,17 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// The object in the file. Of a name that stands there twice the parser would keep the last value without a word.
+/// Reads the object in the file. Refuses a name that occurs twice, because the parser would silently use the last one.
 Json objectIn(std::istream& in) {
     std::set<std::string> names;
     const auto refuseSecond = [&](int depth, Json::parse_event_t event, Json& parsed) {
         if (event == Json::parse_event_t::key && depth == 1 && !names.insert(parsed.get<std::string>()).second)
-            throw UsageError("configuration file: " + parsed.dump() + " stands there twice");
+            throw UsageError("configuration file: " + parsed.dump() + " occurs twice");
         return true;
     };
     try {
         Json object = Json::parse(in, refuseSecond, true, true);
-        if (!object.is_object()) throw UsageError("configuration file: no JSON object");
+        if (!object.is_object()) throw UsageError("configuration file: not a JSON object");
         return object;
     } catch (const Json::exception& error) {
         throw UsageError(std::string("configuration file: ") + error.what());
@@ -31,7 +31,7 @@ Json objectIn(std::istream& in) {
 std::string textOf(const std::string& name, const Json& value) {
     if (value.is_string()) return value.get<std::string>();
     if (value.is_boolean() || value.is_number()) return value.dump();
-    throw UsageError("configuration file: " + name + " is neither a text nor a number nor true or false");
+    throw UsageError("configuration file: " + name + " is not a string, a number, true or false");
 }
 
 }  // namespace

@@ -10,13 +10,13 @@ namespace DhcpRelay {
 struct LinkCounters {
     U64 relayed = 0;                   ///< requests that were sent to a server
     U64 delivered = 0;                 ///< replies that were sent to a client
-    std::optional<U64> kernelDropped;  ///< no value for the server side, where the kernel does not tell it
+    std::optional<U64> kernelDropped;  ///< no value for the server side
     std::array<U64, reasonCount> byReason{};
 
     void count(Reason reason) { ++byReason[static_cast<std::size_t>(reason)]; }
 };
 
-/// Counters of one server, for its messages alone.
+/// Counters of the requests to one server.
 struct ServerCounters {
     IpGenAddr address;
     U64 sent = 0;

@@ -24,7 +24,7 @@ bool isServedTag(U16 etherType) { return etherType == 0x8100 || etherType == 0x8
 
 std::span<const U8> part(ByteView bytes, U32 pos, U32 n) { return {bytes.data() + pos, n}; }
 
-/// The sum that RFC 768 and RFC 8200 put before a UDP datagram's own.
+/// The checksum's part for the pseudo header (RFC 768; RFC 8200, section 8.1).
 U64 pseudoSum(const IpGenAddr& src, const IpGenAddr& dst, U32 udpLength) {
     U64 sum = udpProtocol + U64{udpLength};
     for (const IpGenAddr* a : {&src, &dst})
@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    /// False for frames of other kinds, and for those to other hosts.
+    /// Returns false for a frame that is not IP or is for another host.
     bool readEthernet() {
         if (!bytes_.has(0, etherBytes)) return false;
         t_.dstMac = bytes_.load<EthAddr>(0);

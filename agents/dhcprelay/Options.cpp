@@ -8,7 +8,7 @@
 #include <set>
 
 #include "ConfigFile.h"
-#include "Links.h"
+#include "PortName.h"
 #include "Reason.h"
 #include "cli/Program.h"
 #include "cli/Suggestion.h"
@@ -18,8 +18,8 @@ namespace DhcpRelay {
 namespace {
 
 constexpr Cli::ExitMeaning exits[] = {
-    {done, "The program ended because it was told to, or --check found no error."},
-    {failed, "The program failed: no privileges, or no socket."},
+    {done, "SIGTERM or SIGINT ended the program, or --check found no error."},
+    {failed, "The program failed, for example because a privilege is missing or a port is in use."},
     {badUsage, "The options or the configuration file are wrong."},
 };
 constexpr Cli::Example examples[] = {
@@ -29,7 +29,7 @@ constexpr Cli::Example examples[] = {
 };
 constexpr Cli::Program program{8, exits, examples, "dhcptool(1)"};
 
-/// The options as they are written.
+/// Option values that are checked and converted after parsing.
 struct Written {
     std::vector<std::string> clients, servers, replySources, trusted, vlans, giaddrs, linkAddresses;
     std::string serverInterface, linkSelection;
@@ -40,7 +40,7 @@ struct Written {
     throw UsageError("--" + option + " " + value + ": " + why);
 }
 
-/// A group of options in --help. A text is broken by hand, so that each line fits 80 columns.
+/// A group of options in --help. The texts contain line breaks, so that each line fits 80 columns.
 class Group {
 public:
     Group(CLI::App& app, const char* name) : app_(app), name_(name) {}
@@ -52,7 +52,8 @@ public:
         return app_.add_flag_callback(names, std::move(run), text)->configurable(false)->group(name_);
     }
     void text(const char* name, std::string& value, const char* type, const char* text) {
-        app_.add_option(name, value, text)->type_name(type)->group(name_);
+        const auto isGiven = [](const std::string& given) { return given.empty() ? "must not be empty" : ""; };
+        app_.add_option(name, value, text)->type_name(type)->check(isGiven, "")->group(name_);
     }
     /// May be repeated.
     void list(const char* names, std::vector<std::string>& values, const char* type, const char* text) {
@@ -81,22 +82,23 @@ private:
 };
 
 void addRelaying(CLI::App& app, Settings& s, Written& w) {
-    Group group(app, "Who talks to whom");
+    Group group(app, "Links and servers");
     group.flag("-4,--ipv4", s.ipv4, "Relay DHCPv4 (default: if a server has such\nan address)");
     group.flag("-6,--ipv6", s.ipv6, "Relay DHCPv6 (likewise)");
     group.list("-c,--client", w.clients, "LINK", "Link with clients; repeat for more");
     group.list("-s,--server", w.servers, "ADDRESS", "Address of a server, or of the next relay;\nrepeat for more");
-    group.list("--accept-replies-from", w.replySources, "ADDRESS",
-               "Take replies from this address, too, without\nsending to it: that of a server behind the\nnext relay");
-    group.text("--server-interface", w.serverInterface, "LINK", "Take replies from this interface alone");
-    group.list("--trust", w.trusted, "LINK", "Client link behind which relays, or switches\nthat add option 82, stand");
+    group.list(
+        "--accept-replies-from", w.replySources, "ADDRESS",
+        "Also accept replies from this address, but\nsend nothing to it: that of a server behind\nthe next relay");
+    group.text("--server-interface", w.serverInterface, "LINK", "Accept replies only from this interface");
+    group.list("--trust", w.trusted, "LINK", "Client link with trusted relays, or switches\nthat add option 82");
     group.list("--vlans", w.vlans, "LINK=LIST",
                "Serve these tagged VLANs on a client link:\n'10,20-29' or 'all'. Untagged frames are\nalways served");
     group.number("--native-vlan", s.nativeVlan, "VLAN", 1, 4094, "VLAN of untagged frames (default 1)");
 }
 
 void addIdentity(CLI::App& app, Settings& s, Written& w) {
-    Group group(app, "What servers are told");
+    Group group(app, "Contents of relayed requests");
     const char* const port = "[LINK[:VLAN]=]ADDRESS";
     group.list("--giaddr", w.giaddrs, port, "DHCPv4 relay address (default: the client\nlink's first)");
     group.list("--link-address", w.linkAddresses, port,
@@ -123,15 +125,16 @@ void addLimits(CLI::App& app, Settings& s) {
                  "A client's own option 82: discard the request\nor replace it (default discard)");
     group.choice("--trusted-option82", s.trustedInfo, "discard|replace|keep", trusted,
                  "The same on trusted links: discard, replace\nor keep (default keep)");
-    group.number("--hop-limit", s.hopLimit4, "N", 1, 255, "Relays that a DHCPv4 request may pass\n(default 16)");
+    group.number("--hop-limit", s.hopLimit4, "N", 1, 255, "Most relays that a DHCPv4 request may pass\n(default 16)");
     group.number("--hop-limit6", s.hopLimit6, "N", 1, 32, "The same for DHCPv6 (default 8)");
     group.number("--mtu", s.mtu, "BYTES", 576, 65535,
                  "Leave option 82 out of larger requests\n(default: that of --server-interface, or 1500)");
     group.number("--rate", s.rate, "N", 0, 1000000,
                  "Requests a second that a link may send,\n0 for no limit (default 1000)");
     group.number("--remember", s.rememberSeconds, "SECONDS", 1, 3600,
-                 "How long to remember where a transaction came\nfrom (default 60)");
-    group.number("--transactions", s.transactions, "N", 16, 1048576, "How many of each link (default 16384)");
+                 "How long to remember the port of a transaction\n(default 60)");
+    group.number("--transactions", s.transactions, "N", 16, 1048576,
+                 "How many transactions to remember for each\nlink (default 16384)");
 }
 
 void printReasons() {
@@ -145,30 +148,30 @@ void addReports(CLI::App& app, Settings& s) {
     Group group(app, "Reports");
     static const std::map<std::string, StatsFormat> formats{{"text", StatsFormat::text}, {"json", StatsFormat::json}};
     group.number("--stats", s.statsSeconds, "SECONDS", 1, 86400,
-                 "Print the counters every so often; SIGUSR1\nprints them, too");
+                 "Print the counters at this interval. SIGUSR1\nprints them as well");
     group.choice("--stats-format", s.statsFormat, "text|json", formats,
-                 "'text' (default), or 'json': an object a line");
+                 "'text' (default), or 'json': one object per line");
     group.flag("-v,--verbose", s.verbose, "Print a line for each message");
-    group.flag("--check", s.checkOnly, "Check the settings and end")->configurable(false);
-    group.action("--list-reasons", printReasons, "Print why messages are dropped, and end");
+    group.flag("--check", s.checkOnly, "Check the settings and exit")->configurable(false);
+    group.action("--list-reasons", printReasons, "Print why messages are dropped, and exit");
 }
 
 IntfId linkOf(const std::string& option, const std::string& value, std::string_view name) {
-    if (!IntfId::isValidName(name)) refuse(option, value, "no name of an interface");
+    if (!IntfId::isValidName(name)) refuse(option, value, "not the name of an interface");
     return IntfId(name);
 }
 
 ClientLink& clientOf(Settings& s, const std::string& option, const std::string& value, std::string_view name) {
     for (ClientLink& client : s.clients)
         if (client.name.name() == name) return client;
-    refuse(option, value, "no --client has this name");
+    refuse(option, value, "not a --client");
 }
 
 U16 vlanOf(const std::string& option, const std::string& value, std::string_view text) {
     U16 vlan = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), vlan);
     if (error != std::errc() || end != text.data() + text.size() || vlan < 1 || vlan > 4094)
-        refuse(option, value, "no VLAN, which is a number from 1 to 4094");
+        refuse(option, value, "not a VLAN number from 1 to 4094");
     return vlan;
 }
 
@@ -201,7 +204,7 @@ void takeClients(Settings& s, const Written& w) {
 /// An address of one host that is not in `seen` yet.
 IpGenAddr hostOf(const std::string& option, const std::string& text, const Settings& s, std::set<IpGenAddr>& seen) {
     IpGenAddr host;
-    if (!IpGenAddr::parse(text, &host) || !host.isUsable()) refuse(option, text, "no address of a host");
+    if (!IpGenAddr::parse(text, &host) || !host.isUsable()) refuse(option, text, "not the address of a host");
     if ((host.isV4() && host.v4Addr().value() >> 28 >= 0xe) || (host.isV6() && host.v6Addr().byte(0) == 0xff))
         refuse(option, text, "not the address of one host, so that replies could not be told from forged ones");
     if (host.isV6() && isLinkLocal(host.v6Addr()) && !s.serverInterface)
@@ -245,7 +248,7 @@ RelayAddress relayAddressOf(Settings& s, const std::string& option, const std::s
     }
     const bool v4 = option == "giaddr";
     if (!IpGenAddr::parse(text, &result.address) || result.address.isV4() != v4 || !result.address.isUsable())
-        refuse(option, entry, v4 ? "no IPv4 address" : "no IPv6 address");
+        refuse(option, entry, v4 ? "not an IPv4 address" : "not an IPv6 address");
     return result;
 }
 
@@ -260,12 +263,14 @@ void takeIdentity(Settings& s, const Written& w) {
     if (s.serverIdOverride && w.linkSelection.empty())
         throw UsageError("--server-id-override without --link-selection");
     if (s.ipv4 && !s.vrf.empty() && w.linkSelection.empty()) throw UsageError("--vrf without --link-selection");
-    // What option 82 holds beside the two: sub-options 5, 11, 151 and 152, and the vendor's.
+    // Leaves room in the 255 bytes of option 82 for the other sub-options.
     constexpr std::size_t longestId = 64, longestVrf = 64;
     for (const auto& [option, text] : {std::pair<std::string, const std::string&>{"circuit-id", s.circuitId},
                                        {"interface-id", s.interfaceId},
-                                       {"remote-id", s.remoteId}})
-        if (text.empty() || text.size() > longestId) refuse(option, text, "not 1 to 64 bytes long");
+                                       {"remote-id", s.remoteId}}) {
+        if (text.size() > longestId) refuse(option, text, "longer than 64 bytes");
+        PortName(option, text);  // throws if the format is wrong
+    }
     if (s.vrf.size() > longestVrf) refuse("vrf", s.vrf, "longer than 64 bytes");
 }
 
@@ -278,15 +283,15 @@ std::optional<Settings> settingsOf(int argc, const char* const* argv) {
     Cli::describe(app, program);
     app.config_formatter(std::make_shared<JsonConfig>());
     app.set_config("--config", "",
-                   "Read options from a JSON file: the long names\nbelow, arrays where one may be repeated;\nthe "
-                   "command line goes first")
+                   "Read options from a JSON file: the long names\nbelow, arrays where one may be repeated.\nThe "
+                   "command line overrides them")
         ->type_name("FILE");
     app.allow_config_extras(CLI::config_extras_mode::capture);  // refused below, by their names
     app.allow_extras();
     app.footer(
-        "Messages go to stderr, counters to stdout. \"dhcprelay: ready\" tells that clients are served; a missing link "
-        "is "
-        "waited for. SIGTERM and SIGINT end the program.");
+        "Messages go to stderr, counters to stdout. The message \"dhcprelay: ready\" means that clients are served. "
+        "The "
+        "program waits for a missing link. SIGTERM and SIGINT end it.");
     addRelaying(app, settings, written);
     addIdentity(app, settings, written);
     addLimits(app, settings);

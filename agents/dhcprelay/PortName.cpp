@@ -22,7 +22,7 @@ PortName::PortName(const std::string& option, const std::string& text) {
             continue;
         }
         if (kind != 'i' && kind != 'v' && kind != 'm')
-            throw UsageError("--" + option + " " + text + ": behind % only i, v, m and % have a meaning");
+            throw UsageError("--" + option + " " + text + ": after % only i, v, m and % are allowed");
         flush();
         parts_.push_back({kind, {}});
     }
@@ -47,9 +47,9 @@ std::string PortName::textOf(const Links& links, const Port& port) const {
 std::optional<unsigned> PortName::vlanIn(const Link& link, std::string_view text) const {
     unsigned vlan = anyVlan;
     const auto take = [&](std::string_view expected) {
-        const bool there = text.substr(0, expected.size()) == expected;
-        if (there) text.remove_prefix(expected.size());
-        return there;
+        const bool matches = text.starts_with(expected);
+        if (matches) text.remove_prefix(expected.size());
+        return matches;
     };
     for (const Part& part : parts_) {
         if (part.kind == 'v') {
@@ -75,7 +75,7 @@ Port PortName::portOf(const Links& links, std::string_view text) const {
         const std::optional<unsigned> vlan = vlanIn(link, text);
         if (!vlan) continue;
         if (found.isKnown()) return {};
-        // A text without the VLAN tells the port only if the link has but one.
+        // A text without the VLAN identifies the port only if the link has a single VLAN.
         if (*vlan == anyVlan && link.config.taggedVlans.any()) return {};
         const Port port = *vlan == anyVlan ? links.nativePort(i) : links.portOf(i, static_cast<U16>(*vlan));
         if (links.serves(port)) found = port;

@@ -7,7 +7,7 @@ namespace DhcpRelay {
 /// Format of a port's name. %i stands for the link, %v for the VLAN and %m for the link's MAC address.
 class PortName {
 public:
-    /// Throws UsageError, which names `option`, for any other letter behind a percent sign.
+    /// Throws UsageError, which names `option`, for any other character after a percent sign.
     PortName(const std::string& option, const std::string& text);
 
     std::string textOf(const Links& links, const Port& port) const;

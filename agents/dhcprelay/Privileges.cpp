@@ -19,7 +19,7 @@ constexpr unsigned wanted = 1u << CAP_NET_RAW | 1u << CAP_NET_BIND_SERVICE;
 }  // namespace
 
 void dropPrivileges() {
-    // Only who has CAP_SETPCAP may shrink the bounding set; without it nothing can be gained through it that matters.
+    // Without CAP_SETPCAP this fails. PR_SET_NO_NEW_PRIVS below then keeps the process from gaining capabilities.
     for (unsigned long capability = 0; prctl(PR_CAPBSET_READ, capability, 0, 0, 0) >= 0; ++capability)
         if (capability >= 32 || (wanted >> capability & 1) == 0)
             if (prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0 && errno != EPERM) raise();

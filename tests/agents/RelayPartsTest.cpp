@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "Counters.h"
 #include "DhcpLib/Wire.h"
 #include "Options.h"
@@ -16,7 +18,7 @@ TransactionKey keyOf(U8 n) {
     return key;
 }
 
-TEST(TransactionMemory, FloodOfOneLinkForgetsItsOwnOldestAlone) {
+TEST(TransactionMemory, FloodOnOneLinkEvictsOnlyItsOwnOldest) {
     TransactionMemory memory(2, 4, 60);
     memory.remember(keyOf(200), {{1, 1, {}}, {}, false}, 0);
     for (U8 n = 0; n < 100; ++n) memory.remember(keyOf(n), {{0, 1, {}}, {}, false}, 0);
@@ -25,8 +27,8 @@ TEST(TransactionMemory, FloodOfOneLinkForgetsItsOwnOldestAlone) {
     EXPECT_EQ(memory.find(keyOf(200), 60), nullptr);
 }
 
-/// The share of turns with a rest, for an agent that serves `waiting` messages a turn, each of which follows `gap`
-/// after the one before. `isLoop`: clients send again only when they have been served.
+/// The share of turns with a rest if `waiting` messages are served in each turn and messages arrive at intervals of
+/// `gap`. `isLoop`: clients send the next message only after a reply.
 double restfulTurns(unsigned waiting, std::chrono::microseconds gap, bool isLoop) {
     Pace pace;
     Pace::Clock::time_point now;
@@ -41,7 +43,7 @@ double restfulTurns(unsigned waiting, std::chrono::microseconds gap, bool isLoop
     return double(rests) / turns;
 }
 
-TEST(Pace, RestsWhileThatSlowsNobodyDown) {
+TEST(Pace, RestsOnlyIfClientsAreNotSlowedDown) {
     using std::chrono::microseconds;
     EXPECT_GT(restfulTurns(8, microseconds(300), false), 0.9);
     EXPECT_LT(restfulTurns(4, microseconds(20), true), 0.05);
@@ -49,7 +51,7 @@ TEST(Pace, RestsWhileThatSlowsNobodyDown) {
     EXPECT_EQ(restfulTurns(32, microseconds(10), false), 0);
 }
 
-TEST(PortName, FindsThePortOfItsText) {
+TEST(PortName, FindsThePortWithThatName) {
     World world;
     const Links& links = world.context.links;
     const struct {
@@ -64,10 +66,9 @@ TEST(PortName, FindsThePortOfItsText) {
         EXPECT_EQ(port.isKnown() ? std::to_string(port.link) + " " + std::to_string(port.vlan) : "none", row.port)
             << row.pattern << " " << row.text;
     }
-    EXPECT_THROW(PortName("circuit-id", "%x"), UsageError);
 }
 
-TEST(FramesOf, SplitsAtTheMtu) {
+TEST(FramesOf, FragmentsAtTheMtu) {
     const Octets message(3000, 0x5a);
     for (const char* dst : {"10.20.0.9", "2001:db8:1::9"}) {
         Destination to;
@@ -90,7 +91,7 @@ TEST(FramesOf, SplitsAtTheMtu) {
     }
 }
 
-TEST(Links, FollowWhatTheKernelTells) {
+TEST(Links, FollowAddressesAndDevices) {
     World world;
     Links& links = world.context.links;
     links.addressesAre({{1, IpAddr::fromText("10.21.0.1"), 24}});
@@ -100,7 +101,7 @@ TEST(Links, FollowWhatTheKernelTells) {
     EXPECT_EQ(world.arrives(reply, server4), "no-link");
 }
 
-/// Empty where the arguments are accepted.
+/// The error for these arguments; empty if they are accepted.
 std::string refusal(std::vector<const char*> arguments) {
     arguments.insert(arguments.begin(), "dhcprelay");
     try {
@@ -111,7 +112,16 @@ std::string refusal(std::vector<const char*> arguments) {
     return "";
 }
 
-TEST(Options, NameWhatIsWrong) {
+TEST(Reasons, AreDocumented) {
+    std::ifstream file(DHCPLIB_TEST_DATA "/../../docs/dhcprelay.md");
+    const std::string page{std::istreambuf_iterator<char>(file), {}};
+    for (const ReasonMember& row : Kcore::EnumTable<Reason>::members) {
+        const std::string line = "| `" + std::string(row.name) + "` | " + std::string(row.text) + " |\n";
+        EXPECT_EQ(page.find(line) != page.npos, row.kind != ReasonKind::silent) << line;
+    }
+}
+
+TEST(Options, ErrorNamesTheOption) {
     const struct {
         std::vector<const char*> arguments;
         const char* refusal;
@@ -122,16 +132,17 @@ TEST(Options, NameWhatIsWrong) {
         {{"-c", "a"}, "no --server"},
         {{"-c", "a", "-c", "a", "-s", "10.0.0.1"}, "--client a: named twice"},
         {{"-c", "a", "-s", "10.0.0.1", "-s", "10.0.0.1"}, "--server 10.0.0.1: named twice"},
-        {{"-c", "a", "-s", "10.0.0"}, "--server 10.0.0: no address of a host"},
+        {{"-c", "a", "-s", "10.0.0"}, "--server 10.0.0: not the address of a host"},
         {{"-c", "a", "-s", "10.0.0.1", "--accept-replies-from", "10.0.0.1"},
          "--accept-replies-from 10.0.0.1: named twice"},
         {{"-c", "a", "-s", "fe80::1"}, "--server fe80::1: a link-local address needs --server-interface"},
         {{"-c", "a", "-s", "10.0.0.1", "-6"}, "--ipv6, but no --server with an IPv6 address"},
-        {{"-c", "a", "-s", "10.0.0.1", "--trust", "b"}, "--trust b: no --client has this name"},
-        {{"-c", "a", "-s", "10.0.0.1", "--vlans", "a=1,4095"},
-         "--vlans a=1,4095: no VLAN, which is a number from 1 to 4094"},
+        {{"-c", "a", "-s", "10.0.0.1", "--trust", "b"}, "--trust b: not a --client"},
+        {{"-c", "a", "-s", "10.0.0.1", "--vlans", "a=1,4095"}, "--vlans a=1,4095: not a VLAN number from 1 to 4094"},
         {{"-c", "a", "-s", "10.0.0.1", "--vlans", "a=9-7"}, "--vlans a=9-7: a range that ends before it starts"},
-        {{"-c", "a", "-s", "10.0.0.1", "--giaddr", "a:20=::1"}, "--giaddr a:20=::1: no IPv4 address"},
+        {{"-c", "a", "-s", "10.0.0.1", "--giaddr", "a:20=::1"}, "--giaddr a:20=::1: not an IPv4 address"},
+        {{"-c", "a", "-s", "10.0.0.1", "--remote-id", "%x"}, "--remote-id %x: after % only i, v, m and % are allowed"},
+        {{"-c", "a", "-s", "10.0.0.1", "--server-interface", ""}, "--server-interface: must not be empty"},
         {{"-c", "a", "-s", "10.0.0.1", "--option82", "keep"}, "--option82: keep not in {discard,replace}"},
     };
     for (const auto& row : rows) EXPECT_EQ(refusal(row.arguments), row.refusal);

@@ -18,9 +18,10 @@ Settings usualSettings();
 struct World {
     explicit World(const Settings& settings = usualSettings());
 
-    /// What becomes of a frame: the reason if it is dropped, "ignored", or what `describe` says; remarks behind it.
+    /// Handles a frame that a client link received. Returns the reason if it is dropped, "ignored" if it is not for the
+    /// agent, and otherwise the result of `describe`. The counted remarks follow.
     std::string arrives(std::size_t link, const PktPtr& frame, bool checksumReady = true);
-    /// The same for a datagram of the server side.
+    /// The same for a datagram that the server-side socket received.
     std::string arrives(const Octets& datagram, const char* from, U32 ifIndex = 0);
 
     Context context;
@@ -30,10 +31,10 @@ private:
     std::string outcome(Reason reason) const;
 };
 
-/// A message as it was sent on, in short.
+/// A short description of a relayed or delivered message.
 std::string describe(const Transaction& t);
 
-/// Fields of a client's frame; the rest is as a client without an address sends it.
+/// Fields of a client's frame. Empty addresses mean those that a client without an address uses.
 struct SentFrame {
     std::size_t link = 0;
     VlanTag tag{};
