@@ -3,9 +3,9 @@
 
   compare  beside the ISC relay agent: CPU time of a transaction at a fixed rate, and transactions a second
   flood    20,000 requests a second from one link while the other link's clients get leases
-  soak     a mixed load for a long time: nothing is lost and the resident size stays where it was
+  soak     a mixed load for a long time: nothing is lost and the resident size does not grow
 
-A transaction is DISCOVER, OFFER, REQUEST, ACK, or what corresponds to them in DHCPv6.
+A transaction is DISCOVER, OFFER, REQUEST and ACK, or the corresponding DHCPv6 messages.
 """
 
 import argparse
@@ -22,12 +22,12 @@ from lab import require, wait_for  # noqa: E402
 from relayed import SERVER, SERVER6, AccessPort, Relayed, outcome  # noqa: E402
 
 OWN, ISC = "dhcprelay", "dhcrelay"
-# By protocol: the most CPU time of a transaction, and the least transactions a second, of the ISC agent's.
+# By protocol: limits of the ratio to the ISC agent, for CPU time of a transaction and for transactions a second.
 TARGETS = {4: (0.6, 1.2), 6: (0.7, 1.2)}
 
 
 def start(lab, name, protocol):
-    """One of the two agents with one client link, as its manual says; both add option 82 or an interface-id."""
+    """Starts one of the two agents with one client link. Both add option 82 or an interface-id."""
     if name == OWN:
         return lab.relay("-c", "cl1", "-s", SERVER if protocol == 4 else SERVER6, "--rate", "0")
     places = {4: ("-4", "-d", "-q", "-a", "-id", "cl1", "-iu", "up0", SERVER),
@@ -49,7 +49,7 @@ def resident_kib(process):
 
 
 def pin(process, cpu):
-    """The agent has a processor of its own where there are two."""
+    """Binds the process to one processor, so that the agent does not share its own if there are two."""
     os.sched_setaffinity(process.popen.pid, {cpu % os.cpu_count()})
 
 
@@ -65,20 +65,20 @@ def measured(name, protocol, rate, seconds):
             before = cpu_seconds(agent)
             load = lab.load("c1", *(["-6"] if protocol == 6 else []), *options)
             pin(load, 1)
-            told = outcome(load, seconds + 30)
-            assert told["completed"] > 0 and told["stray"] == 0, (name, told, agent.log())
-            return (cpu_seconds(agent) - before) / told["completed"], told
+            result = outcome(load, seconds + 30)
+            assert result["completed"] > 0 and result["stray"] == 0, (name, result, agent.log())
+            return (cpu_seconds(agent) - before) / result["completed"], result
 
         run("--rate", 200, "--seconds", 0.5)
-        steady, told = run("--rate", rate, "--seconds", seconds)
-        if told["completed"] < 0.99 * told["started"]:
-            print(f"{name}, DHCPv{protocol}: lost {told['lost']:.0f} of {told['started']:.0f} at the fixed rate")
-        full, told = run("--window", 64, "--seconds", seconds)
-        return steady, full, told["completed"] / told["seconds"]
+        steady, result = run("--rate", rate, "--seconds", seconds)
+        if result["completed"] < 0.99 * result["started"]:
+            print(f"{name}, DHCPv{protocol}: lost {result['lost']:.0f} of {result['started']:.0f} at the fixed rate")
+        full, result = run("--window", 64, "--seconds", seconds)
+        return steady, full, result["completed"] / result["seconds"]
 
 
 def compare(arguments):
-    """Pairs of runs, the order changing from pair to pair; the medians of each figure and of its ratio in the pairs."""
+    """Runs the agents in pairs, in alternating order. Prints the median of each figure and of its ratio in a pair."""
     require("dhcrelay")
     missed = False
     for protocol in arguments.protocols:
@@ -120,18 +120,18 @@ def soak(arguments):
                 sizes.append(resident_kib(agent))
                 print(f"{time.monotonic() - begin:6.0f} s  resident {sizes[-1]} KiB  CPU {cpu_seconds(agent):.1f} s",
                       flush=True)
-            told = [outcome(load) for load in loads]
-            for one in told:
-                print(one)
+            results = [outcome(load) for load in loads]
+            for result in results:
+                print(result)
             print(lab.counters(agent))
-        lost = sum(one["lost"] + one["stray"] for one in told)
+        lost = sum(result["lost"] + result["stray"] for result in results)
         grown = sizes[-1] - sizes[len(sizes) // 4]
         print(f"lost or stray {lost:.0f}, resident size grown by {grown} KiB after the first quarter")
         return 1 if lost or grown > 64 else 0
 
 
 def end(*_):
-    """Ends the measurement and takes the namespaces away; another signal does not disturb that."""
+    """Ends the measurement, which removes the namespaces. A second SIGTERM is ignored."""
     signal.signal(signal.SIGTERM, signal.SIG_IGN)
     sys.exit(1)
 
@@ -149,7 +149,7 @@ def main():
             sub.add_argument("--protocols", type=int, nargs="+", choices=(4, 6), default=(4, 6))
     arguments = parser.parse_args()
     signal.signal(signal.SIGTERM, end)
-    os.nice(-10)  # other work on the machine disturbs less
+    os.nice(-10)  # reduces the influence of other processes
     sys.exit(arguments.command(arguments))
 
 

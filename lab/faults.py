@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Makes the captures of docs/troubleshooting.md: eight faults of a network, with real clients, relays and servers.
 
-lab/faults.py [FAULT]... writes tests/data/captures/faults/FAULT*.pcap anew, for all faults if none is named. Needs
-root and the packages of `script/setup e2e faults`. Times, transaction ids and IAIDs differ in each run: bring the page
-up to date afterwards with `tests/tools/troubleshooting_test.py --update`."""
+lab/faults.py [FAULT]... overwrites tests/data/captures/faults/FAULT*.pcap, for all faults if none is named. Needs root
+and the packages of `script/setup e2e faults`. Times, transaction ids and IAIDs differ in each run: update the page
+afterwards with `tests/tools/troubleshooting_test.py --update`."""
 
 import json
 import os
@@ -18,7 +18,7 @@ CAPTURES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../tests/da
 MESSAGES = "udp and (port 67 or port 68 or port 546 or port 547)"
 ADDRESSES = {"lan1": ("10.10.0.1/24", "2001:db8:10::1/64"), "lan2": ("10.20.0.1/24", "2001:db8:20::1/64")}
 DHCPD = "authoritative; ping-check false; default-lease-time 600; max-lease-time 600;\n"
-# Sets the address that was offered, and tells it.
+# Sets the address of the lease, and prints it.
 SCRIPT = """#!/bin/sh
 case "${reason:-$1}" in
 bound|renew|BOUND|RENEW|REBOOT|REBIND)
@@ -70,7 +70,7 @@ class Site(Lab):
 
     @contextmanager
     def captured(self, name, namespace, interface, filtered=MESSAGES):
-        """Captures what passes the interface during the block, and keeps it if the block succeeds."""
+        """Captures the interface's messages during the block. Keeps the capture if the block succeeds."""
         path = os.path.join(self.folder, name + ".pcap")
         tcpdump = self.start(namespace, "tcpdump", "tcpdump", "-i", interface, "-U", "-Z", "root", "-w", path, filtered)
         tcpdump.saw("listening on")
@@ -86,7 +86,7 @@ class Site(Lab):
         return self.start(namespace, "udhcpc", "udhcpc", "-i", "eth0", "-f", "-s", self.script, *options)
 
     def dhclient(self, namespace, *options):
-        """Keeps its leases for the next dhclient of the namespace, as a host does that was switched off and on."""
+        """Keeps the leases for the next dhclient in the namespace, like a host that is switched off and on."""
         leases = os.path.join(self.folder, namespace + ".leases")
         if not os.path.exists(leases):
             self.file(namespace + ".leases", "")
@@ -113,14 +113,14 @@ def subnet(lan, *statements):
 
 
 def no_server():
-    """Nobody serves the VLAN."""
+    """The VLAN has no server."""
     require("udhcpc", "tcpdump")
     with Site(lans=()) as site, site.captured("no-server", site.host(1), "eth0"):
         assert site.udhcpc("c1", "-n", "-t", "4", "-T", "2").popen.wait(20) == 1
 
 
 def pool_exhausted():
-    """The pool has one address, and another client has it."""
+    """The pool has only one address, which another client uses."""
     require("dhcpd", "udhcpc", "tcpdump")
     with Site(lans=("lan1",)) as site:
         site.dhcpd(DHCPD + subnet(1, "range 10.10.0.100 10.10.0.100;"))
@@ -131,7 +131,7 @@ def pool_exhausted():
 
 
 def nak_after_move():
-    """A host is switched off, connected with another VLAN, and asks for its old address."""
+    """A host is switched off and connected to another VLAN. It asks for its old address."""
     require("dhcpd", "dhclient", "tcpdump")
     with Site() as site:
         site.dhcpd(DHCPD + "".join(subnet(lan, f"range 10.{lan}0.0.100 10.{lan}0.0.109;") for lan in (1, 2)))
@@ -144,7 +144,7 @@ def nak_after_move():
 
 
 def rogue_server():
-    """Somebody connects a home router. It answers before the server, which first pings the address that it offers."""
+    """A home router with a DHCP server is connected. It answers faster than the server, which pings addresses first."""
     require("dhcpd", "dnsmasq", "udhcpc", "tcpdump")
     with Site(lans=("lan1",)) as site:
         site.dhcpd(DHCPD.replace("ping-check false; ", "") + subnet(1, "range 10.10.0.100 10.10.0.109;"))
@@ -157,7 +157,7 @@ def rogue_server():
 
 
 def relay_drops_option82():
-    """The access switch names the port in option 82, by which the server chooses the pool. The relay replaces it."""
+    """The server selects the pool by the option 82 of the access switch, but the relay replaces that option."""
     require("dhcpd", "dhcrelay", "udhcpc", "tcpdump")
     with Site(lans=("lan2",)) as site:
         site.add("relay")
@@ -176,7 +176,7 @@ def relay_drops_option82():
 
 
 def address_conflict():
-    """A host has the address of the pool without asking. The client notices with ARP and declines the address."""
+    """A host uses an address of the pool without a lease. A client detects it with ARP and declines the address."""
     require("dnsmasq", "udhcpc", "tcpdump")
     with Site(lans=("lan1",)) as site:
         site.dnsmasq("srv", "lan1", "10.10.0.100", "10.10.0.109", "--dhcp-sequential-ip")
@@ -186,7 +186,7 @@ def address_conflict():
 
 
 def not_on_link():
-    """As nak-after-move, with DHCPv6: the host asks with CONFIRM whether its addresses are right for the link."""
+    """The DHCPv6 variant of nak-after-move: the host sends CONFIRM for its old address."""
     require("dhcpd", "dhclient", "tcpdump")
     with Site() as site:
         site.dhcpd("default-lease-time 600;\n" + "".join(
@@ -200,7 +200,7 @@ def not_on_link():
 
 
 def no_prefix_avail():
-    """The server has one prefix to delegate, and another router has it."""
+    """The server can delegate only one prefix, which another router has."""
     require("dhclient", "kea-dhcp6", "tcpdump")
     with Site(lans=("lan1",)) as site:
         config = {"Dhcp6": {

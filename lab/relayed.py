@@ -24,7 +24,7 @@ server ${serverid:-$new_dhcp_server_identifier} prefix $new_ip6_prefix$new_dhcp6
 
 
 class AccessPort(threading.Thread):
-    """A switch between c2 and the relay: c2's frames get the tag, and frames of its VLAN go to c2 without one."""
+    """A switch between c2 and the relay. It adds the tag to c2's frames, and removes it from frames to c2."""
 
     def __init__(self, lab, tpid, tci):
         super().__init__(daemon=True)
@@ -55,7 +55,7 @@ class AccessPort(threading.Thread):
 
 
 class Relayed(Lab):
-    """Clients c1 and c2, the relay with a link to each, and the server. c2 is behind a switch where it is to be tagged."""
+    """Clients c1 and c2, the relay with a link to each, and the server. If `tagged`, c2 is behind a switch."""
 
     def __init__(self, tagged=False):
         super().__init__()
@@ -72,8 +72,8 @@ class Relayed(Lab):
             self.client_link(number)
         if self.tagged:
             self.link(("switch", "access"), ("c2", "eth0"))
-            self.run("c2", "ethtool", "-K", "eth0", "tx", "off")  # the switch passes checksums on as they are
-        # Addresses of the subnet that only link selection leads to: its clients still reach their relay.
+            self.run("c2", "ethtool", "-K", "eth0", "tx", "off")  # the switch does not complete checksums
+        # A subnet that clients of cl1 get only through link selection.
         self.run("relay", "ip", "route", "add", "10.40.0.0/24", "dev", "cl1")
         self.script = self.file("client.sh", CLIENT_SCRIPT, 0o755)
         return self
@@ -95,7 +95,7 @@ class Relayed(Lab):
         return agent.log()[before:]
 
     def responder(self, address, *options):
-        """A server that answers whatever it is asked."""
+        """A server that answers every request."""
         port = ":547" if ":" in address else ":67"
         self.start("srv", "responder", os.environ["DHCPLOAD"], "server", address, *options)
         wait_for("the responder's socket", 5, lambda: port in self.run("srv", "ss", "-ulnH"))
@@ -114,7 +114,7 @@ class Relayed(Lab):
 
 
 def outcome(load, seconds=30):
-    """What the load tells when it has ended: started, completed, lost, stray, seconds."""
+    """Waits for the end of the load. Returns its result: started, completed, lost, stray, seconds."""
     assert load.popen.wait(seconds) == 0
     words = load.log().split()
     return {name: float(value) for name, value in zip(words[::2], words[1::2])}

@@ -72,11 +72,11 @@ def dhcpd():
         lab.dhcpd()
         client, address = lab.udhcpc()
         for subject in (("--mac", CLIENT), ("--ip", address), ("--client-id", CLIENT_ID)):
-            status, told = lab.answer(*subject)
-            left, age = told.pop("leaseTime"), told.pop("lastTransactionTime")
+            status, fields = lab.answer(*subject)
+            left, age = fields.pop("leaseTime"), fields.pop("lastTransactionTime")
             assert 100 < left <= 120 and 119 <= left + age <= 121, (left, age)
-            assert (status, told) == (KNOWN, {"state": "active", "ip": address, "mac": CLIENT, "clientId": CLIENT_ID,
-                                              "serverId": SERVER}), told
+            assert (status, fields) == (KNOWN, {"state": "active", "ip": address, "mac": CLIENT, "clientId": CLIENT_ID,
+                                              "serverId": SERVER}), fields
         status, out, _ = lab.tool("--server", SERVER, "--ip", address, "--giaddr", AGENT)
         assert status == KNOWN and [line.split()[0] for line in out.splitlines()] == \
             ["state", "ip", "mac", "client-id", "lease-time", "last-transaction", "server-id"] and "s ago\n" in out, out
@@ -85,8 +85,8 @@ def dhcpd():
         unassigned, unknown = (KNOWN, "unassigned"), (UNKNOWN, "unknown")
         for kind, value, (wanted, state) in (("ip", "10.20.0.109", unassigned), ("ip", "10.20.0.50", unknown),
                                              ("ip", "192.0.2.9", unknown), ("mac", STRANGER, unknown)):
-            told = lab.answer(f"--{kind}", value)
-            assert told == (wanted, {"state": state, kind: value, "serverId": SERVER}), told
+            fields = lab.answer(f"--{kind}", value)
+            assert fields == (wanted, {"state": state, kind: value, "serverId": SERVER}), fields
 
         client.stop()
         # Released: dhcpd still returns the last client for a query by MAC.
@@ -101,8 +101,8 @@ def reply(query, kind, ip, op=2, options=b""):
     return header.ljust(236, b"\0") + dhcp4.COOKIE + (item(53, kind) if kind else b"") + options + b"\xff"
 
 
-def lies(query):
-    """Datagrams that are no valid reply. All but the last few differ from one in a single field."""
+def wrong_replies(query):
+    """Datagrams that are not valid replies. Most differ from a valid one in a single field."""
     good = reply(query, UNASSIGNED, "10.20.0.7")
     wrong_lengths = (item(51, b"\0\0\1"), item(91, bytes(5)), 2 * item(91, bytes(4)), item(54, b""), item(92, bytes(6)))
     return [good[:4] + bytes([good[4] ^ 1]) + good[5:], good[:7] + bytes([good[7] ^ 0x80]) + good[8:],
@@ -112,17 +112,17 @@ def lies(query):
             good[:-1], good[:236], good[:33], b"", good[:236] + b"\x63\x82\x53\x64" + good[240:], query]
 
 
-class Liar(threading.Thread):
-    """Sends, for each query, wrong replies, a right one from another address, then `truth`."""
+class WrongServer(threading.Thread):
+    """Sends, for each query, wrong replies, a right one from another address, then the result of `right`."""
 
-    def __init__(self, lab, truth=None, lies=lies):
+    def __init__(self, lab, right=None, wrong=wrong_replies):
         super().__init__()
         with lab.inside("srv"):
             self.own, self.other = (socket.socket(socket.AF_INET, socket.SOCK_DGRAM) for _ in range(2))
             self.own.bind((SERVER, 67))
             self.other.bind((OTHER, 67))
         self.own.settimeout(0.1)
-        self.truth, self.lies, self.queries, self.told, self.ending = truth, lies, [], 0, False
+        self.right, self.wrong, self.queries, self.sent, self.ending = right, wrong, [], 0, False
 
     def __enter__(self):
         self.start()
@@ -141,47 +141,47 @@ class Liar(threading.Thread):
             except socket.timeout:
                 continue
             self.queries.append((query, asker))
-            for lie in self.lies(query):
-                self.own.sendto(lie, asker)
+            for reply_bytes in self.wrong(query):
+                self.own.sendto(reply_bytes, asker)
             self.other.sendto(reply(query, UNASSIGNED, "10.20.0.7"), asker)
-            self.told += len(self.lies(query)) + 1
-            if self.truth:
-                self.own.sendto(self.truth(query), asker)
+            self.sent += len(self.wrong(query)) + 1
+            if self.right:
+                self.own.sendto(self.right(query), asker)
 
 
 def impostors():
-    """Invalid replies are ignored and do not extend the timeout. Without a reply the query is repeated after a longer wait."""
+    """Invalid replies are ignored and do not extend the timeout. The query is repeated once, with a longer timeout."""
     require("setpriv")
     patience = ("--server", SERVER, "--ip", "10.20.0.7", "--timeout", "1", "--retries", "1")
     with Asked() as lab:
-        with Liar(lab) as liar:
+        with WrongServer(lab) as server:
             started = time.monotonic()
             status, out, err = lab.tool(*patience)
             assert 2.7 <= time.monotonic() - started < 6, time.monotonic() - started  # 1 s and 2 s, less a tenth
         assert (status, out) == (NO_ANSWER, ""), (status, out)
-        told, *reasons = err.splitlines()
+        headline, *reasons = err.splitlines()
         ignored = sum(int(line.split()[0]) for line in reasons)
-        assert told == f"dhcptool: no answer from {SERVER}; other datagrams:" and len(reasons) == 8, err
-        assert ignored == liar.told and len(liar.queries) == 2, (ignored, liar.told)
-        (query, asker), again = liar.queries
+        assert headline == f"dhcptool: no answer from {SERVER}; other datagrams:" and len(reasons) == 8, err
+        assert ignored == server.sent and len(server.queries) == 2, (ignored, server.sent)
+        (query, asker), again = server.queries
         assert again == (query, asker) and asker == (AGENT, 67), asker
         assert query[24:28] == socket.inet_aton(AGENT) and query[240:249].hex() == "35010a37" + "03335b5cff"
         others = socket.inet_aton("10.20.0.9") + socket.inet_aton("10.20.0.10")
-        truth = item(51, struct.pack(">I", 2**32 - 1)) + item(91, b"\0\0\1\0") + item(92, others[:3]) + \
+        options = item(51, struct.pack(">I", 2**32 - 1)) + item(91, b"\0\0\1\0") + item(92, others[:3]) + \
             item(92, others[3:]) + item(54, b"\x0a\x52\0\2")
-        with Liar(lab, truth=lambda query: reply(query, ACTIVE, "10.20.0.7", options=truth)):
-            told = lab.answer(*patience[2:])
-            assert told == (KNOWN, {"state": "active", "ip": "10.20.0.7", "mac": CLIENT, "leaseTime": 2**32 - 1,
+        with WrongServer(lab, right=lambda query: reply(query, ACTIVE, "10.20.0.7", options=options)):
+            answer = lab.answer(*patience[2:])
+            assert answer == (KNOWN, {"state": "active", "ip": "10.20.0.7", "mac": CLIENT, "leaseTime": 2**32 - 1,
                                     "lastTransactionTime": 256, "associatedIps": ["10.20.0.9", "10.20.0.10"],
-                                    "serverId": SERVER}), told
-        with Liar(lab, truth=lambda query: reply(query, ACTIVE, "10.20.0.7", options=item(61, b"\1\2\3")),
-                  lies=lambda query: []) as liar:
+                                    "serverId": SERVER}), answer
+        with WrongServer(lab, right=lambda query: reply(query, ACTIVE, "10.20.0.7", options=item(61, b"\1\2\3")),
+                  wrong=lambda query: []) as server:
             for subject, wanted in ((("--client-id", "01:02:03"), KNOWN), (("--client-id", "010204"), NO_ANSWER),
                                     (("--mac", CLIENT), KNOWN), (("--mac", STRANGER), NO_ANSWER)):
                 status, out, err = lab.tool("--server", SERVER, "--timeout", "1", "--retries", "0", *subject)
                 assert status == wanted and ("client-id 0x010203" in out) == (wanted == KNOWN), (subject, out, err)
                 assert ("about another client" in err) == (wanted == NO_ANSWER), err
-            assert liar.queries[0][0][243:255].hex() == "37" + "04335b5c3d" + "3d03010203" + "ff"
+            assert server.queries[0][0][243:255].hex() == "37" + "04335b5c3d" + "3d03010203" + "ff"
         for why, arguments, through in (
                 ("CAP_NET_BIND_SERVICE is missing", patience, ("setpriv", "--bounding-set=-net_bind_service")),
                 ("UDP port 67 of 10.9.9.9", (*patience, "--giaddr", "10.9.9.9"), ()),

@@ -21,7 +21,7 @@ def messages(sock):
 
 
 def check_replies(seen, server_id=SERVER):
-    delivered = [m for m in seen if m.op == 2 and m.src != SERVER]  # answers to a renewal pass the relay by
+    delivered = [m for m in seen if m.op == 2 and m.src != SERVER]  # a reply to a renewal does not pass the relay
     assert delivered
     for m in delivered:
         assert 82 not in m.options, "option 82 reached the client"
@@ -32,7 +32,7 @@ def check_replies(seen, server_id=SERVER):
 
 
 def leases():
-    """A client without and one with a tag get leases; the renewal that the kernel routes reaches the server once."""
+    """An untagged and a tagged client get leases. A renewal that the kernel routes reaches the server only once."""
     require("udhcpc", "dhclient", "ethtool", "dhcpd")
     with Relayed(tagged=True) as lab:
         server = SERVERS["dhcpd"]()
@@ -48,7 +48,7 @@ def leases():
             received(up)
             first.signal(signal.SIGUSR1)
             first.saw("event renew 10.20.0.1", 15)
-            # What the client broadcasts in between is relayed; what it sends to the server is routed, and no more.
+            # The client's broadcasts are relayed. Its unicasts to the server are routed and not relayed as well.
             seen = messages(wires[0])
             sent, arrived = ([m for m in part if m.op == 1 and m.ciaddr != "0.0.0.0"] for part in (seen, messages(up)))
             assert [m.dst == SERVER for m in sent] == [m.giaddr == "0.0.0.0" for m in arrived], (sent, arrived)
@@ -58,7 +58,7 @@ def leases():
 
 
 def tags():
-    """A reply goes out with the tag that the request came with; VLANs that are not served get none."""
+    """A reply has the tag of the request. Requests from a VLAN that is not served get no reply."""
     require("ethtool")
     with Relayed(tagged=True) as lab:
         for address in (SERVER, SERVER6):
@@ -66,14 +66,16 @@ def tags():
         agent = lab.relay(*BOTH_PROTOCOLS, "--vlans", "cl2=20,4094", "--circuit-id", "port-%i", "--interface-id", "port-%i")
         for tpid, tci, served in ((0x8100, 20, True), (0x88A8, 4094, True), (0x8100, 0xE000, True), (0x8100, 21, False)):
             with AccessPort(lab, tpid, tci):
-                for protocol in ((), ("-6",)):
-                    told = outcome(lab.load("c2", *protocol, "--first", tpid + tci << 8, "--rate", 100, "--seconds", 0.2))
-                    wanted = told["started"] if served else 0
-                    assert told["completed"] == wanted and told["started"] > 10, (hex(tpid), hex(tci), protocol, told, lab.counters(agent))
+                loads = [lab.load("c2", *protocol, "--first", tpid + tci << 8, "--rate", 100, "--seconds", 0.2)
+                         for protocol in ((), ("-6",))]
+                for result in map(outcome, loads):
+                    wanted = result["started"] if served else 0
+                    assert result["completed"] == wanted and result["started"] > 10, \
+                        (hex(tpid), hex(tci), result, lab.counters(agent))
 
 
 def one_address():
-    """Two ports with one relay address, told apart by a circuit-id of the operator's own."""
+    """Two ports have the same relay address. A configured circuit-id distinguishes them."""
     require("udhcpc", "dhclient", "dhcpd")
     with Relayed() as lab:
         server = SERVERS["dhcpd"]()
@@ -87,7 +89,7 @@ def one_address():
 
 
 def no_echo():
-    """A server that returns no option 82 and no interface-id, two ports with one relay address: each gets its own."""
+    """A server returns neither option 82 nor interface-id, and two ports have the same relay address."""
     require("udhcpc")
     with Relayed() as lab:
         for address in (SERVER, SERVER6):
@@ -95,13 +97,13 @@ def no_echo():
         lab.relay(*BOTH_PROTOCOLS, "--giaddr", "10.20.0.1", "--link-address", "2001:db8:20::1")
         loads = [lab.load(client, *protocol, "--rate", 100, "--first", number << 16, "--seconds", 1)
                  for number, (client, protocol) in enumerate((c, p) for c in ("c1", "c2") for p in ((), ("-6",)))]
-        for told in map(outcome, loads):
-            assert told["completed"] == told["started"] > 80 and told["stray"] == 0, told
+        for result in map(outcome, loads):
+            assert result["completed"] == result["started"] > 80 and result["stray"] == 0, result
         lab.udhcpc("c2").saw("event bound 10.20.0.1", 20)
 
 
 def link_selection():
-    """Sub-option 5 chooses the pool at every server."""
+    """Sub-option 5 selects the pool on each of the servers."""
     require("udhcpc", *(s.program for s in SERVERS.values()))
     for kind in SERVERS.values():
         with Relayed() as lab:
@@ -111,7 +113,7 @@ def link_selection():
 
 
 def server_id_override():
-    """The server identifier is the relay's address, and the client renews with the relay."""
+    """Clients get the relay's address as server identifier, and send their renewals to it."""
     require("udhcpc", "dnsmasq")
     with Relayed() as lab:
         SERVERS["dnsmasq"]().start(lab)
@@ -127,12 +129,12 @@ def server_id_override():
 
 
 def chain():
-    """Behind a relay that stands on a trusted link: its giaddr and option 82 go to the server as they are."""
+    """Two relays in a row. The second one trusts the first and leaves its giaddr and option 82 unchanged."""
     require("udhcpc", "kea-dhcp4")
     with Relayed() as lab:
         SERVERS["kea"]().start(lab)
         up = lab.frames("srv", "up1")
-        # The relay's clients are on its link with c1, where a second relay has clients of its own.
+        # The client "far" is on a link of c1, which runs the first relay. The second relay is in "relay".
         lab.add("far")
         lab.link(("c1", "cl3", "10.40.0.1/24"), ("far", "eth0"))
         lab.run("c1", "ip", "addr", "add", "10.20.0.7/24", "dev", "eth0")
@@ -148,16 +150,16 @@ def chain():
 
 
 def change():
-    """A link that is missing at start, goes, and comes back with another address is served as soon as it is there."""
+    """Links are served after they are added, removed and added again, and after their addresses change."""
     require()
     with Relayed() as lab:
         for address in (SERVER, SERVER6):
             lab.responder(address)
 
         def served(client):
-            for protocol in ((), ("-6",)):
-                told = outcome(lab.load(client, *protocol, "--rate", 100, "--seconds", 0.3))
-                assert told["completed"] == told["started"] > 10, (protocol, told)
+            loads = [lab.load(client, *protocol, "--rate", 100, "--seconds", 0.3) for protocol in ((), ("-6",))]
+            for result in map(outcome, loads):
+                assert result["completed"] == result["started"] > 10, result
 
         lab.run("relay", "ip", "link", "del", "cl2")
         agent = lab.relay(*BOTH_PROTOCOLS)
@@ -176,7 +178,7 @@ def change():
 
 
 def unreachable():
-    """Requests that no server gets are counted: with its port closed, and without a route to it."""
+    """Requests that do not reach a server are counted: its port is closed, or there is no route to it."""
     require()
     with Relayed() as lab:
         agent = lab.relay(*BOTH_PROTOCOLS)
@@ -195,7 +197,7 @@ def unreachable():
 
 
 def flood(rate=20000, seconds=4, options=()):
-    """While one link sends requests without end, the other link's clients get leases; SIGTERM still ends the agent."""
+    """One link sends requests as fast as it can. Clients of the other link get leases, and SIGTERM ends the agent."""
     require("udhcpc")
     with Relayed() as lab:
         for address in (SERVER, SERVER6):
@@ -205,13 +207,13 @@ def flood(rate=20000, seconds=4, options=()):
         others = [lab.load("c2", *protocol, "--rate", 30, "--first", 1 << 20, "--seconds", seconds - 1)
                   for protocol in ((), ("-6",))]
         lab.udhcpc("c2").saw("event bound 10.30.0.1", seconds)
-        for told in map(outcome, others):
-            assert told["completed"] >= 0.98 * told["started"] > 0 and told["stray"] == 0, told
-            print("other link:", told)
+        for result in map(outcome, others):
+            assert result["completed"] >= 0.98 * result["started"] > 0 and result["stray"] == 0, result
+            print("other link:", result)
         print(lab.counters(agent))
-        told = outcome(floods[0])
-        print("flood:", told)
-        assert told["started"] >= 0.5 * rate * seconds, told
+        result = outcome(floods[0])
+        print("flood:", result)
+        assert result["started"] >= 0.5 * rate * seconds, result
         floods.append(lab.load("c1", "--flood", "--rate", rate, "--seconds", 2))
         time.sleep(0.5)
         started = time.monotonic()

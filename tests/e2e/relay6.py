@@ -46,7 +46,7 @@ def kea(lab):
 
 
 def leases():
-    """A client without and one with a tag get an address and a prefix each, and renew; the server sees where they are."""
+    """An untagged and a tagged client get an address and a prefix each, and renew. The server learns their ports."""
     require("dhclient", "ethtool", "kea-dhcp6")
     with Relayed(tagged=True) as lab:
         kea(lab)
@@ -66,7 +66,7 @@ def leases():
 
 
 def chain():
-    """Two relays in a row: address and prefix, and both relays' options at the server."""
+    """Two relays in a row. The client gets an address and a prefix, and the server gets the options of both relays."""
     require("dhclient", "kea-dhcp6")
     with Relayed() as lab:
         kea(lab)
@@ -83,7 +83,7 @@ def chain():
             inner = found[RELAY_MESSAGE]
             assert hops == 1 and inner[:2] == bytes([RELAY_FORWARD, 0]), (hops, inner[:2])
             assert options(inner[34:])[INTERFACE_ID] == b"cl3:1" and inner[2:18].hex()[:12] == "20010db80030"
-            assert LINK_LAYER_ADDRESS not in found, "of the relay behind us"
+            assert LINK_LAYER_ADDRESS not in found, "the second relay added the first relay's link-layer address"
 
 
 if __name__ == "__main__":

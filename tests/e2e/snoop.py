@@ -24,7 +24,7 @@ MESSAGES6 = {1: "solicit"}
 ETHERTYPE4, ETHERTYPE6 = b"\x08\0", b"\x86\xdd"
 DOT1Q, SERVICE = b"\x81\0", b"\x88\xa8"
 TAGS = [b"", DOT1Q + b"\0\x14", DOT1Q + b"\xe0\0", SERVICE + b"\0\x1e"]  # untagged, VLAN 20, priority alone, VLAN 30
-SERVICE_TAG = 3
+SERVICE_TAG = 3  # index in TAGS
 
 
 def ip6(next_header, ports, payload=b"\1\0\0\7", length=12):
@@ -87,17 +87,17 @@ def shown(message):
 
 
 def read_alike(message):
-    """The expected output for a frame whose tag the kernel took out, and for the same frame in a file."""
+    """The part of a message's output that does not depend on whether the frame came from the kernel or a file."""
     unlike = {"interface", "outgoing", "sentBytes", "etherHdrLen", "offset", "dhcp6OptionsOffset"}
     return {name: value for name, value in message.items() if name not in unlike}
 
 
 def on_wire(frame):
-    """Whether a frame is tagged, its VLAN, message type and transaction id; None of a frame that is not DHCP."""
+    """Whether a frame is tagged, its VLAN, message type and transaction id; None for a frame that is not DHCP."""
     tag = frame[12:16] if frame[12:14] in (DOT1Q, SERVICE) else b""
     inner = frame[:12] + frame[12 + len(tag):]
     if tag[:2] == SERVICE:
-        tag = b""  # the agent takes no service tag for the VLAN's
+        tag = b""  # the parser does not treat a service tag as a VLAN tag
     vlan = int.from_bytes(tag[2:], "big") & 0xFFF or NATIVE_VLAN
     if inner[12:14] == ETHERTYPE4 and inner[20:22] in (b"\0\0", b"\x40\0") and inner[23] == 17 and \
             inner[36:38] in (b"\0\x43", b"\0\x44"):
@@ -113,7 +113,7 @@ def send_near_misses(wire):
     for _ in range(0, FLOOD, len(frames)):
         for frame in frames:
             wire.send(frame)
-        time.sleep(0.005)
+        time.sleep(0.002)
 
 
 def flood():
@@ -190,7 +190,7 @@ def links():
 
 
 def drops():
-    """Frames for which the buffer has no place are counted, and told while the tool runs."""
+    """Frames that do not fit into the buffer are counted, and reported while the tool runs."""
     require()
     with Snooped() as lab:
         tool, wire, sent = lab.snoop("--buffer", "1"), lab.frames("c1", "eth0"), 8000
