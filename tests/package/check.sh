@@ -32,10 +32,11 @@ run_example() {
         "$work/printed"
 }
 
-# Compiles the library again, so without optimisation, and installs it to where it looks for its configuration.
+# Compiles the library again, without optimisation and with precompiled headers, which take a third of the time.
+# Installs it to where it looks for its configuration.
 add_subdirectory() {
     rm -rf "$prefix"
-    consumer "$other_cxx" -DDHCPLIB_SOURCE="$source" -DDHCPLIB_ENTERPRISE_NUMBER=$number \
+    consumer "$other_cxx" -DDHCPLIB_SOURCE="$source" -DDHCPLIB_ENTERPRISE_NUMBER=$number -DDHCPLIB_PRECOMPILE_HEADERS=ON \
         -DCMAKE_INSTALL_PREFIX="$prefix" -DCMAKE_CXX_COMPILER_LAUNCHER="$launcher"
     cmake --install "$work" >/dev/null
     "$work/installed" "$version" $number
