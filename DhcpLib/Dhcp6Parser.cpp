@@ -36,7 +36,8 @@ void trace(int level, Tyk::TraceText<std::type_identity_t<Args>...> text, const 
     Tyk::fmtrace(traceHandle(), level, {nullptr, text.caller()}, text, args...);
 }
 
-/// Traces the result of decoding the remote-id's sub-option.
+/// Traces the result of decoding the remote-id's sub-option. Log readers rely on the spelling
+/// (docs/compatibility.md#trace-texts).
 void tracePortInfo(const RemoteIdFields& fields, const Dhcp6RemoteIdentifier& id) {
     const std::string_view text = fields.subOptValue;
     switch (id.portInfo) {

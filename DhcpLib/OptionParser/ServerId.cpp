@@ -24,6 +24,7 @@ bool setServerId(const PktPtr& pkt, Kitnet::IpAddr serverId) {
     });
     traceAreaFailure(state);
     if (state != AreaState::wellFormed) return false;
+    // docs/compatibility.md#absent-is-success
     if (!option) return trace(TraceLevel::failure, " DHCP packet has no server identifier"), true;
     if (option.len() == 0) return trace(TraceLevel::failure, " Option 54 server id length is 0"), false;
     if (!bytes.has(option.dataAt(), sizeof serverId))
