@@ -21,6 +21,7 @@ Kcore::FileDescriptor signalSource() {
     if (sigprocmask(SIG_BLOCK, &set, nullptr) != 0) throw std::system_error(errno, std::system_category(), "signals");
     Kcore::FileDescriptor fd(::signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC));
     if (!fd) throw std::system_error(errno, std::system_category(), "signals");
+    std::signal(SIGPIPE, SIG_IGN);  // the agent goes on if nobody reads its output any more
     return fd;
 }
 
@@ -41,10 +42,7 @@ void say(const std::string& what) { std::cerr << "dhcprelay: " + what + "\n" << 
 std::vector<Agent::Stack> Agent::openStacks(const Settings& settings, const KernelNetInfo::Status::Ptr& kni) {
     std::vector<Stack> stacks;
     const auto add = [&](Protocol protocol) {
-        stacks.push_back({protocol,
-                          ServerSocket(protocol, settings.serverInterface.has_value()),
-                          clientAccess(protocol, kni, settings),
-                          {}});
+        stacks.push_back({protocol, ServerSocket(protocol), clientAccess(protocol, kni, settings), {}});
     };
     if (settings.ipv4) add(Protocol::dhcp4);
     if (settings.ipv6) add(Protocol::dhcp6);
@@ -301,6 +299,7 @@ void Agent::printCounters() {
         for (const Stack& stack : stacks_) dropped += stack.access[link]->dropped();
         counters_.ofLink(link).kernelDropped = dropped;
     }
+    std::cout.clear();  // forgets an earlier failure, such as a full disk
     std::cout << (context_.settings.statsFormat == StatsFormat::json ? counters_.json() : counters_.text())
               << std::flush;
 }

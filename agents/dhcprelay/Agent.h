@@ -21,7 +21,7 @@ namespace DhcpRelay {
 class Agent {
 public:
     /// Throws std::system_error or std::runtime_error if the kernel refuses something; the text names it. SIGTERM,
-    /// SIGINT and SIGUSR1 are blocked from then on.
+    /// SIGINT and SIGUSR1 are blocked from then on, and SIGPIPE is ignored.
     explicit Agent(const Settings& settings);
 
     /// Relays messages until SIGTERM or SIGINT arrives.

@@ -13,7 +13,7 @@ public:
     /// `rate` is in requests a second; 0 for no limit.
     explicit Budget(double rate) : rate_(rate), requests_(rate) {}
 
-    /// Whether one more request is allowed at the time, which never goes back.
+    /// Whether one more request is allowed. `now` must not be earlier than in the last call.
     bool spend(Time now) {
         if (rate_ == 0) return true;
         requests_ = std::min(rate_, requests_ + rate_ * std::chrono::duration<double>(now - since_).count());

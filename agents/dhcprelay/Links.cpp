@@ -1,5 +1,7 @@
 #include "Links.h"
 
+#include <algorithm>
+
 namespace DhcpRelay {
 
 namespace {
@@ -52,6 +54,11 @@ Ip6Addr Links::linkAddress(const Port& port) const {
 bool Links::isOwn(const IpGenAddr& address) const { return own_.contains(address); }
 
 bool Links::isRelayAddress(const IpGenAddr& address) const { return relayAddresses_.contains(address); }
+
+bool Links::isUntrustedClientLink(U32 ifIndex) const {
+    return std::ranges::any_of(
+        clients_, [ifIndex](const Link& link) { return link.device.ifIndex() == ifIndex && !link.config.trusted; });
+}
 
 U32 Links::serverMtu() const {
     if (mtu_ != 0) return mtu_;

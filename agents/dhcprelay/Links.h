@@ -45,6 +45,7 @@ public:
     bool isRelayAddress(const IpGenAddr& address) const;
     /// 0 if no server-side interface is configured, or while it does not exist.
     U32 serverIfIndex() const { return serverDevice_.ifIndex(); }
+    bool isUntrustedClientLink(U32 ifIndex) const;
     /// Largest size of an IP packet to a server, in bytes.
     U32 serverMtu() const;
     /// The port of untagged clients of a link. portOf gives the port of a VLAN, with the tag that its frames carry.

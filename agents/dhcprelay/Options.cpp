@@ -90,7 +90,8 @@ void addRelaying(CLI::App& app, Settings& s, Written& w) {
     group.list(
         "--accept-replies-from", w.replySources, "ADDRESS",
         "Also accept replies from this address, but\nsend nothing to it: that of a server behind\nthe next relay");
-    group.text("--server-interface", w.serverInterface, "LINK", "Accept replies only from this interface");
+    group.text("--server-interface", w.serverInterface, "LINK",
+               "Accept replies only from this interface\n(default: not from untrusted client links)");
     group.list("--trust", w.trusted, "LINK", "Client link with trusted relays, or switches\nthat add option 82");
     group.list("--vlans", w.vlans, "LINK=LIST",
                "Serve these tagged VLANs on a client link:\n'10,20-29' or 'all'. Untagged frames are\nalways served");

@@ -66,7 +66,7 @@ void attachFilter(int fd, U8 first) {
     if (::setsockopt(fd, SOL_SOCKET, SO_ATTACH_FILTER, &program, sizeof program) != 0) raise("socket filter");
 }
 
-/// The interface that received a datagram; 0 if the socket does not report it.
+/// The interface that received a datagram.
 U32 receivingInterface(msghdr& message) {
     for (cmsghdr* c = CMSG_FIRSTHDR(&message); c != nullptr; c = CMSG_NXTHDR(&message, c)) {
         if (c->cmsg_level == IPPROTO_IP && c->cmsg_type == IP_PKTINFO) {
@@ -130,7 +130,7 @@ private:
 
 }  // namespace
 
-ServerSocket::ServerSocket(Protocol protocol, bool reportsInterface)
+ServerSocket::ServerSocket(Protocol protocol)
     : protocol_(protocol),
       socket_(
           ::socket(protocol == Protocol::dhcp4 ? AF_INET : AF_INET6, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
@@ -144,8 +144,7 @@ ServerSocket::ServerSocket(Protocol protocol, bool reportsInterface)
     optionIs(fd(), SOL_SOCKET, SO_RCVBUF, receiveBuffer, "receive buffer");
     if (!isV4) optionIs(fd(), IPPROTO_IPV6, IPV6_V6ONLY, 1, "IPv6 only");
     optionIs(fd(), isV4 ? IPPROTO_IP : IPPROTO_IPV6, isV4 ? IP_RECVERR : IPV6_RECVERR, 1, "ICMP errors");
-    if (reportsInterface)
-        optionIs(fd(), isV4 ? IPPROTO_IP : IPPROTO_IPV6, isV4 ? IP_PKTINFO : IPV6_RECVPKTINFO, 1, "packet info");
+    optionIs(fd(), isV4 ? IPPROTO_IP : IPPROTO_IPV6, isV4 ? IP_PKTINFO : IPV6_RECVPKTINFO, 1, "packet info");
     SocketAddress address;
     const IpGenAddr any = isV4 ? IpGenAddr(IpAddr()) : IpGenAddr(Ip6Addr());
     if (::bind(fd(), &address.any, toSocketAddress(address, any, port, 0)) != 0)

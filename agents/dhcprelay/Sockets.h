@@ -9,9 +9,8 @@ namespace DhcpRelay {
 /// only; the agent receives the clients' messages as frames.
 class ServerSocket {
 public:
-    /// `reportsInterface`: set Transaction::ifIndex of received messages. Throws std::system_error, which names the
-    /// port, if the socket cannot be opened.
-    ServerSocket(Protocol protocol, bool reportsInterface);
+    /// Throws std::system_error, which names the port, if the socket cannot be opened.
+    explicit ServerSocket(Protocol protocol);
 
     int fd() const { return socket_.get(); }
     /// Reads the datagrams that are waiting, but at most replies.size() and at most 32, as transactions of the server

@@ -6,7 +6,9 @@ namespace DhcpRelay {
 
 Reason checkServer(const Transaction& t, const Context& context) {
     const Settings& s = context.settings;
-    if (s.serverInterface && t.ifIndex != context.links.serverIfIndex()) return Reason::wrongInterface;
+    const bool isServerSide = s.serverInterface ? t.ifIndex == context.links.serverIfIndex()
+                                                : !context.links.isUntrustedClientLink(t.ifIndex);
+    if (!isServerSide) return Reason::wrongInterface;
     const auto isOneOf = [](const auto& addresses, const auto& address) {
         return std::find(addresses.begin(), addresses.end(), address) != addresses.end();
     };

@@ -41,8 +41,8 @@ struct Steps {
 extern const Steps steps4, steps6;
 inline const Steps& stepsOf(Protocol protocol) { return protocol == Protocol::dhcp4 ? steps4 : steps6; }
 
-/// Checks that a datagram to the UDP socket comes from an address that replies may come from, and over the server-side
-/// interface.
+/// Checks that a datagram to the UDP socket comes from an address that replies may come from. It must have arrived on
+/// the server-side interface or, if none is configured, not on an untrusted client link.
 Reason checkServer(const Transaction& t, const Context& context);
 
 /// Checks the sender, then runs all steps in order until one drops the message. Returns the reason.

@@ -57,7 +57,7 @@ struct Transaction {
     PktPtr pkt;
     U32 at = 0;       ///< position of the message in the packet; it ends where the packet ends
     Port port;        ///< client side: the source. Server side: the destination, set by `decide`
-    U32 ifIndex = 0;  ///< server side: the receiving interface; 0 if the agent does not check it
+    U32 ifIndex = 0;  ///< server side: the receiving interface
     IpGenAddr src, dst;
     EthAddr srcMac, dstMac;
 

@@ -206,6 +206,8 @@ const ReplyRow replyRows[] = {
      changed([](Settings& s) { s.replySources = {IpAddr::fromText("10.82.0.3")}; }), "10.82.0.3"},
     {"a reply on another interface", none, offer, "wrong-interface",
      changed([](Settings& s) { s.serverInterface = IntfId("eth9"); }), server4, 3},
+    {"a reply on an untrusted client link", none, offer, "wrong-interface", usual, server4, 1},
+    {"a reply on a trusted client link", none, offer, toClient, usual, server4, 2},
     {"malformed options", none, with(offer, OFFER), "malformed"},
     {"the broadcast flag",
      none,
