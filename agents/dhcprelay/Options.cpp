@@ -72,7 +72,7 @@ public:
         app_.add_option(name, value, text)
             ->type_name(type)
             ->transform(CLI::Transformer(choices).description(""))
-            ->check(CLI::IsMember(choices).description(""))
+            ->transform(CLI::IsMember(choices).description(""))  // CLI11 runs the last one first
             ->group(name_);
     }
 

@@ -144,6 +144,7 @@ TEST(Options, ErrorNamesTheOption) {
         {{"-c", "a", "-s", "10.0.0.1", "--remote-id", "%x"}, "--remote-id %x: after % only i, v, m and % are allowed"},
         {{"-c", "a", "-s", "10.0.0.1", "--server-interface", ""}, "--server-interface: must not be empty"},
         {{"-c", "a", "-s", "10.0.0.1", "--option82", "keep"}, "--option82: keep not in {discard,replace}"},
+        {{"--config", DHCPLIB_TEST_DATA "/../../agents/dhcprelay/dhcprelay.json"}, ""},
     };
     for (const auto& row : rows) EXPECT_EQ(refusal(row.arguments), row.refusal);
 }
