@@ -13,6 +13,9 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 # capabilities, so the absolute path follows.
 set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR};${CMAKE_INSTALL_FULL_LIBDIR}")
 
+# Relative ones in the build tree as well: an absolute path would give another build-id in each folder.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+
 find_program(CCACHE ccache)
 if(CCACHE AND NOT DEFINED ENV{CCACHE_DISABLE})
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
