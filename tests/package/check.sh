@@ -61,7 +61,8 @@ pkg_config() {
     run_example
 }
 
-# Links a program that names every declaration of the installed headers.
+# Links a program that names every declaration of the installed headers, and looks for exported symbols that no header
+# declares. Inline code of headers leads to weak symbols. Constructors, destructors and type information have variants.
 declarations() {
     for python in python3 /usr/bin/python3; do
         ! "$python" -c 'import clang.cindex' 2>/dev/null || break
@@ -70,6 +71,13 @@ declarations() {
     "$cxx" "$work/declarations.cpp" -o "$work/declarations" -L"$prefix/$libdir" -lDhcpLib -lDhcpPlatform \
         -Wl,-rpath,"$prefix/$libdir"
     "$work/declarations"
+
+    variants='s/([CD])[0-9]([EI])/\1x\2/; s/^_ZTS/_ZTI/'
+    sed -nE "s/.*__asm__\(\"(.*)\"\).*/\1/; T; $variants; p" "$work/declarations.cpp" | sort -u >"$work/declared"
+    nm -D --defined-only "$prefix/$libdir"/libDhcp*.so | awk '$2 ~ /^[TDBR]$/ { print $3 }' | sed -E "$variants" |
+        sort -u >"$work/exported"
+    comm -13 "$work/declared" "$work/exported" >"$work/undeclared"
+    [ -s "$work/exported" ] && [ ! -s "$work/undeclared" ] || { cat "$work/undeclared" && return 1; }
 }
 
 # build_parts FOLDER...: builds folders of the sources with the other compiler. Building is the check: the tests expect
