@@ -6,7 +6,7 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/DhcpLib)
 install(TARGETS DhcpPlatform DhcpLib EXPORT DhcpLib
         LIBRARY COMPONENT Library NAMELINK_COMPONENT Development)
 # Headers in internal/ folders are only for the library's own sources; their functions are not exported.
-install(DIRECTORY platform/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DhcpPlatform COMPONENT Headers
+install(DIRECTORY ${DHCPLIB_PLATFORM}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/DhcpPlatform COMPONENT Headers
         FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 install(DIRECTORY DhcpLib ${PROJECT_BINARY_DIR}/generated/DhcpLib DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         COMPONENT Headers

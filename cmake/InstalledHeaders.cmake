@@ -4,12 +4,19 @@
 set(DHCPLIB_INSTALLED ${PROJECT_BINARY_DIR}/installed)
 set(include_dir ${DHCPLIB_INSTALLED}/${CMAKE_INSTALL_INCLUDEDIR})
 
-file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} platform/*.h DhcpLib/*.h)
-list(FILTER headers EXCLUDE REGEX "/internal/")
-set(installed_headers ${headers})
-list(TRANSFORM installed_headers REPLACE "^platform/" "DhcpPlatform/")
-list(TRANSFORM installed_headers PREPEND ${include_dir}/)
-list(TRANSFORM headers PREPEND ${PROJECT_SOURCE_DIR}/)
+set(headers "")
+set(installed_headers "")
+# Adds the headers below `folder` of `top`, which are installed below `target`.
+function(add_headers top folder target)
+  file(GLOB_RECURSE found CONFIGURE_DEPENDS RELATIVE ${top} ${top}/${folder}/*.h)
+  list(FILTER found EXCLUDE REGEX "(^|/)internal/")
+  list(TRANSFORM found PREPEND ${top}/ OUTPUT_VARIABLE sources)
+  list(TRANSFORM found PREPEND ${include_dir}/${target} OUTPUT_VARIABLE copies)
+  set(headers ${headers} ${sources} PARENT_SCOPE)
+  set(installed_headers ${installed_headers} ${copies} PARENT_SCOPE)
+endfunction()
+add_headers(${DHCPLIB_PLATFORM} . DhcpPlatform/)
+add_headers(${PROJECT_SOURCE_DIR} DhcpLib "")
 set(generated_headers ${PROJECT_BINARY_DIR}/generated/DhcpLib/Config.h ${PROJECT_BINARY_DIR}/generated/DhcpLib/Version.h)
 # The include folder is emptied first, so that a header that is no longer installed is not found. Copies keep their
 # time of modification: only what changed is compiled again.
