@@ -12,11 +12,14 @@
 #include "DhcpLib/DhcpParser.h"
 #include "DhcpLib/DhcpSnoopingPamManager.h"
 #include "DhcpLib/OptionParser.h"
+#include "Frames.h"
 #include "Kitnet/UdpMend.h"
 
 namespace {
 
 using namespace DhcpLib;
+
+constexpr U8 mostHops = 16;  // RFC 1542, section 4.1.1
 
 struct Relay {
     Kitnet::IntfId link;
@@ -44,12 +47,14 @@ bool rewrite(const PktPtr& pkt, const RelayRewrite& how) {
 /// A client's request gains option 82 and the relay's address.
 void relayRequest(const Relay& relay, const Interface::PamFrame& frame) {
     PacketParser parser(relay.bridging);
-    if (frame.outgoing || frame.pkt->vlanTagPresent() || !parser.doParse(frame.pkt, frame.intf, false)) return;
+    if (frame.outgoing || frame.pkt->vlanTagPresent()) return;
+    if (!accepted([&] { return parser.doParse(frame.pkt, frame.intf, false); })) return;
     if (parser.dhcpOpType() != BootpOpType::bootpReq || !parser.isDhcp() || !parser.giaddr().isAny()) return;
     RelayRewrite how;
     how.offset = parser.offset();
     how.circuitId = relay.link.name();
     how.remoteId = "relay";
+    if (Wire::load<DhcpHdr>(*frame.pkt, how.offset).hops() > mostHops) return;
     if (removeInfoOption(frame.pkt, how.offset).area != AreaState::wellFormed || !rewrite(frame.pkt, how)) return;
     DhcpHdrWrapper header(frame.pkt, how.offset);
     header.hopsIs(static_cast<U8>(header.hops() + 1));
