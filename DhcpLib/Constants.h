@@ -65,7 +65,7 @@ public:
     /// UDP port of DHCPv6 servers and relay agents (RFC 8415, section 7.2).
     static constexpr U16 dhcp6ServerPort = 547;
     static constexpr U16 dhcp6ClientPort = 546;  ///< UDP port of DHCPv6 clients
-    /// The largest hop count that a relay agent forwards (RFC 8415, section 7.6).
+    /// The hop count limit of RFC 3315, section 5.5. RFC 8415, section 7.6, has 8.
     static constexpr U8 dhcp6HopCountLimit = 32;
     /// The wire bytes 63 82 53 63 (RFC 2131, section 3) loaded in the host's byte order, without conversion: 1666417251
     /// on a little-endian host. Compare with Wire::ByteView::loadRaw().

@@ -42,7 +42,7 @@ public:
     const Kitnet::EthAddr& srcMac() const { return ether_.srcMac; }
     /// Destination MAC address of the frame.
     const Kitnet::EthAddr& dstMac() const { return ether_.dstMac; }
-    /// Whether the frame has a VLAN tag, in the frame or out of band.
+    /// Whether a VLAN tag counts (docs/compatibility.md#one-tag-of-0x8100); never on a tunnel port.
     bool tagged() const { return ether_.tagged; }
     /// The VLAN of the tag, else the native VLAN of the receiving interface; 0 without either.
     Bridging::VlanId vlanId() const { return ether_.vlanId; }

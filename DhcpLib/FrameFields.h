@@ -12,7 +12,7 @@ struct EthernetFields {
     U16 etherType = 0;        ///< of the payload; in a tagged frame the one behind the tag
     Kitnet::EthAddr srcMac;   ///< source
     Kitnet::EthAddr dstMac;   ///< destination
-    bool tagged = false;      ///< with a VLAN tag, in the frame or out of band
+    bool tagged = false;      ///< with a tag of TPID 0x8100, on no tunnel port
     Bridging::VlanId vlanId;  ///< of the tag, else the native VLAN of the receiving interface
     U32 etherHdrLen = 0;      ///< 14, or 18 if the tag is in the frame
 };
