@@ -161,6 +161,15 @@ def layout_table(block):
     return table(rows, (where, "field", "octets"))
 
 
+def item_layout(line):
+    """Puts a table behind "code (1), length (1), data" in a comment."""
+    def shown(match):
+        code, length = int(match[1]), int(match[2])
+        rows = [(0, "code", code), (code, "length of the data", length), (code + length, "data", "")]
+        return ":\n/// " + table(rows, ("octet", "field", "octets")) + "\n///"
+    return re.sub(r": code \((\d)\), length \((\d)\), data\.", shown, line)
+
+
 def indented_block(block):
     """Indented lines of a comment: a layout, a list, a table of two columns, or text to be shown as it is."""
     if block[0].lstrip().startswith("- "):
@@ -226,7 +235,7 @@ def filtered_header(lines):
             if comment:
                 yield f"{indent}/// {comment}"
         if "///" in line:
-            line = linked_comment(line).replace("\\x", "\\\\x")
+            line = linked_comment(item_layout(line)).replace("\\x", "\\\\x")
         yield line
         previous = text
 
