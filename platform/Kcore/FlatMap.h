@@ -183,7 +183,7 @@ public:
     std::size_t hash() const {
         U64 sum = this->size();
         for (const Key& key : *this) sum += hashOf(key);
-        return mixBits(sum);
+        return static_cast<std::size_t>(mixBits(sum));
     }
     friend bool operator==(const FlatSet& a, const FlatSet& b) {
         if (a.size() != b.size()) return false;

@@ -35,7 +35,7 @@ inline std::size_t hashBytes(const void* data, std::size_t size) {
         std::memcpy(&rest, p, size);
         h = mixBits(h ^ rest);
     }
-    return h;
+    return static_cast<std::size_t>(h);
 }
 
 /// A type with a `hash()` of its own; std::hash uses it, too.
@@ -51,9 +51,9 @@ std::size_t hashOf(const T& value) {
     if constexpr (SelfHashing<T>)
         return value.hash();
     else if constexpr (std::is_enum_v<T>)
-        return mixBits(hashSeed() ^ static_cast<U64>(static_cast<std::underlying_type_t<T>>(value)));
+        return hashOf(static_cast<std::underlying_type_t<T>>(value));
     else if constexpr (std::is_integral_v<T>)
-        return mixBits(hashSeed() ^ static_cast<U64>(value));
+        return static_cast<std::size_t>(mixBits(hashSeed() ^ static_cast<U64>(value)));
     else if constexpr (std::is_convertible_v<const T&, std::string_view>) {
         const std::string_view bytes = value;
         return hashBytes(bytes.data(), bytes.size());

@@ -100,7 +100,7 @@ template <class T>
 std::size_t hashAttributes(const T& object) {
     U64 h = 0;
     forEachAttribute(object, [&](std::string_view, const auto& value) { h = mixBits(h ^ hashOf(value)); });
-    return h;
+    return static_cast<std::size_t>(h);
 }
 
 /// One row of an attribute table. `appendText` takes the address of the object; for a `Node` class, of its Node base.
