@@ -92,7 +92,8 @@ void parseBlock(Wire::ByteView bytes, U32 at, Kcore::String& intfName, Kitnet::I
 }  // namespace
 
 const Kcore::String& quorvaEntNumText() {
-    static const Kcore::String text = Kcore::textOf(Constants::quorvaEntNum);
+    static const auto& text =
+        *new Kcore::String(Kcore::textOf(Constants::quorvaEntNum));  // for threads that run while the process exits
     return text;
 }
 

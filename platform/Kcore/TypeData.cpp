@@ -3,7 +3,7 @@
 namespace Kcore {
 
 TypeRegistry& TypeRegistry::instance() {
-    static TypeRegistry registry;
+    static auto& registry = *new TypeRegistry;  // never destroyed, as the types
     return registry;
 }
 

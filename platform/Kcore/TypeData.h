@@ -179,22 +179,24 @@ TypeData classTypeData() {
 }  // namespace Detail
 
 /// The one TypeData of `T`, made from its `declaration()`, its EnumTable, or, for a TextValue, its `typeName`.
+/// Never destroyed, since threads may still use it while the process exits.
 /// Not constrained by `Declared`: a class may call it from a member function above its declaration().
 template <class T>
 const TypeData& typeDataOf() {
     if constexpr (std::is_enum_v<T>) {
-        static const TypeData data = Detail::enumTypeData<T>();
+        static const auto& data = *new TypeData(Detail::enumTypeData<T>());
         return data;
     } else if constexpr (TextValue<T>) {
-        static const TypeData data = Detail::textValueTypeData<T>();
+        static const auto& data = *new TypeData(Detail::textValueTypeData<T>());
         return data;
     } else {
-        static const TypeData data = Detail::classTypeData<T>();
+        static const auto& data = *new TypeData(Detail::classTypeData<T>());
         return data;
     }
 }
 
-/// The classes and enumerations of each source module, in the order in which they were registered.
+/// The classes and enumerations of each source module, in the order in which they were registered. A library registers
+/// its types while it is loaded; no other thread may use the registry meanwhile.
 class DHCPPLATFORM_EXPORT TypeRegistry {
 public:
     /// The types of one source module.
