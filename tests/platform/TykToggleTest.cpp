@@ -78,6 +78,12 @@ TEST_F(TykToggle, IsTheDefaultForABadFileAndTracesTheReason) {
         fileIs(content);
         expectDefault(why);
     }
+    std::string nested;
+    for (int depth = 0; depth < 10000; ++depth) nested += R"({"a":)";
+    fileIs(nested);
+    expectDefault(": expected true or false at byte 5");
+    std::filesystem::resize_file(folder / "T.json", 1ull << 40);  // sparse; more than fits into memory
+    expectDefault(": longer than 65536 bytes");
     const std::string good = R"({"b":false,"a":true})";
     for (std::size_t size = 0; size < good.size(); ++size) {
         SCOPED_TRACE(size);
@@ -86,10 +92,14 @@ TEST_F(TykToggle, IsTheDefaultForABadFileAndTracesTheReason) {
     }
 }
 
-TEST_F(TykToggle, IsTheDefaultWithoutAFile) {
+TEST_F(TykToggle, IsTheDefaultWithoutARegularFile) {
     expectDefault("/absent.json: No such file or directory", "absent.json");
     ASSERT_EQ(mkfifo((folder / "pipe.json").c_str(), 0600), 0);
     expectDefault("/pipe.json: not a regular file", "pipe.json");
+    std::filesystem::create_directory(folder / "folder.json");
+    expectDefault("/folder.json: not a regular file", "folder.json");
+    std::filesystem::create_symlink("/dev/zero", folder / "device.json");
+    expectDefault("/device.json: not a regular file", "device.json");
 
     const auto before = std::filesystem::current_path();
     std::filesystem::current_path(folder);  // not searched if no folder is given
