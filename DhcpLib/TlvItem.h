@@ -18,7 +18,21 @@ public:
     using Shape = typename Traits::Shape;  ///< the layout, a TlvShape
     using Width = typename Shape::Width;   ///< type of code and length
 
+    /// An item that was read before.
+    struct Place {
+        U16 offset;
+        Width opt, len;
+    };
+
     TlvItem(const PktPtr& pkt, U16 offset) : PacketView(pkt), offset_(offset) { handleInitialized(); }
+    /// The view of an item that is no pad. Does not read the packet.
+    TlvItem(const PktPtr& pkt, const Place& place)
+        : PacketView(pkt),
+          offset_(place.offset),
+          opt_(place.opt),
+          len_(place.len),
+          hasData_(true),
+          initialized_(true) {}
 
     /// Reads the packet; later calls do nothing. Bytes past the packet's end read as 0.
     void handleInitialized() {

@@ -25,10 +25,7 @@ Dhcp6Options::Ptr Dhcp6Options::Dhcp6OptionsIs(const PktPtr& pkt, U16 offset) {
 
 void Dhcp6Options::handleInitialized() {
     if (!beginInitialization()) return;
-    walkDhcp6Options(Wire::ByteView(pkt_.get()), offset_, [&](const auto& head) {
-        keepFirst(pkt_, head.code, head.at);
-        return true;
-    });
+    keepItems(pkt_, [this](auto visit) { walkDhcp6Options(Wire::ByteView(pkt_.get()), offset_, visit); });
 }
 
 Dhcp6OverlayPtr<Dhcp6UserClassOption> Dhcp6Options::userClassOption() const {

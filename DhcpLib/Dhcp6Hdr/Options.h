@@ -64,7 +64,7 @@ public:
         using Kcore::attribute;
         using C = Dhcp6Options;
         return Kcore::declare("Dhcp6Options", attribute("pkt", &C::pkt_), attribute("offset", &C::offset_),
-                              attribute("option", [](const C& c) -> const Map& { return c.option(); }),
+                              attribute("option", [](const C& c) { return c.option(); }),
                               attribute("userClassOption", &C::userClassOption),
                               attribute("vendorSpecificInformationOption", &C::vendorSpecificInformationOption),
                               attribute("initialized", &C::initialized));

@@ -32,10 +32,8 @@ void CableLabsSubOptions::handleInitialized() {
     if (!beginInitialization()) return;
     const Wire::ByteView bytes(pkt_.get());
     const auto inside = [&](U16 cursor) { return U32{offset_} + cursor < bytes.size(); };
-    walkItems<Option6Shape, U16>(bytes, offset_, 0, inside, [&](const auto& head, U16) {
-        optionIs(static_cast<CableLabsSubOptionType>(head.code),
-                 cableLabsSubOptionFactory(pkt_, static_cast<U16>(head.at)));
-        return true;
+    keepItems<Keeps::last>(pkt_, [&](auto visit) {
+        walkItems<Option6Shape, U16>(bytes, offset_, 0, inside, [&](const auto& head, U16) { return visit(head); });
     });
 }
 

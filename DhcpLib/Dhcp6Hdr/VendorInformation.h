@@ -84,7 +84,7 @@ public:
         using Kcore::attribute;
         using C = CableLabsSubOptions;
         return Kcore::declare("CableLabsSubOptions", attribute("pkt", &C::pkt_), attribute("offset", &C::offset_),
-                              attribute("option", [](const C& c) -> const Map& { return c.option(); }),
+                              attribute("option", [](const C& c) { return c.option(); }),
                               attribute("initialized", &C::initialized));
     }
 

@@ -25,10 +25,7 @@ DhcpMsgOptions::Ptr DhcpMsgOptions::DhcpMsgOptionsIs(const PktPtr& pkt, U16 offs
 
 void DhcpMsgOptions::handleInitialized() {
     if (!beginInitialization()) return;
-    walkMsgOptions(Wire::ByteView(pkt_.get()), offset_, 0, [&](const auto& head) {
-        keepFirst(pkt_, head.code, head.at);
-        return true;
-    });
+    keepItems(pkt_, [this](auto visit) { walkMsgOptions(Wire::ByteView(pkt_.get()), offset_, 0, visit); });
 }
 
 DhcpInformationSubOptions::Ptr dhcpInformationSubOptionsFactory(const DhcpMsgOption::Ptr& opt) {
@@ -41,8 +38,9 @@ DhcpInformationSubOptions::Ptr DhcpInformationSubOptions::DhcpInformationSubOpti
 void DhcpInformationSubOptions::handleInitialized() {
     if (!beginInitialization() || !opt_) return;
     const PktPtr& pkt = opt_->pkt();
-    walkSubItems(Wire::ByteView(pkt.get()), opt_->offset(), DhcpConst::optdata_offset, opt_->len(),
-                 [&](const auto& head) { keepFirst(pkt, head.code, head.at); });
+    keepItems(pkt, [&](auto visit) {
+        walkSubItems(Wire::ByteView(pkt.get()), opt_->offset(), DhcpConst::optdata_offset, opt_->len(), visit);
+    });
 }
 
 }  // namespace DhcpLib

@@ -101,7 +101,7 @@ public:
         using Kcore::attribute;
         using C = DhcpMsgOptions;
         return Kcore::declare("DhcpMsgOptions", attribute("pkt", &C::pkt_), attribute("offset", &C::offset_),
-                              attribute("option", [](const C& c) -> const Map& { return c.option(); }),
+                              attribute("option", [](const C& c) { return c.option(); }),
                               attribute("initialized", &C::initialized));
     }
 
@@ -131,7 +131,7 @@ public:
         using Kcore::attribute;
         using C = DhcpInformationSubOptions;
         return Kcore::declare("DhcpInformationSubOptions", attribute("opt", &C::opt_),
-                              attribute("option", [](const C& c) -> const Map& { return c.option(); }),
+                              attribute("option", [](const C& c) { return c.option(); }),
                               attribute("initialized", &C::initialized));
     }
 

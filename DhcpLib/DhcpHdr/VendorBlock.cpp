@@ -22,8 +22,9 @@ void DhcpVendorSpecificData::handleInitialized() {
     if (initialized()) return;
     requireHeaderRoom();
     beginInitialization();
-    walkSubItems(Wire::ByteView(*pkt_), offset_, vendorBlockHeaderBytes, len_,
-                 [&](const auto& head) { keepFirst(pkt_, head.code, head.at); });
+    keepItems(pkt_, [this](auto visit) {
+        walkSubItems(Wire::ByteView(*pkt_), offset_, vendorBlockHeaderBytes, len_, visit);
+    });
     writeHeader();
 }
 

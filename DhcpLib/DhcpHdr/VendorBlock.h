@@ -93,7 +93,7 @@ public:
         using C = DhcpVendorSpecificData;
         return Kcore::declare("DhcpVendorSpecificData", attribute("pkt", &C::pkt_), attribute("offset", &C::offset_),
                               attribute("entno", &C::entno_), attribute("len", &C::len_),
-                              attribute("option", [](const C& c) -> const Map& { return c.option(); }),
+                              attribute("option", [](const C& c) { return c.option(); }),
                               attribute("initialized", &C::initialized));
     }
 

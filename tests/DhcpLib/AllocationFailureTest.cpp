@@ -4,6 +4,7 @@
 
 #include "AreaRows.h"
 #include "DhcpLib/DhcpHdr.h"
+#include "Kcore/FlatMap.h"
 #include "RelayRewriteRows.h"
 
 namespace {

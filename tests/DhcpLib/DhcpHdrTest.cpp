@@ -160,7 +160,7 @@ TEST(DhcpHdrVendorData, WritesItsHeaderWhereItFits) {
 TEST(DhcpHdrCollection, ChangesItsMapAndCountsItsViews) {
     const PktPtr pkt = packet(hex("0C 01 61 35 01 01"));
     auto options = dhcpMsgOptionsFactory(pkt, 0);
-    EXPECT_EQ(DhcpMsgOption::memAllocationTracker_.live(), 2u);
+    EXPECT_EQ(DhcpMsgOption::memAllocationTracker_.live(), 0u);  // none was asked for
     const auto name = options->option(DhcpOptionType::hostName), type = options->option(DhcpOptionType::msgType);
     options->optionIs(DhcpOptionType::hostName, type);
     EXPECT_EQ(options->option(DhcpOptionType::hostName), type);
@@ -175,6 +175,19 @@ TEST(DhcpHdrCollection, ChangesItsMapAndCountsItsViews) {
     options = nullptr;
     EXPECT_EQ(DhcpMsgOption::memAllocationTracker_.live(), 2u);  // the two that are held here
     EXPECT_EQ(pkt->useCount(), 3u);
+}
+
+TEST(DhcpHdrCollection, CreatesViewsOfWhatItHasRead) {
+    const PktPtr pkt = packet(hex("0C 01 61 35 01 01"));
+    const auto options = dhcpMsgOptionsFactory(pkt, 0);
+    Wire::store<U32>(*pkt, 0, 0);
+    const auto name = options->option(DhcpOptionType::hostName);
+    EXPECT_EQ(placeOf(*name), "12@0+1 ");
+    EXPECT_EQ(options->option(DhcpOptionType::hostName), name);
+    std::string found;
+    for (const auto& [type, view] : dhcpMsgOptionsFactory(packet(hex("0C 01 61 35 01 01 FF 00")), 0)->option())
+        found += placeOf(*view);  // the collection is gone
+    EXPECT_EQ(found, "12@0+1 53@3+1 255@6+0 ");
 }
 
 TEST(DhcpHdrViews, WithoutAPacketAreEmptyAndRefuseWrites) {
