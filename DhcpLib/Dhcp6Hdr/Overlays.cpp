@@ -4,21 +4,36 @@
 
 namespace DhcpLib {
 
+bool Dhcp6UserClassOption::hasItemAt(U32 at) const {
+    return at + sizeof(U16) <= optionLen().value() &&
+           bytes().has(position(Dhcp6Const::optdata_offset) + at, sizeof(U16));
+}
+
+U32 Dhcp6UserClassOption::behindItem(U32 at) const {
+    const U32 dataAt = at + U32{sizeof(U16)};
+    return dataAt +
+           std::min<U32>(bytes().load<U16>(position(Dhcp6Const::optdata_offset) + at), optionLen().value() - dataAt);
+}
+
+/// Items that are read in ascending order are found from the furthest one on, without an allocation. In any other order
+/// a search from the first item would make reading all of them quadratic.
+void Dhcp6UserClassOption::rememberPlaces() const {
+    for (U32 at = places_.empty() ? 0 : behindItem(places_.back()); places_.size() < knownIndex_; at = behindItem(at))
+        places_.push_back(at);
+}
+
 Kcore::String Dhcp6UserClassOption::userClassData(U16 index) const {
-    const Wire::ByteView packet = bytes();
-    const U32 first = position(Dhcp6Const::optdata_offset), total = optionLen().value();
-    U16 item = index < knownIndex_ ? U16{0} : knownIndex_;
-    for (U32 at = item == 0 ? 0 : knownAt_; at + sizeof(U16) <= total && packet.has(first + at, sizeof(U16)); ++item) {
-        const U32 dataAt = at + U32{sizeof(U16)};
-        const U32 len = std::min<U32>(packet.load<U16>(first + at), total - dataAt);
-        if (item == index) {
-            knownIndex_ = index;
-            knownAt_ = at;
-            return packet.text(first + dataAt, len);
-        }
-        at = dataAt + len;
+    if (index < knownIndex_) rememberPlaces();
+    const bool known = index < knownIndex_;
+    U32 at = known ? places_[index] : knownAt_;
+    for (U16 item = known ? index : knownIndex_; item != index && hasItemAt(at); ++item) at = behindItem(at);
+    if (!hasItemAt(at)) return {};
+    if (!known) {
+        knownIndex_ = index;
+        knownAt_ = at;
     }
-    return {};
+    const U32 dataAt = at + U32{sizeof(U16)};
+    return bytes().text(position(Dhcp6Const::optdata_offset) + dataAt, behindItem(at) - dataAt);
 }
 
 namespace {

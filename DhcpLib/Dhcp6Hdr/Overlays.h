@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "DhcpLib/Dhcp6Hdr/Const.h"
 #include "DhcpLib/PacketView.h"
@@ -57,8 +58,15 @@ public:
     }
 
 private:
+    bool hasItemAt(U32 at) const;
+    /// The position behind the item.
+    U32 behindItem(U32 at) const;
+    void rememberPlaces() const;
+
+    // The furthest item that was asked for, and its position relative to the first one.
     mutable U16 knownIndex_ = 0;
-    mutable U32 knownAt_ = 0;  // position of that item, relative to the first one
+    mutable U32 knownAt_ = 0;
+    mutable std::vector<U32> places_;  // positions of the items from the first one on; filled by rememberPlaces
 };
 
 /// A vendor-specific information option (RFC 8415, section 21.17): enterprise number (4), then a list of vendor
