@@ -150,13 +150,13 @@ void PacketParser::takeLeaseQuery(const OptionIndex& index) {
     if (options.associatedIps) takeAssociatedIps(options);
 }
 
-/// Inserts in ascending order, whatever the order in the packet.
+/// Inserts in ascending order, whatever the order in the packet. Numbers are sorted faster than addresses.
 void PacketParser::takeAssociatedIps(const LeaseQueryOptions& options) {
-    std::array<Kitnet::IpAddr, 255 / sizeof(Kitnet::IpAddr)> ips;
+    std::array<U32, 255 / sizeof(Kitnet::IpAddr)> ips;
     auto end = ips.begin();
-    options.forEachAssociatedIp([&](const Kitnet::IpAddr& ip) { *end++ = ip; });
-    std::sort(ips.begin(), end);
-    std::for_each(ips.begin(), end, [this](const Kitnet::IpAddr& ip) { associatedIpsIs(ip); });
+    options.forEachAssociatedIp([&end](const Kitnet::IpAddr& ip) { *end++ = ip.value(); });
+    if (!std::is_sorted(ips.begin(), end)) std::sort(ips.begin(), end);
+    std::for_each(ips.begin(), end, [this](U32 ip) { associatedIpsIs(Kitnet::IpAddr(ip)); });
 }
 
 void PacketParser::parseInfoOption(const OptionIndex& index) {

@@ -53,12 +53,9 @@ void setTagged(EthernetFields& fields, U16 tci, Bridging::VlanId nativeVlan, Fra
 
 }  // namespace
 
-bool hasHeader(Wire::ByteView bytes, U32 pos, U32 needed, std::string_view header) {
-    if (bytes.has(pos, needed)) [[likely]]
-        return true;
+void traceShortHeader(std::string_view header, U32 bytes) {
     Tyk::fmtrace(traceHandle(), TraceLevel::rejection, {}, "Frame too short for {} header, bytes at hand: {}", header,
-                 bytes.from(pos));
-    return false;
+                 bytes);
 }
 
 bool parseEthernet(const Kitnet::Pkt* pkt, const Kitnet::IntfId& srcIntf, const Bridging::Config* config,

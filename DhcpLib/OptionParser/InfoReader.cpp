@@ -48,7 +48,7 @@ void readInfoSubOptions(const RawOption& info, InfoSubOptions& found) {
 bool readInfoNew(const OptionIndex& index, InfoSubOptions& found) {
     Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {parseInfoNewSignature}, "{}",
                    std::string_view(parseInfoNewSignature));
-    const OptionIndex::Collected area = index.collected();
+    const CollectedOptions area = index.collected();
     if (!isAreaComplete(area.cookie, area.any, static_cast<bool>(area.end))) return false;
     if (area.info && isInfoOptionEmpty(area.info.len())) return false;
     if (area.info) readInfoSubOptions(area.info, found);

@@ -12,6 +12,27 @@ namespace {
 constexpr char parseSignature[] =
     "bool DhcpLib::parseDhcpOptions(const Ptr&, U32, std::vector<DhcpLib::DhcpSingleOptionWithCode>&)";
 
+/// The options area of a message as views see it, with 16-bit positions.
+struct CollectedArea {
+    CollectedArea(Wire::ByteView itsBytes, U32 offset)
+        : bytes(itsBytes),
+          cookieAt(static_cast<U16>(offset + Constants::bootpHdrSize)),
+          base(static_cast<U16>(cookieAt + sizeof(U32))),
+          wideBase(U64{offset} + Constants::bootpHdrSize + sizeof(U32)) {}
+
+    bool hasCookie() const { return bytes.loadRaw(cookieAt) == Constants::dhcpMagicCookie; }
+    bool unwrapped() const { return wideBase == base && bytes.size() <= 0xffff; }
+    /// Calls `keep(code, position)` for each option until it returns false.
+    template <class Keep>
+    void walk(U16 start, Keep keep) const {
+        walkMsgOptions(bytes, base, start, [&keep](const auto& head) { return keep(head.code, head.at); });
+    }
+
+    Wire::ByteView bytes;
+    U16 cookieAt, base;
+    U64 wideBase;
+};
+
 }  // namespace
 
 const Kcore::String bootpMessageName = "BOOTP";
@@ -26,31 +47,51 @@ bool OptionIndex::isOptionThere() const {
     return ((there_[0] & ~pad) | there_[1] | there_[2] | (there_[3] & ~end)) != 0;
 }
 
-OptionIndex::Collected OptionIndex::collected(bool withMaxMsgSize) const {
-    constexpr U8 info = static_cast<U8>(DhcpOptionType::infoOpt), end = static_cast<U8>(DhcpOptionType::endOpt),
-                 maxMsgSize = static_cast<U8>(DhcpOptionType::maxMsgSize);
-    Collected found;
-    const U16 cookieAt = static_cast<U16>(offset_ + Constants::bootpHdrSize);
-    const U16 base = static_cast<U16>(cookieAt + sizeof(U32));
-    found.cookie = bytes_.loadRaw(cookieAt) == Constants::dhcpMagicCookie;
+CollectedOptions OptionIndex::collected() const {
+    constexpr U8 info = static_cast<U8>(DhcpOptionType::infoOpt), end = static_cast<U8>(DhcpOptionType::endOpt);
+    CollectedOptions found;
+    const CollectedArea area(bytes_, offset_);
+    found.cookie = area.hasCookie();
     if (!found.cookie) return found;
 
     // Both walks agree up to the end option, so the second one starts there, unless positions wrap at 65536.
     U16 start = 0;
-    const bool unwrapped = U64{offset_} + Constants::bootpHdrSize + sizeof(U32) == base && bytes_.size() <= 0xffff;
-    if (wellFormed() && unwrapped) {
-        start = static_cast<U16>(last_[end] - base);
+    if (wellFormed() && area.unwrapped()) {
+        start = static_cast<U16>(last_[end] - area.base);
         found.any = isOptionThere();
         found.info = first(info);
-        found.maxMsgSize = first(maxMsgSize);
     }
-    walkMsgOptions(bytes_, base, start, [&](const auto& head) {
+    area.walk(start, [&](U8 code, U32 at) {
         found.any = true;
-        RawOption* slot = head.code == info ? &found.info : head.code == end ? &found.end : nullptr;
-        if (head.code == maxMsgSize) slot = &found.maxMsgSize;
-        if (slot != nullptr && !*slot) *slot = RawOption(bytes_, head.at, Positions::ofViews);
-        return !(found.info && found.end && (found.maxMsgSize || !withMaxMsgSize));
+        RawOption* const slot = code == info ? &found.info : code == end ? &found.end : nullptr;
+        if (slot != nullptr && !*slot) *slot = RawOption(bytes_, at, Positions::ofViews);
+        return !(found.info && found.end);
     });
+    return found;
+}
+
+CollectedOptions collectOptions(Wire::ByteView bytes, U32 offset) {
+    CollectedOptions found;
+    const CollectedArea area(bytes, offset);
+    found.cookie = area.hasCookie();
+    if (!found.cookie) return found;
+
+    constexpr U32 none = 0xffffffff;
+    U32 info = none, end = none, maxMsgSize = none;  // plain locals stay in registers during the walk
+    area.walk(0, [&](U8 code, U32 at) {
+        found.any = true;
+        const auto keepFirst = [at](U32& place) {
+            if (place == none) place = at;
+        };
+        if (code == static_cast<U8>(DhcpOptionType::infoOpt)) keepFirst(info);
+        if (code == static_cast<U8>(DhcpOptionType::maxMsgSize)) keepFirst(maxMsgSize);
+        if (code == static_cast<U8>(DhcpOptionType::endOpt)) keepFirst(end);
+        return end == none || info == none || maxMsgSize == none;
+    });
+    const auto option = [&](U32 at) { return at == none ? RawOption() : RawOption(bytes, at, Positions::ofViews); };
+    found.info = option(info);
+    found.end = option(end);
+    found.maxMsgSize = option(maxMsgSize);
     return found;
 }
 

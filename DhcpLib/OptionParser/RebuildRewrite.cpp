@@ -27,10 +27,10 @@ struct MessageScan {
     explicit MessageScan(Wire::ByteView bytes) : subOptions(bytes) {}
 };
 
-RewriteStop scanMessage(const OptionIndex& index, const RewriteArgs& args, MessageScan& message) {
-    const OptionIndex::Collected area = index.collected(true);
+RewriteStop scanMessage(Wire::ByteView bytes, const RewriteArgs& args, MessageScan& message) {
+    const CollectedOptions area = collectOptions(bytes, args.offset);
     // Positions wrap at 65536: an option found in front of the message is not part of it.
-    const auto inMessage = [&](const RawOption& option) { return option && option.at() >= index.offset(); };
+    const auto inMessage = [&](const RawOption& option) { return option && option.at() >= args.offset; };
     if (!isAreaComplete(area.cookie, area.any, inMessage(area.end))) return {RelayRewriteVerdict::notDhcp};
     message.end = area.end;
     message.hasMaxMsgSize = static_cast<bool>(area.maxMsgSize);
@@ -40,7 +40,7 @@ RewriteStop scanMessage(const OptionIndex& index, const RewriteArgs& args, Messa
     if (message.info) readInfoSubOptions(message.info, message.subOptions);
     if (const RawOption vendor = message.subOptions[SubCode::vendorSpecificSubOption])
         message.ownBlock =
-            findQuorvaBlockOfSubOption(index.bytes(), static_cast<U16>(vendor.at()), vendor.len(), &message.ownBlockAt);
+            findQuorvaBlockOfSubOption(bytes, static_cast<U16>(vendor.at()), vendor.len(), &message.ownBlockAt);
     return {};
 }
 
@@ -134,7 +134,7 @@ class RebuildPlan : public RewritePlan {
 public:
     RebuildPlan(Wire::ByteView bytes, const RewriteArgs& args) : RewritePlan(args) {
         MessageScan message(bytes);
-        stop = scanMessage(OptionIndex(bytes, args.offset), args, message);
+        stop = scanMessage(bytes, args, message);
         if (stop) return;
         traceDirection(args);
         begin(args, message.info, message.end, message.hasMaxMsgSize);

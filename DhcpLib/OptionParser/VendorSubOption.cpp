@@ -27,6 +27,13 @@ void put(Kcore::Bytes& buf, U32& pos, std::span<const U8> bytes) {
 /// setInfoData without its trace line.
 void putItem(Kcore::Bytes& buf, U32& pos, U8 code, U8 len, const U8* data) {
     const U8 header[] = {code, len};
+    if (pos == buf.size()) {  // the usual case; it costs a third of the general one
+        U8* const to = buf.grow(headerBytes + len);
+        std::copy_n(header, headerBytes, to);
+        Kcore::copyBytes(to + headerBytes, data, len);
+        pos += headerBytes + len;
+        return;
+    }
     U32 dataPos = pos + headerBytes;
     put(buf, pos, header);
     put(buf, dataPos, {data, len});

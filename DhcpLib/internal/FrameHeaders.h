@@ -16,8 +16,15 @@ struct ShortName {
     void appendText(std::string& out) const { intf.shortName().appendText(out); }
 };
 
-/// Whether `needed` bytes exist at `pos`. If not, traces the header's name and the number of bytes there are.
-bool hasHeader(Wire::ByteView bytes, U32 pos, U32 needed, std::string_view header);
+/// Traces the header's name and the number of bytes that there are.
+[[gnu::cold]] void traceShortHeader(std::string_view header, U32 bytes);
+/// Whether `needed` bytes exist at `pos`. If not, traces it.
+inline bool hasHeader(Wire::ByteView bytes, U32 pos, U32 needed, std::string_view header) {
+    if (bytes.has(pos, needed)) [[likely]]
+        return true;
+    traceShortHeader(header, bytes.from(pos));
+    return false;
+}
 
 /// Reads the Ethernet header at the packet's start and determines the VLAN. A tag beside the frame wins over one in it;
 /// only TPID 0x8100 is a tag; there is no second one; a port in mode dot1qTunnel ignores tags

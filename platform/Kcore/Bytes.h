@@ -50,6 +50,15 @@ public:
     }
     /// Appends one byte.
     void push_back(U8 byte) { append({&byte, 1}); }
+    /// Adds `n` bytes, which the caller sets, and returns the first of them.
+    U8* grow(std::size_t n) {
+        const std::size_t at = size_;
+        if (at + n <= inlineCapacity && more_.empty()) [[likely]]
+            size_ += n;
+        else
+            resize(at + n);
+        return data() + at;
+    }
     /// `bytes` may be a part of this byte string.
     void append(std::span<const U8> bytes) {
         if (bytes.empty()) return;

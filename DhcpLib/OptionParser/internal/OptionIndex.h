@@ -62,6 +62,18 @@ private:
     U32 positionBits_ = 0;  // 0 means: no option
 };
 
+/// The options that a DhcpMsgOptions over the area of a message holds: the first one of each code, also behind the end
+/// option.
+struct CollectedOptions {
+    bool cookie = false;  ///< whether it is there, at its 16-bit position
+    bool any = false;     ///< the collection is not empty
+    RawOption info;
+    RawOption end;
+    RawOption maxMsgSize;  ///< set by collectOptions only
+};
+/// The options of the message whose BOOTP header starts at `offset`.
+CollectedOptions collectOptions(Wire::ByteView bytes, U32 offset);
+
 /// The result of one walk over the options area, which all readers share: the first and the last position of each code
 /// up to the end option. Holds a view of the packet's bytes: stale once they move.
 class OptionIndex {
@@ -78,16 +90,8 @@ public:
     RawOption last(U8 code) const { return isThere(code) ? RawOption(bytes_, last_[code]) : RawOption(); }
     RawOption last(DhcpOptionType code) const { return last(static_cast<U8>(code)); }
 
-    /// The options that a DhcpMsgOptions over the same area holds: the first one of each code, also behind the end
-    /// option.
-    struct Collected {
-        bool cookie = false;  ///< whether it is there, at its 16-bit position
-        bool any = false;     ///< the collection is not empty
-        RawOption info;
-        RawOption end;
-        RawOption maxMsgSize;  ///< set only if requested
-    };
-    Collected collected(bool withMaxMsgSize = false) const;
+    /// As collectOptions, without walking the options again that are in the index.
+    CollectedOptions collected() const;
 
 private:
     bool isThere(U8 code) const { return (there_[code / 64] >> code % 64 & 1) != 0; }
