@@ -129,6 +129,8 @@ def with_group(path, lines):
         yield line
         if re.match(r"namespace (?!Detail)\w+ {$", line):
             yield f"/// @addtogroup {group}"
+            if apart:
+                yield "/// @details"
             yield from apart
             yield "/// @{"
             apart = []
