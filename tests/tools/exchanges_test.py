@@ -64,6 +64,10 @@ class Counts(unittest.TestCase):
         first, rest = objects("stats", fault("pool-exhausted"), "--top", "1")[0]["clients"]
         self.assertEqual((first["exchanges"], rest["client"], rest["exchanges"]), (1, None, 1))
 
+    def test_end_after_as_many_as_wanted(self):
+        self.assertEqual(objects("stats", fault("pool-exhausted"), "--count", "2")[0]["messages"], 2)
+        self.assertEqual(len(run("follow", fault("nak-after-move"), "--count", "2").splitlines()), 2)
+
     def test_fit_a_terminal(self):
         out = run("stats", fault("rogue-server"), "--top", "1")
         self.assertIn("with problems: 1\n", out)

@@ -66,6 +66,7 @@ void CaptureReader::open() {
     handle_.reset(pcap_fopen_offline_with_tstamp_precision(stream, PCAP_TSTAMP_PRECISION_NANO, error));
     if (!handle_) {
         std::fclose(stream);
+        if (stopped()) return;  // before the file's header arrived: next() returns no frame
         fail(error);
     }
     const int linkType = pcap_datalink(handle_.get());

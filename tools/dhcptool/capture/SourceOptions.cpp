@@ -6,6 +6,7 @@
 #include "capture/FileSource.h"
 #include "capture/LiveCapture.h"
 #include "capture/StopSignal.h"
+#include "common/NumberOptions.h"
 #include "common/PortOptions.h"
 
 namespace DhcpTool {
@@ -56,9 +57,7 @@ void addSourceOptions(CLI::App& command, SourceOptions& options) {
         ->excludes(live)
         ->capture_default_str()
         ->group(group);
-    command.add_option("--duration", options.seconds, "Stop the live capture after SECONDS")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, 1e8))
+    addSeconds(command, "--duration", options.seconds, 0, 1e8, "Stop the live capture after SECONDS")
         ->needs(live)
         ->group(group);
     command.add_option("--buffer", options.bufferMiB, "Receive buffer of each live interface and protocol")

@@ -1,11 +1,9 @@
 #include "exchange/ExchangeRun.h"
 
-#include <CLI/CLI.hpp>
-#include <exception>
-
+#include "capture/ReadFrames.h"
 #include "capture/StopSignal.h"
+#include "common/NumberOptions.h"
 #include "common/Output.h"
-#include "common/Progress.h"
 #include "exchange/EventReader.h"
 #include "exchange/ExchangeTracker.h"
 #include "filter/FilterOptions.h"
@@ -20,8 +18,8 @@ Nanoseconds nanosecondsOf(double seconds) {
     return std::chrono::duration_cast<Nanoseconds>(std::chrono::duration<double>(seconds));
 }
 
-/// The frames of a source on their way to the sink.
-class Run {
+/// Turns the frames of a source into messages and exchanges for the sink.
+class Run final : public FrameSink {
 public:
     Run(const ExchangeOptions& options, Source& source, ExchangeSink& sink)
         : options_(options),
@@ -30,32 +28,11 @@ public:
           decoder_(options.ports.of(options.source.ports())),
           tracker_({.timeout = nanosecondsOf(options.timeout)}, [this](const Exchange& exchange) {
               if (exchange.selected) sink_.take(exchange, marksOf(exchange));
-          }) {}
-
-    void readAll() {
-        constexpr U64 framesPerStep = 1024;  // asking for the position takes a system call
-        Progress progress(source_.size());
+          }) {
         source_.wakeEvery(wakeInterval, [this] { wake(); });
-        while (sink_.wantsMore()) {
-            if (source_.mayWait()) sink_.flush();
-            const auto frame = source_.next();
-            if (!frame) return;
-            take(*frame);
-            if (frame->number % framesPerStep == 0) progress.at(source_.position());
-        }
     }
 
-    void finish() {
-        tracker_.finish();
-        sink_.finish();
-        sink_.flush();
-        if (!sink_.wantsMore()) return;
-        complain(counts_.text(std::nullopt));
-        source_.forEachCount(complain);
-    }
-
-private:
-    void take(const Arrival& frame) {
+    void take(const Arrival& frame) override {
         const Message& message = decoder_.decode(frame);
         counts_.add(message);
         Event* const event = reader_.read(message);
@@ -64,7 +41,18 @@ private:
         if (event->selected) sink_.take(*event);
         tracker_.take(*event);
     }
+    void flush() override { sink_.flush(); }
+    void finish() override {
+        tracker_.finish();
+        sink_.finish();
+        sink_.flush();
+        if (!sink_.open()) return;
+        complain(counts_.text(std::nullopt));
+        source_.forEachCount(complain);
+    }
+    bool wantsMore() const override { return sink_.wantsMore(); }
 
+private:
     void wake() {
         tracker_.timeIs(std::chrono::system_clock::now().time_since_epoch());
         sink_.wake();
@@ -86,9 +74,8 @@ void addExchangeOptions(CLI::App& command, ExchangeOptions& options) {
     addSourceOptions(command, options.source);
     addFilterOptions(command, options.filter);
     addPortOptions(command, options.ports);
-    command.add_option("--timeout", options.timeout, "End an unfinished exchange after SECONDS without a message")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 86400.0))
+    addSeconds(command, "--timeout", options.timeout, 0.001, 86400,
+               "End an unfinished exchange after SECONDS without a message")
         ->capture_default_str()
         ->group("Exchanges");
 }
@@ -97,14 +84,7 @@ void runExchanges(const ExchangeOptions& options, ExchangeSink& sink) {
     const StopSignal stop;
     const auto source = options.source.open(stop);
     Run run(options, *source, sink);
-    std::exception_ptr cutShort;
-    try {
-        run.readAll();
-    } catch (const CaptureError&) {
-        cutShort = std::current_exception();
-    }
-    run.finish();
-    if (cutShort) std::rethrow_exception(cutShort);
+    readFrames(*source, run);
 }
 
 }  // namespace DhcpTool

@@ -29,8 +29,11 @@ public:
     virtual void wake() {}
     /// Called before a wait for the next frame: shows what has been taken.
     virtual void flush() = 0;
-    /// Called behind the last exchange.
+    /// Called after the last exchange.
     virtual void finish() {}
+    /// Whether its output can be written: nobody has closed the pipe.
+    virtual bool open() const = 0;
+    /// False if the output is not open, or has as much as the user wants.
     virtual bool wantsMore() const = 0;
 };
 

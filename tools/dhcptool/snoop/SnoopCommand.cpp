@@ -1,14 +1,13 @@
 #include "snoop/SnoopCommand.h"
 
 #include <CLI/CLI.hpp>
-#include <exception>
-#include <limits>
 #include <memory>
 
+#include "capture/ReadFrames.h"
 #include "capture/SourceOptions.h"
 #include "capture/StopSignal.h"
+#include "common/NumberOptions.h"
 #include "common/PortOptions.h"
-#include "common/Progress.h"
 #include "filter/FilterOptions.h"
 #include "snoop/Snoop.h"
 #include "view/ViewOptions.h"
@@ -48,59 +47,50 @@ struct SnoopArguments {
 };
 
 /// Where the messages and their frames go.
-struct Sink {
-    Output output;
-    std::optional<CaptureWriter> target;
-    Snooper snooper;
+class Sink final : public FrameSink {
+public:
+    Sink(const SnoopArguments& arguments, const SnoopSettings& settings, const Source& source)
+        : source_(source),
+          messages_(arguments.messages),
+          output_(false, arguments.target == "-" ? stderr : stdout),
+          snooper_(settings, output_, opened(arguments.target)) {}
 
-    Sink(const SnoopArguments& arguments, const SnoopSettings& settings)
-        : output(false, arguments.target == "-" ? stderr : stdout),
-          snooper(settings, output, opened(arguments.target)) {}
-
-    bool open() const { return output.open() && (!target || target->open()); }
-    void flush() {
-        snooper.flush();
-        output.flush();
-        if (target) target->flush();
+    void take(const Arrival& frame) override { snooper_.take(frame); }
+    void flush() override {
+        snooper_.flush();
+        output_.flush();
+        if (target_) target_->flush();
+    }
+    void finish() override {
+        flush();
+        if (!output_.open()) return;
+        complain(snooper_.countsText());
+        source_.forEachCount(complain);
+    }
+    bool wantsMore() const override {
+        return snooper_.printed() < messages_ && output_.open() && (!target_ || target_->open());
     }
 
 private:
     CaptureWriter* opened(const std::string& path) {
         if (path.empty()) return nullptr;
-        return &target.emplace(path, false);
+        return &target_.emplace(path, false);
     }
-};
 
-void takeFrames(Source& source, Sink& sink, U64 messages) {
-    constexpr U64 framesPerStep = 1024;
-    Progress progress(source.size());
-    while (sink.snooper.printed() < messages && sink.open()) {
-        if (source.mayWait()) sink.flush();
-        const auto frame = source.next();
-        if (!frame) return;
-        sink.snooper.take(*frame);
-        if (frame->number % framesPerStep == 0) progress.at(source.position());
-    }
-}
+    const Source& source_;
+    const U64 messages_;
+    Output output_;
+    std::optional<CaptureWriter> target_;
+    Snooper snooper_;
+};
 
 void snoop(const SnoopArguments& arguments) {
     const StopSignal stop;
     SnoopSettings settings = arguments.settings;
     settings.ports = arguments.ports.of(arguments.source.ports());
     const auto source = arguments.source.open(stop);
-    Sink sink(arguments, settings);
-    std::exception_ptr cutShort;
-    try {
-        takeFrames(*source, sink, arguments.messages);
-    } catch (const CaptureError&) {
-        cutShort = std::current_exception();
-    }
-    sink.flush();
-    if (sink.output.open()) {
-        complain(sink.snooper.countsText());
-        source->forEachCount(complain);
-    }
-    if (cutShort) std::rethrow_exception(cutShort);
+    Sink sink(arguments, settings, *source);
+    readFrames(*source, sink);
 }
 
 void addOutput(CLI::App& command, SnoopArguments& arguments) {
@@ -109,10 +99,7 @@ void addOutput(CLI::App& command, SnoopArguments& arguments) {
         .add_flag("--rejected", arguments.settings.onlyRefused,
                   "Print only the DHCP frames that the parser refuses, and why")
         ->group(group);
-    command.add_option("--count", arguments.messages, "Stop after N messages")
-        ->type_name("N")
-        ->check(CLI::Range(U64{1}, std::numeric_limits<U64>::max()))
-        ->group(group);
+    addCount(command, arguments.messages, "Stop after N messages")->group(group);
     addViewOptions(command, arguments.settings.view);
     command
         .add_option("--write", arguments.target,

@@ -3,8 +3,10 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <limits>
 #include <memory>
 
+#include "common/NumberOptions.h"
 #include "common/Output.h"
 #include "exchange/ExchangeRun.h"
 #include "stats/StatsJson.h"
@@ -18,13 +20,13 @@ constexpr char about[] =
     "Counts messages and exchanges by type, server, VLAN, port and client, and\n"
     "measures how long servers take to answer.";
 constexpr char footer[] =
-    R"(A message in front of and behind a relay agent counts twice as a message, but as
-one in exchanges and times. Exchanges count when they end, see "dhcptool follow
+    R"(A message that is seen on both sides of a relay agent counts twice as a message,
+but as one in exchanges and times. Exchanges count when they end, see "dhcptool follow
 --help". An exchange is unanswered if its last request was not answered; the
 share is that of the exchanges in which a server had to answer.
 
-Response times run from the last transmission of a request to the answer, behind
-the relay agent if the messages were seen there. A percentile is at most 1.6 %
+Response times run from the last transmission of a request to the answer, on the
+server's side of the relay agent if the messages were seen there. A percentile is at most 1.6 %
 off. The picture shows how many answers took how long, in steps of 1, 2, 5, 10,
 ... from the first time above it to the last; each row has its own height.
 
@@ -39,6 +41,7 @@ struct StatsArguments {
     std::size_t top = 10;
     double refresh = 5;  ///< s
     bool json = false;
+    U64 count = std::numeric_limits<U64>::max();  ///< of messages
 };
 
 /// Counts, and shows the counts again and again.
@@ -56,7 +59,8 @@ public:
     }
     void finish() override { show(); }
     void flush() override { output_.flush(); }
-    bool wantsMore() const override { return output_.open(); }
+    bool open() const override { return output_.open(); }
+    bool wantsMore() const override { return open() && statistics_.messages() < arguments_.count; }
 
 private:
     void show() {
@@ -96,14 +100,13 @@ void addStatsCommand(CLI::App& app) {
         ->check(CLI::Range(1, 10000))
         ->capture_default_str()
         ->group(group);
-    command->add_option("--refresh", arguments->refresh, "Live: show the counts every SECONDS")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.25, 86400.0))
+    addSeconds(*command, "--refresh", arguments->refresh, 0.25, 86400, "Live: show the counts every SECONDS")
         ->needs("--live")
         ->capture_default_str()
         ->group(group);
     command->add_flag("--json", arguments->json, "One JSON object at the end; live, one every --refresh\nseconds")
         ->group(group);
+    addCount(*command, arguments->count, "Stop after N messages")->group(group);
     command->callback([arguments] {
         const auto counter = std::make_unique<Counter>(*arguments);
         runExchanges(arguments->exchanges, *counter);
