@@ -137,7 +137,11 @@ class Filters(FilesTest):
         _, out, err = snoop("-r", bundled("v4-many-options-dhclient-dhcpd"), "--type", "offer", "--count", "1",
                             "--write", path)
         self.assertIn("; printed 1\n", err)
-        self.assertEqual(snoop("-r", path)[1].split(" ", 1)[1], out.split(" ", 1)[1])
+        written = snoop("-r", path)[1]
+        self.assertEqual(written.split(" ", 1)[1], out.split(" ", 1)[1])
+        status, _, err = snoop("-r", path, "--type", "ack", "--write", path)
+        self.assertEqual((status, err), (1, f'dhcptool: "{path}" is the capture that is being read\n'))
+        self.assertEqual(snoop("-r", path)[1], written)
 
 
 class JsonObjects(unittest.TestCase):

@@ -34,10 +34,6 @@ void CaptureFiles::advance(File& file) {
     }
 }
 
-bool CaptureFiles::nanoseconds() const {
-    return std::ranges::any_of(files_, [](const File& file) { return file.reader.nanoseconds(); });
-}
-
 U64 CaptureFiles::size() const {
     U64 total = 0;
     for (const File& file : files_) {

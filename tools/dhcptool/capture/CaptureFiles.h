@@ -18,7 +18,6 @@ public:
     /// others are still returned. Then, in place of the end, throws a CaptureError that names each such file.
     std::optional<Frame> next();
 
-    bool nanoseconds() const;
     /// Size of all files; 0 if one has none, such as a pipe.
     U64 size() const;
     U64 position() const;

@@ -2,22 +2,23 @@
 
 #include <pcap/pcap.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 #include "DhcpLib/Wire.h"
-#include "common/Printable.h"
 
 namespace DhcpTool {
 
 namespace {
 
+constexpr U32 longestFrame = 262144;  // the limit of readers
+
 pcap_dumper* opened(const std::string& path, u_int precision) {
-    constexpr int longestFrame = 262144;
     std::FILE* const file = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
     if (file == nullptr) throw OutputError(quotedText(path) + ": " + std::strerror(errno));
     const std::unique_ptr<pcap, decltype(&pcap_close)> format(
-        pcap_open_dead_with_tstamp_precision(DLT_EN10MB, longestFrame, precision), pcap_close);
+        pcap_open_dead_with_tstamp_precision(DLT_EN10MB, static_cast<int>(longestFrame), precision), pcap_close);
     pcap_dumper* const dumper = pcap_dump_fopen(format.get(), file);
     if (dumper == nullptr) throw OutputError(quotedText(path) + ": " + harmless(pcap_geterr(format.get())));
     return dumper;
@@ -41,7 +42,7 @@ void CaptureWriter::write(CaptureTime time, std::span<const U8> bytes, U32 sentB
     const CaptureTime fraction = time - seconds;
     header.ts.tv_usec =
         nanoseconds_ ? fraction.count() : std::chrono::duration_cast<std::chrono::microseconds>(fraction).count();
-    header.caplen = static_cast<U32>(bytes.size());
+    header.caplen = static_cast<U32>(std::min<std::size_t>(bytes.size(), longestFrame));
     header.len = sentBytes;
     pcap_dump(reinterpret_cast<U8*>(file_.get()), &header, bytes.data());
     output_.check(std::ferror(pcap_dump_file(file_.get())) == 0);

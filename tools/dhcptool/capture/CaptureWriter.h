@@ -2,10 +2,17 @@
 
 #include "capture/Arrival.h"
 #include "common/Output.h"
+#include "common/Printable.h"
 
 struct pcap_dumper;
 
 namespace DhcpTool {
+
+/// Throws OutputError if the file `target`, which is going to be overwritten, is one that `source` reads.
+template <class Source>
+void checkTarget(const Source& source, const std::string& target) {
+    if (source.reads(target)) throw OutputError(quotedText(target) + " is the capture that is being read");
+}
 
 /// Writes Ethernet frames to a pcap file. If the reader closes the pipe, `open` becomes false; that is not an error.
 class CaptureWriter {
@@ -15,7 +22,8 @@ public:
     /// opened.
     CaptureWriter(const std::string& path, bool live, bool nanoseconds = true);
 
-    /// Writes a frame of which `sentBytes` were sent and `bytes` were captured. Throws OutputError.
+    /// Writes a frame of which `sentBytes` were sent and `bytes` were captured. Of a frame that is too long for a pcap
+    /// file, the first 256 KiB are written. Throws OutputError.
     void write(CaptureTime time, std::span<const U8> bytes, U32 sentBytes);
     /// Writes a frame as it was sent: with its out-of-band tag put back.
     void write(const Arrival& frame);

@@ -16,8 +16,7 @@ public:
     bool mayWait() const override { return size() == 0; }
     U64 size() const override { return files_.size(); }
     U64 position() const override { return files_.position(); }
-
-    const CaptureFiles& files() const { return files_; }
+    bool reads(const std::string& path) const override { return files_.reads(path); }
 
 private:
     CaptureFiles files_;

@@ -3,6 +3,7 @@
 #include <pcap/dlt.h>
 
 #include <algorithm>
+#include <limits>
 
 #include "DhcpLib/Wire.h"
 #include "Kitnet/BigEndian.h"
@@ -78,7 +79,9 @@ std::optional<LinkLayer> LinkLayer::of(int linkType) {
 EthernetFrame LinkLayer::ethernet(std::span<const U8> bytes, U32 sentBytes) {
     EthernetFrame result{bytes, std::max(sentBytes, static_cast<U32>(bytes.size()))};
     if (kind_ == Kind::ethernet) return result;
-    result.sentBytes = result.sentBytes - std::min(headerBytes_, result.sentBytes) + ethernetBytes;
+    constexpr U32 mostPayload = std::numeric_limits<U32>::max() - ethernetBytes;
+    const U32 sentPayload = result.sentBytes - std::min(headerBytes_, result.sentBytes);
+    result.sentBytes = std::min(sentPayload, mostPayload) + ethernetBytes;
     if (bytes.size() < headerBytes_) {
         result.bytes = {};
         return result;

@@ -23,7 +23,9 @@ public:
     /// Size in bytes, and how much of it was read; 0 if it is not known.
     virtual U64 size() const { return 0; }
     virtual U64 position() const { return 0; }
-    /// Calls `tell` with each line of counters to show at the end.
+    /// Whether `path` refers to a file that is being read.
+    virtual bool reads(const std::string&) const { return false; }
+    /// Calls `show` with each line of counters for the end of the output.
     virtual void forEachCount(const std::function<void(const std::string&)>&) const {}
 };
 

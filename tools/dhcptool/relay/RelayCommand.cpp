@@ -8,7 +8,6 @@
 #include "capture/StopSignal.h"
 #include "common/AddressOption.h"
 #include "common/Output.h"
-#include "common/Printable.h"
 #include "common/Progress.h"
 #include "relay/Relay.h"
 
@@ -22,8 +21,7 @@ requests, removes it from replies, and corrects lengths and checksums. Copies al
 message, then, on stderr, counters.)";
 constexpr char footer[] =
     R"(Messages that cannot be rewritten, or whose option 82 would be broken afterwards, fragments and incomplete datagrams
-are copied unchanged and reported. If the capture is written to the standard output, the lines go to stderr.
-Timestamps have a resolution of one microsecond.)";
+are copied unchanged and reported. If the capture is written to the standard output, the lines go to stderr.)";
 
 const std::map<std::string, DhcpLib::RelayGeneration>& generations() {
     using enum DhcpLib::RelayGeneration;
@@ -57,8 +55,7 @@ void rewriteFrames(CaptureReader& source, CaptureWriter& target, Relayer& relaye
 void relay(const RelayArguments& arguments) {
     const StopSignal stop;
     CaptureReader source(arguments.source, &stop);
-    if (source.reads(arguments.target))
-        throw OutputError(DhcpTool::quotedText(arguments.target) + " is the capture that is being read");
+    checkTarget(source, arguments.target);
     const bool live = source.size() == 0;
     Output report(live, arguments.target == "-" ? stderr : stdout);
     CaptureWriter target(arguments.target, live, source.nanoseconds());
@@ -92,7 +89,9 @@ void addRelayCommand(CLI::App& app) {
     RelaySettings& settings = arguments->settings;
     DhcpLib::RelayRewrite& rewrite = settings.rewrite;
     CLI::App* const command = app.add_subcommand("relay", about)->footer(footer);
-    command->add_option("-r,--read", arguments->source, "Capture file, pcap or pcapng; - is the standard input")
+    command
+        ->add_option("-r,--read", arguments->source,
+                     "Capture file, pcap or pcapng, also compressed with gzip or zstd; - is the standard input")
         ->type_name("FILE")
         ->required();
     command->add_option("-w,--write", arguments->target, "Capture file to write; - is the standard output")

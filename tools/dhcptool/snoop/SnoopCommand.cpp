@@ -89,6 +89,7 @@ void snoop(const SnoopArguments& arguments) {
     SnoopSettings settings = arguments.settings;
     settings.ports = arguments.ports.of(arguments.source.ports());
     const auto source = arguments.source.open(stop);
+    checkTarget(*source, arguments.target);
     Sink sink(arguments, settings, *source);
     readFrames(*source, sink);
 }
