@@ -44,6 +44,7 @@ class CommandLine(unittest.TestCase):
                 (["snop"], 1, '"snop" is neither a command nor a file (did you mean snoop?)'),
                 (["leasequrey", "--ip"], 1, "did you mean leasequery?"),
                 (["snoop", "-r", capture, "--jsn"], 1, "--jsn (did you mean --json?)"),
+                (["snoop", "-r", capture, "--type", "DHCPDISCOVR"], 1, "no message type: DHCPDISCOVR (did you mean discover?)"),
                 (["zzz"], 1, '"zzz" is neither a command nor a file; see --help'), ([], 1, "required"),
                 (["snoop", "-r", "/nowhere"], 2, "/nowhere")):
             found, out, err = run(TOOL, *arguments)

@@ -301,7 +301,8 @@ class Usage(unittest.TestCase):
         for arguments in ((), ("-r", "x", "--native-vlan", "4095"), ("-r", "x", "--switchport-mode", "hybrid"),
                           ("-r", "x", "--interface", "9"), ("-r", "x", "--trace", "all"), ("-r", "x", "-i", "y"),
                           ("-r", "x", "--native-vlan", "y=1"), ("-r", "x", "--xid", "abc"), ("-r", "x", "--duid", "0"),
-                          ("-r", "x", "--vlan", "4095"), ("-r", "x", "-q", "--json"), ("-r", "x", "--time", "noon")):
+                          ("-r", "x", "--vlan", "4095"), ("-r", "x", "-q", "--json"), ("-r", "x", "--time", "noon"),
+                          ("-r", "x", "--duid", "1:02:3"), ("-i", "lo", "--duration", "nan")):
             status, out, err = snoop(*arguments)
             self.assertEqual((status, out), (1, ""), arguments)
             self.assertRegex(err, "^dhcptool: .+; see --help\n$")

@@ -12,13 +12,16 @@ namespace {
 using DhcpLib::Dhcp6OptionType;
 using Kitnet::IpGenAddr;
 
-bool equalsLowerCase(std::string_view name, std::string_view lower) {
-    return std::ranges::equal(name, lower, [](char a, char b) { return std::tolower(static_cast<U8>(a)) == b; });
+constexpr std::string_view prefix = "DHCP";
+
+char lower(char c) { return static_cast<char>(std::tolower(static_cast<U8>(c))); }
+
+bool equalsLowerCase(std::string_view name, std::string_view lowerCase) {
+    return std::ranges::equal(name, lowerCase, {}, lower);
 }
 
 /// Whether a type is called that, with or without "DHCP" in front.
 bool isCalled(std::string_view name, std::string_view wanted) {
-    constexpr std::string_view prefix = "DHCP";
     return equalsLowerCase(name, wanted) ||
            (name.starts_with(prefix) && equalsLowerCase(name.substr(prefix.size()), wanted));
 }
@@ -76,6 +79,22 @@ bool hasServer(const Message& message, const IpGenAddr& server) {
 }
 
 }  // namespace
+
+std::vector<std::string> typeNames() {
+    std::vector<std::string> names;
+    const auto add = [&](std::string_view name) {
+        if (name.starts_with(prefix)) name.remove_prefix(prefix.size());
+        std::ranges::transform(name, std::back_inserter(names.emplace_back()), lower);
+    };
+    for (unsigned type = 1; type <= 255; ++type) {
+        add(typeName4(static_cast<U8>(type)));
+        add(typeName6(static_cast<U8>(type)));
+    }
+    using enum DhcpLib::BootpOpType;
+    for (const auto operation : {bootpReq, bootpRep, bootpOpUnknown})
+        for (const bool isBootp : {false, true}) add(operationName(operation, isBootp));
+    return names;
+}
 
 bool Filter::isEmpty() const { return !mac && !ip && !xid && type.empty() && !vlan && !circuitId && !duid && !server; }
 

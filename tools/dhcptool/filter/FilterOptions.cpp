@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <charconv>
 
+#include "cli/Suggestion.h"
 #include "common/AddressOption.h"
+#include "common/HexBytes.h"
 
 namespace DhcpTool {
 
@@ -12,19 +14,10 @@ namespace {
 
 constexpr char group[] = "Filters (a message has to match all of them)";
 
-/// The bytes of "0x0102", "01:02" or "0102"; none if it is something else.
+/// The bytes of "0x0102", "01:02" or "0102"; unset if it is something else.
 std::optional<std::string> bytesOf(std::string_view text) {
     if (text.starts_with("0x")) text.remove_prefix(2);
-    std::string digits, bytes;
-    std::ranges::copy_if(text, std::back_inserter(digits), [](char c) { return c != ':'; });
-    if (digits.empty() || digits.size() % 2 != 0) return std::nullopt;
-    for (std::size_t at = 0; at < digits.size(); at += 2) {
-        U8 byte = 0;
-        const char* const pair = digits.data() + at;
-        if (std::from_chars(pair, pair + 2, byte, 16).ptr != pair + 2) return std::nullopt;
-        bytes.push_back(static_cast<char>(byte));
-    }
-    return bytes;
+    return text.empty() ? std::nullopt : bytesOfHex(text);
 }
 
 std::optional<std::string> textOrBytes(std::string_view text) {
@@ -43,6 +36,16 @@ std::optional<U32> xidOf(std::string_view text) {
 std::string lowerCase(std::string text) {
     std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
+}
+
+/// An error message for a type that no message has; empty if there is one.
+std::string typeFault(const std::string& text) {
+    const std::vector<std::string> names = typeNames();
+    std::string name = lowerCase(text);
+    if (name.starts_with("dhcp")) name.erase(0, 4);
+    if (std::ranges::count(names, name) != 0) return {};
+    const auto meant = Cli::closest(name, names);
+    return "no message type: " + text + (meant ? " (did you mean " + *meant + "?)" : "");
 }
 
 /// Adds an option whose text `parse` turns into an optional value.
@@ -71,6 +74,7 @@ void addFilterOptions(CLI::App& command, Filter& filter) {
             "--type", [&filter](const std::string& text) { filter.type = lowerCase(text); },
             "Message type, such as discover, ack, solicit or relayForward")
         ->type_name("TYPE")
+        ->check(typeFault, "")
         ->group(group);
     command.add_option("--vlan", filter.vlan, "VLAN of the frame")
         ->type_name("VLAN")

@@ -1,11 +1,10 @@
 #include "leasequery/LeaseQuery.h"
 
-#include <charconv>
-
 #include "DhcpLib/Constants.h"
 #include "DhcpLib/OptionParser/LeaseQuery.h"
 #include "DhcpLib/Wire.h"
 #include "Kcore/Exception.h"
+#include "common/HexBytes.h"
 
 namespace DhcpTool {
 
@@ -19,9 +18,9 @@ constexpr U8 endOption = 255, parameterList = 55, clientIdOption = 61;
 /// The times, the client's other addresses, and its identifier, which a server sends only if it is asked for.
 constexpr U8 wanted[] = {51, 91, 92, clientIdOption};
 
-/// Writes the options behind the message type over those that the library has put there.
+/// Replaces the options that the library has put after the message type.
 void askForClientId(Kitnet::Pkt& query, const std::string& id) {
-    constexpr U32 listAt = DhcpLib::Constants::bootpHdrSize + 4 + 3;  // behind the magic cookie and option 53
+    constexpr U32 listAt = DhcpLib::Constants::bootpHdrSize + 4 + 3;  // after the magic cookie and option 53
     const U32 idAt = listAt + 2 + U32{sizeof wanted};
     const U32 endAt = idAt + 2 + static_cast<U32>(id.size());
     if (query.bytes() <= endAt) query.newSharedTailData(endAt + 1 - static_cast<U32>(query.bytes()));
@@ -37,17 +36,10 @@ void askForClientId(Kitnet::Pkt& query, const std::string& id) {
 }  // namespace
 
 ClientId ClientId::fromText(const std::string& text) {
-    ClientId id;
-    for (std::size_t at = 0; at < text.size(); at += 2) {
-        if (at != 0 && text[at] == ':') ++at;
-        U8 byte = 0;
-        const char* const end = text.data() + std::min(at + 2, text.size());
-        const auto [read, error] = std::from_chars(text.data() + at, end, byte, 16);
-        if (error != std::errc() || read != text.data() + at + 2) throw Kcore::RangeException("no hexadecimal bytes");
-        id.bytes.push_back(static_cast<char>(byte));
-    }
-    if (id.bytes.empty() || id.bytes.size() > mostBytes) throw Kcore::RangeException("not 1 to 255 bytes");
-    return id;
+    const auto bytes = bytesOfHex(text);
+    if (!bytes) throw Kcore::RangeException("no hexadecimal bytes");
+    if (bytes->empty() || bytes->size() > mostBytes) throw Kcore::RangeException("not 1 to 255 bytes");
+    return {*bytes};
 }
 
 DhcpLib::PktPtr leaseQueryFor(const LeaseSubject& subject, Kitnet::IpAddr giaddr, U32 xid) {
