@@ -55,7 +55,8 @@ class Lines(unittest.TestCase):
                  "client-id IAID 0x00000000 DUID LL 02:c1:00:00:00:01"),
                 (option(66, b"tftp.example") + option(67, b"pxe.0"), 'tftp-server "tftp.example" boot-file "pxe.0"'),
                 (option(82, info), 'link-selection 10.20.0.1 subscriber-id "tenant" server-override 10.20.0.2 vrf "blue" '
-                 "vrf-control option 200 0x0102"))
+                 "vrf-control option 200 0x0102"),
+                (option(81, b"\4\0\0\5a xid\0"), "fqdn 0x056120786964" "00"))
         self.assertEqual(tails([discover(options) for options, _ in rows]), [shown for _, shown in rows])
 
     def test_count_every_reason(self):
@@ -90,7 +91,10 @@ class Views(unittest.TestCase):
         _, out, _ = snoop("-q", data=joined(all_captures()))
         self.assertIn(" vlan 1 DHCPNAK 02:c1:00:00:01:0b ", out)
         self.assertEqual([line for line in out.splitlines() if len(line) > 100], [])
-        self.assertTrue(tails([discover(option(56, "\u6f22".encode() * 80))], "-q")[0].endswith("..."))
+        # Codes 50 and 54 are other options in DHCPv6.
+        wide, other = tails([discover(option(56, "\u6f22".encode() * 80)),
+                             dhcp6_frame(b"\1abc" + option6(50, bytes(4)) + option6(54, bytes(4)))], "-q")
+        self.assertTrue(wide.endswith("...") and other.endswith(" solicit"), other)
 
     def test_verbose_has_each_option_with_its_position(self):
         _, out, _ = snoop("-v", "-r", bundled("v6-pd-dhclient-kea"), "--type", "advertise")
@@ -248,11 +252,16 @@ class Files(FilesTest):
     def test_may_have_any_times(self):
         frame = discover(b"")
         files = (pcapng([frame], 1700000000000005), pcapng([frame], 1700000000000000005, 9),
-                 pcapng([frame], 2**63 - 1, 0), pcap([frame])[:28] + b"\xff" * 4 + pcap([frame])[32:])
-        status, out, _ = snoop("-r", *(self.path(str(at), data) for at, data in enumerate(files)))
-        self.assertEqual((status, [line.split()[1] for line in out.splitlines()]),
-                         (0, ["2023-11-14T22:13:19.999999Z", "2023-11-14T22:13:20.000000005Z",
-                              "2023-11-14T22:13:20.000005Z", "2262-04-10T23:47:16.000000Z"]))
+                 pcapng([frame], 2**63 - 1, 0), pcapng([frame], 2**63, 0),
+                 pcap([frame])[:28] + b"\xff" * 4 + pcap([frame])[32:])
+        paths = [self.path(str(at), data) for at, data in enumerate(files)]
+        for form, times in (("absolute", ["1677-09-22T00:12:44.000000Z", "2023-11-14T22:13:19.999999Z",
+                                          "2023-11-14T22:13:20.000000005Z", "2023-11-14T22:13:20.000005Z",
+                                          "2262-04-10T23:47:16.000000Z"]),
+                            ("delta", ["0.000000", "9223372036.854775807", "0.000001005", "0.000004995",
+                                       "7523285635.999995"])):
+            status, out, _ = snoop("-r", *paths, "--time", form)
+            self.assertEqual((status, [line.split()[1] for line in out.splitlines()]), (0, times))
 
     def test_that_cannot_be_read_give_status_2(self):
         whole = content("v4-dhclient-dhcpd")

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <stdexcept>
 
 #include "CommandText.h"
 #include "Completion.h"
@@ -25,6 +26,7 @@ void generate(const CLI::App& app, const Program& program, const std::string& wh
         std::cout << zshCompletion(command);
     else
         std::cout << fishCompletion(command);
+    if (!std::cout.flush()) throw std::runtime_error("cannot write the output");
 }
 
 }  // namespace

@@ -1,17 +1,15 @@
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string_view>
 #include <vector>
 
 #include "Kitnet/EthAddr.h"
 #include "Kitnet/IpGenAddr.h"
+#include "common/Nanoseconds.h"
 #include "exchange/MessageKind.h"
 
 namespace DhcpTool {
-
-using Nanoseconds = std::chrono::nanoseconds;
 
 /// An address or a delegated prefix that a server assigns or a client names.
 struct Assigned {
@@ -59,12 +57,5 @@ struct Event {
     std::vector<StatusCode> statuses;  ///< at all levels of a DHCPv6 message
     std::string_view text;             ///< message of the server (DHCPv4 option 56)
 };
-
-/// `to` - `from`. Times in a capture may be anything, so the result stops at the limits of its type.
-constexpr Nanoseconds timeBetween(Nanoseconds from, Nanoseconds to) {
-    Nanoseconds::rep difference = 0;
-    if (!__builtin_sub_overflow(to.count(), from.count(), &difference)) return Nanoseconds(difference);
-    return to > from ? Nanoseconds::max() : Nanoseconds::min();
-}
 
 }  // namespace DhcpTool

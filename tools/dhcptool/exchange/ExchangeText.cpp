@@ -56,11 +56,6 @@ std::string addressText(const Assigned& assigned) {
     return text;
 }
 
-std::string leaseText(U32 seconds) {
-    constexpr U32 infinity = 0xffffffff;  // RFC 2131, section 3.3, and RFC 8415, section 7.7
-    return seconds == infinity ? "infinite" : std::to_string(seconds) + 's';
-}
-
 std::string statusText(U16 code) {
     const std::string_view name = statusName(code);
     return name.empty() ? "status " + std::to_string(code) : std::string(name);

@@ -21,9 +21,6 @@ std::string serverText(const ExchangeServer& server);
 /// "10.0.0.100", "2001:db8:f00::/56".
 std::string addressText(const Assigned& assigned);
 
-/// "600s" or "infinite".
-std::string leaseText(U32 seconds);
-
 /// "NoAddrsAvail"; "status 77" for a code without a name.
 std::string statusText(U16 code);
 

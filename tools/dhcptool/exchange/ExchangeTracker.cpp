@@ -72,10 +72,13 @@ ExchangeTracker::Opens::iterator ExchangeTracker::openFor(const Event& event) {
 
 void ExchangeTracker::makeRoom(std::string_view client) {
     const auto [first, last] = index_.equal_range(client);
-    if (static_cast<std::size_t>(std::distance(first, last)) >= mostPerClient) report(first->second);
-    if (index_.size() < settings_.mostOpen) return;
-    if (done_.empty()) pending_.front().exchange.incomplete = true;
-    report(done_.empty() ? pending_.begin() : done_.begin());
+    if (static_cast<std::size_t>(std::distance(first, last)) >= mostPerClient) reportEarly(first->second);
+    if (index_.size() >= settings_.mostOpen) reportEarly(done_.empty() ? pending_.begin() : done_.begin());
+}
+
+void ExchangeTracker::reportEarly(Opens::iterator open) {
+    if (!open->done) open->exchange.incomplete = true;
+    report(open);
 }
 
 void ExchangeTracker::touch(Opens::iterator open) {

@@ -59,6 +59,7 @@ private:
     void makeRoom(std::string_view client);
     void touch(Opens::iterator open);
     void report(Opens::iterator open);
+    void reportEarly(Opens::iterator open);
     Kitnet::IpGenAddr answeringServer(const Exchange& exchange);
 
     const TrackerSettings settings_;

@@ -5,6 +5,7 @@
 #include "Kcore/Text.h"
 #include "common/Printable.h"
 #include "exchange/ExchangeText.h"
+#include "view/TimeText.h"
 
 namespace DhcpTool {
 
@@ -89,7 +90,7 @@ private:
     void addresses() {
         if (exchange_.assigned.empty()) return;
         word("address").append(addressesText(exchange_.assigned));
-        if (const auto seconds = exchange_.assigned.front().seconds) word("lease").append(leaseText(*seconds));
+        if (const auto seconds = exchange_.assigned.front().seconds) appendLifetime(word("lease"), *seconds);
     }
 
     void relay() {

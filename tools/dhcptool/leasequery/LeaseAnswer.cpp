@@ -6,6 +6,7 @@
 #include "DhcpLib/OptionParser/BasicCheck.h"
 #include "common/JsonWriter.h"
 #include "message/Item.h"
+#include "view/TimeText.h"
 
 namespace DhcpTool {
 
@@ -135,7 +136,7 @@ std::string LeaseAnswer::text() const {
     if (ip) appendLine(out, "ip", textOf(*ip));
     if (mac) appendLine(out, "mac", textOf(*mac));
     if (clientId) appendLine(out, "client-id", textOrHex(*clientId));
-    if (leaseTime) appendLine(out, "lease-time", textOf(*leaseTime) + 's');
+    if (leaseTime) appendLifetime(out.append("\nlease-time "), static_cast<U32>(leaseTime->count()));
     if (lastTransactionTime) appendLine(out, "last-transaction", textOf(*lastTransactionTime) + "s ago");
     if (!associatedIps.empty()) appendLine(out, "associated", textOf(associatedIps));
     if (serverId) appendLine(out, "server-id", textOf(*serverId));

@@ -39,7 +39,7 @@ std::optional<Kitnet::EthAddr> macOf(const Item& duid) {
 
 }  // namespace
 
-const Item* Message::option(U8 code) const { return lastOf(options, code); }
+const Item* Message::option(U8 code) const { return isDhcp6() ? nullptr : lastOf(options, code); }
 
 const Item* Message::relaySubOption(U8 code) const { return lastOf(relayInfo, code); }
 

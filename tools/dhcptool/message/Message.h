@@ -105,7 +105,7 @@ struct Message {
     /// DHCPv6: the server's DUID.
     std::string_view serverDuid() const;
 
-    // DHCPv4. An address is unset if the option is absent or has another length than 4.
+    // DHCPv4; nothing for DHCPv6. An address is unset if the option is absent or has another length than 4.
     std::optional<Kitnet::IpAddr> addressOption(U8 code) const;
     std::optional<U32> secondsOption(U8 code) const;
     std::optional<Kitnet::IpAddr> requestedAddress() const { return addressOption(50); }
@@ -114,7 +114,7 @@ struct Message {
     std::optional<Kitnet::IpAddr> serverIdOverride() const;  ///< sub-option 11 of option 82
     std::optional<Kitnet::IpAddr> linkSelection() const;     ///< sub-option 5 of option 82
     std::string_view text() const { return optionData(56); }
-    /// The last option or sub-option of that code; null if there is none. Option: not for DHCPv6.
+    /// The last option or sub-option of that code; null if there is none.
     const Item* option(U8 code) const;
     const Item* relaySubOption(U8 code) const;
     std::string_view optionData(U8 code) const { return dataOf(option(code)); }

@@ -20,6 +20,8 @@ public:
     explicit Reader(Message& message) : message_(message), bytes_(*message.arrival.pkt) {}
 
     void read() {
+        if (message_.headers.messageAt > lastPosition)
+            return fault("message starts too far from the start of the frame", message_.headers.messageAt);
         const Dhcp6MessagePlace outermost = place();
         for (const Dhcp6MessagePlace& place : dhcp6RelayChain(message_.arrival.pkt, outermost)) addLayer(place);
         if (message_.layers.empty()) {

@@ -76,18 +76,19 @@ void appendDuid(std::string& out, std::string_view duid) {
 
 void appendDomains(std::string& out, std::string_view names) {
     constexpr std::size_t longestLabel = 63;
+    constexpr std::string_view separators = " .,";  // of names and fields: a label with one could forge another field
     const std::size_t start = out.size();
     const std::string_view all = names;
     bool inName = false;
     while (!names.empty()) {
         const auto length = static_cast<unsigned char>(names.front());
-        if (length > longestLabel || length >= names.size()) {
-            if (length == 0 && inName) break;  // the end of the last name
+        const std::string_view label = names.substr(1, length);
+        if (length > longestLabel || label.size() != length || label.find_first_of(separators) != label.npos) {
             out.resize(start);
             return appendHex(out.append("0x"), all);
         }
         if (length != 0 && out.size() != start) out.push_back(inName ? '.' : ',');
-        appendHarmless(out, names.substr(1, length));
+        appendHarmless(out, label);
         inName = length != 0;
         names.remove_prefix(length + std::size_t{1});
     }

@@ -18,8 +18,8 @@ void appendUuid(std::string& out, std::string_view uuid);
 /// DUID that is none of these as 0x and hexadecimal.
 void appendDuid(std::string& out, std::string_view duid);
 
-/// Appends names in the format of DNS (RFC 1035, section 3.1) with commas between: "a.example,b.example". Compressed
-/// or malformed ones as 0x and hexadecimal.
+/// Appends names in the format of DNS (RFC 1035, section 3.1) with commas between: "a.example,b.example". If one is
+/// compressed or malformed, or has a blank, dot or comma in a label, all as 0x and hexadecimal.
 void appendDomains(std::string& out, std::string_view names);
 
 }  // namespace DhcpTool

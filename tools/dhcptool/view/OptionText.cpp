@@ -6,6 +6,7 @@
 #include "message/TypeNames.h"
 #include "view/DuidText.h"
 #include "view/Line.h"
+#include "view/TimeText.h"
 
 namespace DhcpTool {
 
@@ -196,16 +197,6 @@ void appendRelayInfo(std::string& out, const Message& message) {
 void appendDomainName(std::string& out, const Item& item, U32 first) { appendDomains(out, item.data.substr(first)); }
 
 }  // namespace
-
-void appendLifetime(std::string& out, U32 seconds) {
-    constexpr U32 infinity = 0xffffffff;  // RFC 2131, section 3.3; RFC 8415, section 7.7
-    if (seconds == infinity) {
-        out.append("infinite");
-        return;
-    }
-    Kcore::appendText(out, seconds);
-    out.push_back('s');
-}
 
 void appendStatus(std::string& out, const Status6& status) {
     if (const std::string_view name = statusName(status.code); !name.empty())

@@ -13,9 +13,6 @@ void appendValue(std::string& out, const OptionInfo* info, const Item& item, con
 /// "NoAddrsAvail "text"".
 void appendStatus(std::string& out, const Status6& status);
 
-/// "600s"; "infinite" for the largest number.
-void appendLifetime(std::string& out, U32 seconds);
-
 /// What is wrong: "option 51 has a wrong length at byte 298".
 void appendFault(std::string& out, const Fault& fault);
 

@@ -3,6 +3,7 @@
 #include <ctime>
 
 #include "Kcore/Text.h"
+#include "common/Nanoseconds.h"
 
 namespace DhcpTool {
 
@@ -19,8 +20,9 @@ void appendFraction(std::string& out, CaptureTime fraction) {
 }
 
 void appendSpan(std::string& out, CaptureTime span) {
-    if (span < CaptureTime::zero()) out.push_back('-');
-    const auto length = span < CaptureTime::zero() ? -span : span;
+    const bool negative = span < CaptureTime::zero();
+    if (negative) out.push_back('-');
+    const auto length = negative ? timeBetween(span, CaptureTime::zero()) : span;
     const auto seconds = std::chrono::floor<std::chrono::seconds>(length);
     Kcore::appendText(out, seconds.count());
     appendFraction(out, length - seconds);
@@ -36,15 +38,19 @@ void appendSecond(std::string& out, std::chrono::seconds sinceEpoch) {
     out.append(text, std::strftime(text, sizeof text, "%FT%T", &utc));
 }
 
-std::string timeText(std::chrono::seconds sinceEpoch) {
-    std::string out;
-    appendSecond(out, sinceEpoch);
-    return out;
+void appendLifetime(std::string& out, Kcore::U32 seconds) {
+    constexpr Kcore::U32 infinity = 0xffffffff;  // RFC 2131, section 3.3; RFC 8415, section 7.7
+    if (seconds == infinity) {
+        out.append("infinite");
+        return;
+    }
+    Kcore::appendText(out, seconds);
+    out.push_back('s');
 }
 
 void TimeText::append(std::string& out, CaptureTime time) {
     if (form_ == TimeForm::absolute) return appendAbsolute(out, time);
-    appendSpan(out, time - reference_.value_or(time));
+    appendSpan(out, timeBetween(reference_.value_or(time), time));
     if (!reference_ || form_ == TimeForm::delta) reference_ = time;
 }
 

@@ -9,10 +9,12 @@ namespace DhcpTool {
 
 /// Appends "2024-05-01T10:11:12", UTC.
 void appendSecond(std::string& out, std::chrono::seconds sinceEpoch);
-std::string timeText(std::chrono::seconds sinceEpoch);
+
+/// Appends the time for which an address is valid: "600s"; "infinite" for the largest number.
+void appendLifetime(std::string& out, Kcore::U32 seconds);
 
 enum class TimeForm {
-    absolute,  ///< RFC 3339, UTC; with nine digits behind the point if six are not enough
+    absolute,  ///< RFC 3339, UTC; with nine digits after the point if six are not enough
     relative,  ///< seconds since the first frame
     delta,     ///< seconds since the frame before
 };
