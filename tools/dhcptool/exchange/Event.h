@@ -42,7 +42,7 @@ struct Event {
     std::string_view hostname;
     U16 vlan = 0;
     std::string_view port;       ///< circuit-id or interface-id
-    std::string_view interface;  ///< on which the frame arrived; empty for a frame from a file
+    std::string_view interface;  ///< on which the frame arrived: name or number; empty if it is not known
 
     Kitnet::EthAddr sourceMac;
     Kitnet::IpGenAddr source, destination;

@@ -68,6 +68,9 @@ Event* EventReader::read(const Message& message) {
     if (message.arrival.live) {
         interface_ = Kcore::textOf(message.arrival.intf);
         event_.interface = interface_;
+    } else if (message.arrival.ifIndex != 0) {
+        interface_ = std::to_string(message.arrival.ifIndex);
+        event_.interface = interface_;
     }
     message.isDhcp6() ? read6(message) : read4(message);
     return &event_;

@@ -27,6 +27,7 @@ public:
         json_.member("frame", arrival.number);
         json_.key("time").built([&](std::string& out) { time.append(out, arrival); });
         json_.member("interface", arrival.intf);
+        if (arrival.ifIndex != 0) json_.member("ifIndex", arrival.ifIndex);
         if (arrival.live) json_.member("outgoing", arrival.outgoing);
         json_.member("sentBytes", arrival.sentBytes);
         json_.key("rejection");

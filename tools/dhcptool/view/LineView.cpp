@@ -105,6 +105,7 @@ void addStart(Line& line, const Message& message, TimeText& time) {
     const Arrival& arrival = message.arrival;
     time.append(line.word(arrival.number).gap().text(), arrival);
     if (arrival.live) line.word(arrival.intf);
+    if (arrival.ifIndex != 0) line.field("ifindex", arrival.ifIndex);
     if (arrival.outgoing) line.word("out");
     line.field("vlan", message.vlan()).word(message.isTagged() ? "tagged" : "untagged");
 }

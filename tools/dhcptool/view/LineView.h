@@ -18,7 +18,7 @@ private:
     const bool coloured_;
 };
 
-/// The start of a line: frame number, time, interface and direction of a live frame, VLAN.
+/// The start of a line: frame number, time, interface and direction if they are known, VLAN.
 void addStart(Line& line, const Message& message, TimeText& time);
 /// The message type, standing out if the message says no.
 void addType(Line& line, const Message& message, std::string_view name);
