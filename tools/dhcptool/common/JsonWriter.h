@@ -42,6 +42,20 @@ public:
     void endObject() { close('}'); }
     void startArray() { open('['); }
     void endArray() { close(']'); }
+    /// An object whose members `writeMembers()` writes.
+    template <class Write>
+    void object(Write writeMembers) {
+        startObject();
+        writeMembers();
+        endObject();
+    }
+    /// An array with an object for each of `values`, whose members `writeMembers(value)` writes.
+    template <class Values, class Write>
+    void objects(Values&& values, Write writeMembers) {
+        startArray();
+        for (const auto& value : values) object([&] { writeMembers(value); });
+        endArray();
+    }
     void null() { literal("null"); }
     /// Requires: valid UTF-8.
     void string(std::string_view text);
@@ -83,7 +97,7 @@ private:
         if (out_.size() - end_ < bytes) out_.resize(end_ + bytes + spare);
         return out_.data() + end_;
     }
-    /// Appends `bytes` bytes, behind a comma unless the key or value is the first one or follows its key.
+    /// Appends `bytes` bytes, with a comma in front unless it is the first key or value or a value after its key.
     char* grow(std::size_t bytes) {
         char* next = room(bytes + 1);
         if (!std::exchange(separated_, false)) {

@@ -18,33 +18,20 @@ public:
     Writer(JsonWriter& json, const Exchange& exchange) : json_(json), exchange_(exchange) {}
 
     void write(const std::vector<Mark>& marks) {
-        json_.startObject();
         time("time", exchange_.start);
         time("end", exchange_.end);
         json_.key("protocol").string(exchange_.dhcp6() ? "dhcp6" : "dhcp4");
         client();
-        list("messages", exchange_.steps, [&](const Step& step) { message(step); });
-        list("servers", exchange_.servers, [&](const ExchangeServer& one) { server(one); });
-        list("requested", exchange_.requested, [&](const Assigned& one) { address(one); });
-        list("assigned", exchange_.assigned, [&](const Assigned& one) { address(one); });
+        json_.key("messages").objects(exchange_.steps, [&](const Step& step) { message(step); });
+        json_.key("servers").objects(exchange_.servers, [&](const ExchangeServer& one) { server(one); });
+        json_.key("requested").objects(exchange_.requested, [&](const Assigned& one) { address(one); });
+        json_.key("assigned").objects(exchange_.assigned, [&](const Assigned& one) { address(one); });
         if (exchange_.relay.isUsable()) json_.member("relay", exchange_.relay);
-        list("statuses", exchange_.statuses, [&](const Exchange::Status& one) { status(one); });
-        list("marks", marks, [&](const Mark& one) { mark(one); });
-        json_.endObject();
+        json_.key("statuses").objects(exchange_.statuses, [&](const Exchange::Status& one) { status(one); });
+        json_.key("marks").objects(marks, [&](const Mark& one) { mark(one); });
     }
 
 private:
-    template <class T, class Write>
-    void list(std::string_view name, const std::vector<T>& values, Write writeMembers) {
-        json_.key(name).startArray();
-        for (const T& value : values) {
-            json_.startObject();
-            writeMembers(value);
-            json_.endObject();
-        }
-        json_.endArray();
-    }
-
     void time(std::string_view name, Nanoseconds when) {
         json_.key(name).built([&](std::string& out) { TimeText().append(out, when); });
     }
@@ -119,7 +106,7 @@ private:
 }  // namespace
 
 void writeExchange(JsonWriter& json, const Exchange& exchange, const std::vector<Mark>& marks) {
-    Writer(json, exchange).write(marks);
+    json.object([&] { Writer(json, exchange).write(marks); });
 }
 
 }  // namespace DhcpTool

@@ -12,7 +12,6 @@ public:
         : json_(json), statistics_(statistics), top_(top) {}
 
     void write() {
-        json_.startObject();
         time("start", statistics_.start());
         time("end", statistics_.end());
         json_.member("messages", statistics_.messages());
@@ -24,7 +23,6 @@ public:
         list("vlans", "vlan", statistics_.vlans(), [](const std::string& vlan) { return vlan; });
         list("ports", "port", statistics_.ports(), [](const std::string& port) { return hex(port); });
         list("clients", "client", statistics_.clients(), [](const std::string& client) { return client; });
-        json_.endObject();
     }
 
 private:
@@ -37,42 +35,39 @@ private:
     }
 
     void types(std::string_view name, bool dhcp6) {
-        json_.key(name).startObject();
-        for (std::size_t at = 0; at < messageKindCount; ++at) {
-            const auto kind = static_cast<MessageKind>(at);
-            if (roleOf(kind).dhcp6 == dhcp6 && statistics_.messagesOf(kind) != 0)
-                json_.member(roleOf(kind).name, statistics_.messagesOf(kind));
-        }
-        json_.endObject();
+        json_.key(name).object([&] {
+            for (std::size_t at = 0; at < messageKindCount; ++at) {
+                const auto kind = static_cast<MessageKind>(at);
+                if (roleOf(kind).dhcp6 == dhcp6 && statistics_.messagesOf(kind) != 0)
+                    json_.member(roleOf(kind).name, statistics_.messagesOf(kind));
+            }
+        });
     }
 
     void problems() {
-        json_.key("marks").startObject();
-        for (std::size_t at = 0; at < markKindCount; ++at) {
-            const auto mark = static_cast<MarkKind>(at);
-            if (statistics_.exchangesWith(mark) != 0)
-                json_.member(Kcore::enumName(mark), statistics_.exchangesWith(mark));
-        }
-        json_.endObject();
+        json_.key("marks").object([&] {
+            for (std::size_t at = 0; at < markKindCount; ++at) {
+                const auto mark = static_cast<MarkKind>(at);
+                if (statistics_.exchangesWith(mark) != 0)
+                    json_.member(Kcore::enumName(mark), statistics_.exchangesWith(mark));
+            }
+        });
     }
 
     /// The rows of a table, then the rest of the table and the rows that were moved out of it as the row null.
     template <class Row, class NameOf>
     void list(std::string_view name, std::string_view key, const BoundedTable<Row>& table, NameOf nameOf) {
         json_.key(name).startArray();
-        for (const auto* entry : table.top(top_)) {
-            json_.startObject();
-            json_.key(key).string(nameOf(entry->first));
-            members(entry->second);
-            json_.endObject();
-        }
-        const Row rest = table.rest(top_);
-        if (rest.exchanges != 0) {
-            json_.startObject();
-            json_.key(key).null();
-            members(rest);
-            json_.endObject();
-        }
+        for (const auto* entry : table.top(top_))
+            json_.object([&] {
+                json_.key(key).string(nameOf(entry->first));
+                members(entry->second);
+            });
+        if (const Row rest = table.rest(top_); rest.exchanges != 0)
+            json_.object([&] {
+                json_.key(key).null();
+                members(rest);
+            });
         json_.endArray();
     }
 
@@ -91,22 +86,25 @@ private:
     }
 
     void times(std::string_view name, const Histogram& histogram) {
-        json_.key(name).startObject();
-        json_.member("count", histogram.count());
-        json_.member("medianNs", histogram.percentile(0.5).count());
-        json_.member("p90Ns", histogram.percentile(0.9).count());
-        json_.member("p99Ns", histogram.percentile(0.99).count());
+        json_.key(name).object([&] {
+            json_.member("count", histogram.count());
+            json_.member("medianNs", histogram.percentile(0.5).count());
+            json_.member("p90Ns", histogram.percentile(0.9).count());
+            json_.member("p99Ns", histogram.percentile(0.99).count());
+            bars(histogram.bars());
+        });
+    }
+
+    void bars(const std::array<U64, Histogram::barCount>& counts) {
         json_.key("histogram").startArray();
-        const auto bars = histogram.bars();
-        for (std::size_t bar = 0; bar < bars.size(); ++bar) {
-            if (bars[bar] == 0) continue;
-            json_.startObject();
-            json_.member("fromNs", Histogram::barStart(bar).count());
-            json_.member("count", bars[bar]);
-            json_.endObject();
+        for (std::size_t bar = 0; bar < counts.size(); ++bar) {
+            if (counts[bar] == 0) continue;
+            json_.object([&] {
+                json_.member("fromNs", Histogram::barStart(bar).count());
+                json_.member("count", counts[bar]);
+            });
         }
         json_.endArray();
-        json_.endObject();
     }
 
     JsonWriter& json_;
@@ -117,7 +115,7 @@ private:
 }  // namespace
 
 void writeStatistics(JsonWriter& json, const Statistics& statistics, std::size_t top) {
-    Writer(json, statistics, top).write();
+    json.object([&] { Writer(json, statistics, top).write(); });
 }
 
 }  // namespace DhcpTool

@@ -84,13 +84,11 @@ public:
         writeDuid("clientId", inside, Dhcp6OptionType::clientId);
         writeDuid("serverId", inside, Dhcp6OptionType::serverId);
         writeStatus(message_.status6);
-        json_.key("ia").startArray();
-        for (const Ia6& ia : message_.ias) writeIa(ia);
-        json_.endArray();
+        json_.key("ia").objects(message_.ias, [&](const Ia6& ia) { writeIa(ia); });
         writeRelayOptions(inside);
         json_.key("relay").startArray();
         for (const Layer6& layer : message_.layers)
-            if (layer.isRelay()) writeHop(layer);
+            if (layer.isRelay()) json_.object([&] { writeHop(layer); });
         json_.endArray();
     }
 
@@ -107,30 +105,32 @@ private:
         for (const Item& item : items) {
             const OptionInfo* const info = infoOf(item.code);
             if (info != nullptr && info->layout == Layout::relayMessage) continue;  // printed as a message
-            json_.startObject();
-            json_.member("code", item.code);
-            if (info != nullptr) json_.key("name").plain(info->name);
-            json_.key("data").hex(item.data);
-            json_.endObject();
+            json_.object([&] {
+                json_.member("code", item.code);
+                if (info != nullptr) json_.key("name").plain(info->name);
+                json_.key("data").hex(item.data);
+            });
         }
         json_.endArray();
     }
 
-    /// Writes the option by `write(item)`; null if there is none.
-    template <class Write>
-    void writeOption(std::string_view name, const Layer6* layer, Dhcp6OptionType code, Write write) {
+    /// Writes an object with the option's data and the members of `writeFields(item)`; null if the option is absent or
+    /// shorter than `leastBytes`.
+    template <class WriteFields>
+    void writeOption(std::string_view name, const Layer6* layer, Dhcp6OptionType code, WriteFields writeFields,
+                     U16 leastBytes = 0) {
         json_.key(name);
         const Item* const item = layer != nullptr ? message_.option(*layer, code) : nullptr;
-        if (item == nullptr) return json_.null();
-        write(*item);
+        if (item == nullptr || item->length < leastBytes) return json_.null();
+        json_.object([&] {
+            json_.key("data").hex(item->data);
+            writeFields(*item);
+        });
     }
 
     void writeDuid(std::string_view name, const Layer6* layer, Dhcp6OptionType code) {
         writeOption(name, layer, code, [&](const Item& item) {
-            json_.startObject();
-            json_.key("data").hex(item.data);
             if (const auto fields = duidFields(item.data)) writeDuidFields(*fields);
-            json_.endObject();
         });
     }
 
@@ -148,15 +148,14 @@ private:
     void writeStatus(const std::optional<Status6>& status) {
         json_.key("status");
         if (!status) return json_.null();
-        json_.startObject();
-        json_.member("code", status->code);
-        if (const std::string_view name = statusName(status->code); !name.empty()) json_.member("name", name);
-        writeText("text", status->text);
-        json_.endObject();
+        json_.object([&] {
+            json_.member("code", status->code);
+            if (const std::string_view name = statusName(status->code); !name.empty()) json_.member("name", name);
+            writeText("text", status->text);
+        });
     }
 
     void writeIa(const Ia6& ia) {
-        json_.startObject();
         json_.member("type", ia.kind);
         json_.member("iaid", ia.iaid);
         json_.member("t1", ia.t1);
@@ -164,28 +163,29 @@ private:
         writeStatus(ia.status);
         writeLeases("addresses", ia, false);
         writeLeases("prefixes", ia, true);
-        json_.endObject();
     }
 
     void writeLeases(std::string_view name, const Ia6& ia, bool prefixes) {
         json_.key(name).startArray();
-        for (const Lease6& lease : message_.leasesOf(ia)) {
-            if (lease.prefixBits.has_value() != prefixes) continue;
-            json_.startObject();
-            json_.member("address", lease.address);
-            if (prefixes) json_.member("length", *lease.prefixBits);
-            json_.member("preferred", lease.preferred);
-            json_.member("valid", lease.valid);
-            writeStatus(lease.status);
-            json_.endObject();
-        }
+        for (const Lease6& lease : message_.leasesOf(ia))
+            if (lease.prefixBits.has_value() == prefixes) json_.object([&] { writeLease(lease); });
         json_.endArray();
+    }
+
+    void writeLease(const Lease6& lease) {
+        json_.member("address", lease.address);
+        if (lease.prefixBits) json_.member("length", *lease.prefixBits);
+        json_.member("preferred", lease.preferred);
+        json_.member("valid", lease.valid);
+        writeStatus(lease.status);
     }
 
     void writeRelayOptions(const Layer6* layer) {
         writeOption("interfaceId", layer, Dhcp6OptionType::interfaceId,
                     [&](const Item& item) { writeInterfaceId(item); });
-        writeOption("remoteId", layer, Dhcp6OptionType::remoteId, [&](const Item& item) { writeRemoteId(item); });
+        writeOption(
+            "remoteId", layer, Dhcp6OptionType::remoteId, [&](const Item& item) { writeRemoteId(item); },
+            Dhcp6Const::entno_size);
         if (layer != nullptr)
             writeOptions("options", message_.optionsOf(*layer), optionInfo6);
         else
@@ -194,41 +194,30 @@ private:
 
     void writeInterfaceId(const Item& item) {
         const DhcpLib::InterfaceIdFields fields = DhcpLib::decodeInterfaceId(item.data);
-        json_.startObject();
-        json_.key("data").hex(item.data);
-        if (!fields.intfName.empty()) {
-            json_.key("intfName").hex(fields.intfName);
-            json_.key("vrfName").hex(fields.vrfName);
-            json_.member("srcVtepIp", fields.srcVtepIp);
-            json_.member("srcVtepMac", fields.srcVtepMac);
-        }
-        json_.endObject();
+        if (fields.intfName.empty()) return;
+        json_.key("intfName").hex(fields.intfName);
+        json_.key("vrfName").hex(fields.vrfName);
+        json_.member("srcVtepIp", fields.srcVtepIp);
+        json_.member("srcVtepMac", fields.srcVtepMac);
     }
 
     void writeRemoteId(const Item& item) {
-        if (item.length < Dhcp6Const::entno_size) return json_.null();
         const auto fields = DhcpLib::dhcp6RemoteIdentifier(
             DhcpLib::dhcp6OptionFactory(message_.arrival.pkt, static_cast<U16>(item.offset)));
-        json_.startObject();
-        json_.key("data").hex(item.data);
         json_.member("entno", fields.entno);
-        if (fields.l2PortInfoValid()) {
-            json_.member("duidllAddr", fields.duidllAddr);
-            json_.member("l3IntfId", fields.l3IntfId);
-            json_.member("l2IntfId", fields.l2IntfId);
-            json_.member("vlanId", fields.vlanId);
-        }
-        json_.endObject();
+        if (!fields.l2PortInfoValid()) return;
+        json_.member("duidllAddr", fields.duidllAddr);
+        json_.member("l3IntfId", fields.l3IntfId);
+        json_.member("l2IntfId", fields.l2IntfId);
+        json_.member("vlanId", fields.vlanId);
     }
 
     void writeHop(const Layer6& layer) {
-        json_.startObject();
         json_.member("messageType", layer.type);
         json_.member("hopCount", layer.hopCount);
         json_.member("linkAddr", layer.linkAddr);
         json_.member("peerAddr", layer.peerAddr);
         writeRelayOptions(&layer);
-        json_.endObject();
     }
 
     JsonWriter& json_;
