@@ -15,7 +15,7 @@ using Kcore::U8;
 struct EthernetFrame {
     std::span<const U8> bytes;
     U32 sentBytes = 0;
-    U32 ifIndex = 0;        ///< number of the interface on the host that captured it; 0 if the capture does not tell
+    U32 ifIndex = 0;        ///< number of the interface on the host that captured it; 0 if the capture does not have it
     bool outgoing = false;  ///< that host sent it
 };
 

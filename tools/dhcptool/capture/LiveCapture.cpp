@@ -132,7 +132,7 @@ void LiveCapture::read(Pam& pam) {
     }
 }
 
-/// In milliseconds; -1 to wait without an end. Frames that were dropped are told even if no other frame arrives.
+/// In milliseconds; -1 to wait without an end. Dropped frames are reported even if no other frame arrives.
 int LiveCapture::pollTimeout() const {
     if (ended_) return 0;
     const auto next = std::min(end_, nextWake_);
@@ -208,10 +208,10 @@ LiveCapture::Counts LiveCapture::countsOf(const Kitnet::IntfId& intf) const {
     return counts;
 }
 
-void LiveCapture::forEachCount(const std::function<void(const std::string&)>& tell) const {
+void LiveCapture::forEachCount(const std::function<void(const std::string&)>& show) const {
     for (const Kitnet::IntfId& intf : interfaces_) {
         const Counts counts = countsOf(intf);
-        tell(Kcore::textOf(intf) + ": received " + std::to_string(counts.received) + ", dropped " +
+        show(Kcore::textOf(intf) + ": received " + std::to_string(counts.received) + ", dropped " +
              std::to_string(counts.dropped) + ", errors " + std::to_string(counts.errors));
     }
 }

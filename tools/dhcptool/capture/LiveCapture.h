@@ -15,20 +15,18 @@ namespace DhcpTool {
 class LiveCapture final : public Source {
 public:
     using Clock = std::chrono::steady_clock;
-    static constexpr U32 usualBuffer = 32 << 20;
 
     /// Stops when `stopFd` is readable, and at `end`. `receiveBuffer`: of each socket, in bytes of frames; without
     /// CAP_NET_ADMIN the system limits it. Throws CaptureError if none of the interfaces exists, or if one of them
     /// cannot be opened. If only some are missing, it waits for them.
-    LiveCapture(const std::vector<Kitnet::IntfId>& interfaces, int stopFd, Clock::time_point end,
-                U32 receiveBuffer = usualBuffer);
+    LiveCapture(const std::vector<Kitnet::IntfId>& interfaces, int stopFd, Clock::time_point end, U32 receiveBuffer);
     LiveCapture(const LiveCapture&) = delete;
     LiveCapture& operator=(const LiveCapture&) = delete;
 
     std::optional<Arrival> next() override;
     bool mayWait() const override { return handedOut_ == waiting_.size(); }
     void wakeEvery(std::chrono::milliseconds interval, std::function<void()> wake) override;
-    void forEachCount(const std::function<void(const std::string&)>& tell) const override;
+    void forEachCount(const std::function<void(const std::string&)>& show) const override;
 
 private:
     using Pam = Interface::EthDevPam;

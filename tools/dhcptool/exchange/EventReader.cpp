@@ -17,11 +17,6 @@ constexpr MessageKinds leaseQueries = kinds(leaseQuery, leaseUnassigned, leaseUn
 
 constexpr U8 hostNameOption = 12, rapidCommitOption = 80;
 
-Nanoseconds nanoseconds(CaptureTime time) {
-    constexpr auto most = std::chrono::duration_cast<CaptureTime>(Nanoseconds::max());
-    return std::clamp(time, -most, most);
-}
-
 template <class Address>
 std::string_view bytesOf(const Address& address) {
     return {reinterpret_cast<const char*>(address.bytes()), Address::wireBytes};
@@ -55,7 +50,7 @@ Event* EventReader::read(const Message& message) {
     event_.statuses = std::move(statuses);
 
     const Headers& headers = message.headers;
-    event_.time = nanoseconds(message.arrival.time);
+    event_.time = message.arrival.time;
     event_.xid = message.xid();
     event_.clientId = message.clientId();
     event_.clientMac = message.clientMac();

@@ -67,7 +67,7 @@ struct Exchange {
     Nanoseconds start{}, end{};
     std::string client;  ///< Event::client
     std::string clientId, hostname, interface;
-    std::string port, farPort;  ///< circuit-id or interface-id on the client's link, and behind a relay agent
+    std::string port, farPort;  ///< circuit-id or interface-id on the client's link, and on the server's side
     std::optional<Kitnet::EthAddr> mac;
     U16 vlan = 0;
     bool near = false;  ///< a message on the client's link was seen

@@ -54,7 +54,7 @@ bool repeats(const Step& step, const Event& event) {
            usesAddress(step.purpose) == usesAddress(purposeOf(event));
 }
 
-/// Whether a message of this kind may come next. Behind the last answer only a DECLINE may.
+/// Whether a message of this kind may come next. After the last answer only a DECLINE may.
 bool mayFollow(const Exchange& exchange, MessageKind kind) {
     if (exchange.done() && !contains(kinds(decline, decline6), kind)) return false;
     const MessageKinds earlier = roleOf(kind).continues;
@@ -187,12 +187,13 @@ void addAnswer(Exchange& exchange, const Event& event) {
     see(*step, event, true);
     supply(step->text, event.text);
     step->refuses |= event.kind == nak || !event.statuses.empty();
-    // An offer that comes behind the last answer assigns nothing.
+    // An offer that comes after the last answer assigns nothing.
     if (step->role().ends || !exchange.done()) takeAddresses(exchange.assigned, event);
     takeStatuses(exchange, event);
 }
 
-/// The client's own link says most about the client, so that its values replace those from behind a relay agent.
+/// The client's own link says most about the client, so its values replace those from the server's side of a relay
+/// agent.
 void takeClient(Exchange& exchange, const Event& event) {
     if (exchange.steps.empty() || (event.relays == 0 && !exchange.near)) exchange.vlan = event.vlan;
     exchange.near |= event.relays == 0;

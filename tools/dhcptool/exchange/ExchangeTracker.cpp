@@ -16,7 +16,7 @@ void ExchangeTracker::take(const Event& event) {
     touch(open);
 }
 
-/// The clock runs by the steps forward alone, so that one wrong time does not keep the following exchanges open.
+/// The clock adds up the steps forward in time, so that one wrong time does not keep the exchanges after it open.
 void ExchangeTracker::timeIs(Nanoseconds now) {
     const Nanoseconds step = latest_ ? timeBetween(*latest_, now) : Nanoseconds(0);
     latest_ = now;

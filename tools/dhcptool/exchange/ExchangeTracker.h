@@ -17,8 +17,8 @@ struct TrackerSettings {
 };
 
 /// Assembles messages into exchanges. A message belongs to an exchange by client and transaction, or by client alone if
-/// it continues the last one, such as a DHCPv6 REQUEST behind an ADVERTISE. Copies of a message in front of and behind
-/// a relay agent are one message.
+/// it continues the last one, such as a DHCPv6 REQUEST after an ADVERTISE. Copies of a message on both sides of a relay
+/// agent are one message.
 ///
 /// Memory is bounded whatever arrives: above `mostOpen` and `mostDone` the oldest exchanges are reported early,
 /// finished ones first, and a client has at most 16 open ones. Time is that of the messages. It does not run backwards

@@ -121,9 +121,9 @@ private:
         for (const Step& step : exchange_.steps) {
             const Sighting& seen = step.clientSide();
             if (step.role().answerTo == 0) {
-                // The mark of an unanswered request says it already.
-                const bool told = &step == exchange_.lastRequest() && isUnanswered();
-                if (seen.count > 1 && !told)
+                // The mark of an unanswered request has the number of tries already.
+                const bool marked = &step == exchange_.lastRequest() && isUnanswered();
+                if (seen.count > 1 && !marked)
                     add(MarkKind::retransmitted, stepName(step) + " sent " + std::to_string(seen.count) + " times");
                 continue;
             }

@@ -8,7 +8,7 @@
 
 namespace DhcpTool {
 
-/// What is wrong with an exchange, or worth a look; the gravest first.
+/// What is wrong with an exchange, or worth a look; the most serious first.
 enum class MarkKind : U8 {
     nak,
     declined,

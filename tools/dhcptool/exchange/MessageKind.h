@@ -67,7 +67,7 @@ struct MessageRole {
     bool fromServer;
     bool answerDue;          ///< whether a server has to answer it
     MessageKinds answerTo;   ///< the requests that it can answer
-    MessageKinds continues;  ///< the messages behind which it is part of the same exchange
+    MessageKinds continues;  ///< the messages after which it is part of the same exchange
     bool ends;               ///< an answer after which nothing more is due
 };
 

@@ -12,8 +12,8 @@ class SnoopCounts {
 public:
     void add(const Message& message);
 
-    /// "frames 88: DHCP 33, BOOTP 1, DHCPv6 0, refused 20, other traffic 34", then a line for each reason of refusal.
-    /// With a filter, the number of messages that were printed follows.
+    /// "frames 88: DHCP 33, BOOTP 1, DHCPv6 0, DHCP refused 20, other traffic 34", with the number of messages that
+    /// were printed if it is given, then a line for each reason of refusal.
     std::string text(std::optional<U64> printed) const;
 
 private:
