@@ -9,7 +9,7 @@
 
 namespace Kcore {
 
-/// Appends `bytes` in quotes, with \", \\ and \xHH for anything that is not printable ASCII.
+/// Appends `bytes` in quotes. What is not printable ASCII becomes a backslash, `x` and two hexadecimal digits.
 DHCPPLATFORM_EXPORT void appendQuoted(std::string& out, std::string_view bytes);
 /// Decodes what appendQuoted() writes: true and the range advanced past it, or false and nothing changed.
 DHCPPLATFORM_EXPORT bool sequenceToValue(CharRange& range, String* value);

@@ -48,7 +48,7 @@ public:
     /// Calls `see` for each message that was kept at the time of the call, oldest first. Messages that are overwritten
     /// meanwhile are skipped.
     static void visit(const std::function<void(const Record&)>& see);
-    /// Writes one line per message, oldest first. Texts are quoted, bytes that are not printable ASCII as \xNN.
+    /// Writes one line per message, oldest first. Texts are quoted as Kcore::appendQuoted() does.
     static void dump(std::ostream& out);
     /// Removes all messages.
     static void clear();
