@@ -78,14 +78,25 @@ CollectedOptions collectOptions(Wire::ByteView bytes, U32 offset) {
 
     constexpr U32 none = 0xffffffff;
     U32 info = none, end = none, maxMsgSize = none;  // plain locals stay in registers during the walk
-    area.walk(0, [&](U8 code, U32 at) {
+    const auto keepFirst = [&](U8 code, U32 at) {
         found.any = true;
-        const auto keepFirst = [at](U32& place) {
-            if (place == none) place = at;
-        };
-        if (code == static_cast<U8>(DhcpOptionType::infoOpt)) keepFirst(info);
-        if (code == static_cast<U8>(DhcpOptionType::maxMsgSize)) keepFirst(maxMsgSize);
-        if (code == static_cast<U8>(DhcpOptionType::endOpt)) keepFirst(end);
+        if (code == static_cast<U8>(DhcpOptionType::infoOpt) && info == none) info = at;
+        if (code == static_cast<U8>(DhcpOptionType::maxMsgSize) && maxMsgSize == none) maxMsgSize = at;
+        if (code == static_cast<U8>(DhcpOptionType::endOpt) && end == none) end = at;
+    };
+    // The walk with 32-bit positions is faster. Both agree up to the end option, unless positions wrap at 65536.
+    U16 start = 0;
+    if (area.unwrapped()) {
+        const AreaState state = walkOptionsArea(bytes, offset, [&](const auto& head) {
+            if (!head.pad) keepFirst(head.code, head.at);
+        });
+        if (state == AreaState::wellFormed)
+            start = static_cast<U16>(end - area.base);
+        else
+            info = end = maxMsgSize = none, found.any = false;
+    }
+    area.walk(start, [&](U8 code, U32 at) {
+        keepFirst(code, at);
         return end == none || info == none || maxMsgSize == none;
     });
     const auto option = [&](U32 at) { return at == none ? RawOption() : RawOption(bytes, at, Positions::ofViews); };
