@@ -10,13 +10,11 @@
 
 #include "Kcore/Types.h"
 
-namespace DhcpLib {
-
 /// What the library needs of the types of the platform layer, to be checked when they are compiled:
 /// `template struct DhcpLib::Platform::PacketBuffer<MyPkt>;` compiles if `MyPkt` can be the packet buffer. Otherwise
 /// the compiler's message names each operation that is missing. PlatformContract.cpp checks the layer with which the
 /// library is built. docs/guide/platform.md tells how to use another layer.
-namespace Platform {
+namespace DhcpLib::Platform {
 
 using Kcore::U16;
 using Kcore::U32;
@@ -371,5 +369,4 @@ struct PacketAccess {
         "packet access: a frame has no pkt, intf or outgoing");
 };
 
-}  // namespace Platform
-}  // namespace DhcpLib
+}  // namespace DhcpLib::Platform
