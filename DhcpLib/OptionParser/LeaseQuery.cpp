@@ -53,11 +53,13 @@ bool parseLeaseQueryOpts(const PktPtr& pkt, Kcore::Duration& leaseTime, Kcore::D
     traceAreaFailure(index.state());
     if (!index.wellFormed()) return false;
     const LeaseQueryOptions options(index);
+    std::set<Kitnet::IpAddr> ips;
+    options.forEachAssociatedIp([&](const Kitnet::IpAddr& ip) { ips.insert(ip); });
+    associatedIps.merge(ips);  // only the insertions above may throw
     leaseTimePresent = static_cast<bool>(options.leaseTime);
     leaseTime = LeaseQueryOptions::seconds(options.leaseTime);
     lastTransactionTimePresent = static_cast<bool>(options.lastTransactionTime);
     lastTransactionTime = LeaseQueryOptions::seconds(options.lastTransactionTime);
-    options.forEachAssociatedIp([&](const Kitnet::IpAddr& ip) { associatedIps.insert(ip); });
     serverIdPresent = static_cast<bool>(options.serverId);
     serverId = options.serverId.valueOr(serverId);
     return true;

@@ -21,7 +21,7 @@ DHCPLIB_EXPORT PktPtr buildDhcpLeaseQuery(bool queryByMAC, Kitnet::IpAddr giaddr
 ///    option 54  serverId; unchanged if the option's length is not 4
 /// A `...Present` flag is true if the option occurs, whatever its length
 /// (docs/compatibility.md#presence-without-value). Returns false and changes no output if the options area is
-/// malformed.
+/// malformed; changes none if it throws std::bad_alloc, either.
 DHCPLIB_EXPORT bool parseLeaseQueryOpts(const PktPtr& pkt, Kcore::Duration& leaseTime,
                                         Kcore::Duration& lastTransactionTime, std::set<Kitnet::IpAddr>& associatedIps,
                                         Kitnet::IpAddr& serverId, bool& leaseTimePresent,

@@ -48,7 +48,7 @@ RelayRewriteVerdict verdictOf(Wire::ByteView bytes, const RewritePlan& plan) {
 void apply(Kitnet::Pkt& pkt, const RewritePlan& plan, Kcore::SourceSite caller) {
     traceNormalisation(pkt, plan, caller);
     const U32 was = pkt.bytes(), later = plan.newBytes(), endAt = plan.newEndAt();
-    // Tracing and growth may throw; nothing after them does.
+    // Growth may throw; nothing after it does.
     if (later > was) pkt.newSharedTailData(later - was);
     if (plan.keptEnd != plan.keptAt)
         Wire::move(pkt, plan.infoAt + plan.infoBytes(), plan.keptAt, plan.keptEnd - plan.keptAt);

@@ -68,15 +68,14 @@ void EthDevPamManager::handleSettings() {
 void EthDevPamManager::handleIntf(const Kitnet::IntfId& intf) {
     if (!enabled() || !pamDesiredIntfDir_->intf().contains(intf)) return pamDel(intf);
     EthDevPam::Ptr pam = ethDevPamCollection_->ethDevPam(intf);
-    if (!pam) {
-        pam = Kcore::makeNode<EthDevPam>(intf);
-        ethDevPamCollection_->ethDevPam_.insert(intf, pam);
-    }
+    const bool isNew = !pam;
+    if (isNew) pam = Kcore::makeNode<EthDevPam>(intf);
     const KernelNetInfo::IntfStatus* const device = deviceIntfStatusDir_->deviceIntfStatus(intf);
     if (device == nullptr)
         pam->close(std::make_error_code(std::errc::no_such_device), "there is no such interface");
     else if (!pam->isOpenOn(device->ifIndex()))
         pam->open(device->ifIndex(), settings());
+    if (isNew) ethDevPamCollection_->ethDevPam_.insert(intf, pam);  // last, because it may throw
 }
 
 void EthDevPamManager::pamDel(const Kitnet::IntfId& intf) {

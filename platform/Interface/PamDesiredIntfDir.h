@@ -27,13 +27,10 @@ public:
     const Kcore::FlatSet<Kitnet::IntfId>& intf() const { return intf_; }
     /// Called with each interface that is added or removed.
     const Kcore::Observers<const Kitnet::IntfId&>& observers() const { return observers_; }
-    void intfIs(const Kitnet::IntfId& intf) {
-        if (intf_.insert(intf)) observers_.notify(intf);
-    }
-    /// Removes an interface, if it is there.
-    void intfDel(Kitnet::IntfId intf) {
-        if (intf_.erase(intf)) observers_.notify(intf);
-    }
+    /// If an observer throws, the set is unchanged, so that the call can be repeated.
+    void intfIs(Kitnet::IntfId intf);
+    /// Removes an interface, if it is there. The same holds.
+    void intfDel(Kitnet::IntfId intf);
 
 private:
     const Kcore::String name_;

@@ -10,7 +10,8 @@
 
 namespace Kcore {
 
-/// A growable byte string, used to assemble options. The data of one option fits without an allocation.
+/// A growable byte string, used to assemble options. The data of one option fits without an allocation. An operation
+/// that throws leaves the byte string as it was.
 class Bytes {
 public:
     static constexpr std::size_t inlineCapacity = 272;  ///< number of bytes that need no allocation
@@ -19,8 +20,14 @@ public:
     Bytes(const Bytes& other) { append(other.span()); }
     Bytes& operator=(const Bytes& other) {
         if (this == &other) return *this;
-        clear();
-        append(other.span());
+        if (other.size_ > inlineCapacity) {
+            more_.reserve(other.size_);  // throws before the first change
+            more_.assign(other.begin(), other.end());
+        } else {
+            more_.clear();
+            copyBytes(inline_, other.data(), other.size_);
+        }
+        size_ = other.size_;
         return *this;
     }
 

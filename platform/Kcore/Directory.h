@@ -1,11 +1,15 @@
 #pragma once
 
+#include <optional>
+
 #include "Kcore/FlatMap.h"
 #include "Kcore/Observers.h"
 
 namespace Kcore {
 
-/// A map whose observers are called with the key of each entry that is added, changed or removed.
+/// A map whose observers are called with the key of each entry that is added, changed or removed. If an observer
+/// throws, the entry gets its old value back, so that the same change can be tried again; observers before that one
+/// have seen the new value.
 template <class Key, class Value>
 class Directory {
 public:
@@ -18,16 +22,31 @@ public:
 
     /// Calls no observer if the key has that value already. `key` is passed by value because it may refer to an entry.
     void entryIs(Key key, const Value& value) {
-        if (const Value* const known = find(key); known != nullptr && *known == value) return;
+        const Value* const known = find(key);
+        if (known != nullptr && *known == value) return;
+        std::optional<Value> before;
+        if (known != nullptr) before = *known;
         entries_.insertOrAssign(key, value);
-        observers_.notify(key);
+        notify(key, before);
     }
     /// Removes an entry, if there is one.
     void entryDel(Key key) {
-        if (entries_.erase(key)) observers_.notify(key);
+        if (std::optional<Value> before = entries_.erase(key)) notify(key, before);
     }
 
 private:
+    void notify(const Key& key, std::optional<Value>& before) {
+        try {
+            observers_.notify(key);
+        } catch (...) {
+            if (before)
+                entries_.insertOrAssign(key, std::move(*before));  // needs no memory: there was room for the entry
+            else
+                entries_.erase(key);
+            throw;
+        }
+    }
+
     FlatMap<Key, Value> entries_;
     Observers<const Key&> observers_;
 };

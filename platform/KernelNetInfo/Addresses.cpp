@@ -35,7 +35,9 @@ void Addresses::handleReadable() {
         if (!lost_ || listing_) break;
         listAnew();
     }
-    if (std::exchange(changed_, false)) observers_.notify();
+    if (!changed_) return;
+    observers_.notify();
+    changed_ = false;  // not if an observer throws
 }
 
 /// Returns false if there is nothing to read.

@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <exception>
 #include <system_error>
 
 namespace KernelNetInfo::RouteSocket {
@@ -55,11 +56,18 @@ bool receive(int fd, bool& lost, const char* what, const std::function<void(cons
     if ((message.msg_flags & MSG_TRUNC) != 0) lost = true;
     if (sender.nl_pid != 0) return size != 0;  // not from the kernel
     auto left = static_cast<Kcore::U32>(size);
+    std::exception_ptr failure;
     for (auto* at = reinterpret_cast<const nlmsghdr*>(bytes); NLMSG_OK(at, left); at = NLMSG_NEXT(at, left)) {
         if ((at->nlmsg_flags & NLM_F_DUMP_INTR) != 0) lost = true;
         if (at->nlmsg_type == NLMSG_ERROR) raise(what, -static_cast<const nlmsgerr*>(NLMSG_DATA(at))->error);
-        handle(*at);
+        try {
+            handle(*at);
+        } catch (...) {  // go on, since the end of a list may be among the other messages
+            lost = true;
+            failure = std::current_exception();
+        }
     }
+    if (failure) std::rethrow_exception(failure);
     return size != 0;
 }
 

@@ -63,10 +63,10 @@ void Status::intfDel(U32 ifIndex) {
 }
 
 void Status::listAnew() {
+    for (const auto& [index, name] : nameOfIndex_) unconfirmed_.insert(index);  // first, because it may throw
     RouteSocket::requestList(socket_.get(), RTM_GETLINK, what);
     lost_ = false;
     listing_ = true;
-    for (const auto& [index, name] : nameOfIndex_) unconfirmed_.insert(index);
 }
 
 /// Removes devices that the list did not confirm: their removal was missed. Does nothing if the list itself was

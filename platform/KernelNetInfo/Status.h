@@ -31,7 +31,8 @@ public:
     /// Readable if there is something to handle.
     int fd() const { return socket_.get(); }
     /// Reads all messages that have arrived since the last call. If the kernel dropped some because the socket was
-    /// full, reads the list of all devices again. Never blocks.
+    /// full, reads the list of all devices again. Never blocks. After std::bad_alloc, or an exception of an observer,
+    /// call it again: it then reads the list, too.
     void handleReadable();
 
 private:

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include "Kcore/Encoding.h"
@@ -29,6 +30,11 @@ struct SinkInForce {
 SinkInForce& sinkInForce() {
     static auto& it = *new SinkInForce;  // never destroyed, since destructors of static objects trace, too
     return it;
+}
+
+std::shared_ptr<SharedSink> presentSink() {
+    const std::lock_guard lock(sinkInForce().mutex);
+    return sinkInForce().sink;
 }
 
 thread_local constinit int sinkCalls = 0;  // calls of sinks that this thread is in
@@ -117,13 +123,17 @@ void appendFilled(std::string& out, std::string_view text, std::span<const Detai
 }  // namespace
 
 TraceSink traceSinkIs(TraceSink sink) {
-    auto other = sink ? std::make_shared<SharedSink>(SharedSink{std::move(sink)}) : nullptr;
-    std::unique_lock lock(sinkInForce().mutex);
-    sinkInForce().sink.swap(other);
-    if (!other) return {};
-    if (sinkCalls == 0) sinkInForce().callEnded.wait(lock, [&] { return other->running == 0; });
-    lock.unlock();  // copying a sink may trace
-    return other->call;
+    const auto next = sink ? std::make_shared<SharedSink>(SharedSink{std::move(sink)}) : nullptr;
+    for (;;) {
+        // Copying and destroying a sink may trace, so the mutex is not held meanwhile.
+        const std::shared_ptr<SharedSink> previous = presentSink();
+        TraceSink copy = previous ? previous->call : TraceSink();
+        std::unique_lock lock(sinkInForce().mutex);
+        if (sinkInForce().sink != previous) continue;  // another thread has installed one
+        sinkInForce().sink = next;
+        if (previous && sinkCalls == 0) sinkInForce().callEnded.wait(lock, [&] { return previous->running == 0; });
+        return copy;
+    }
 }
 
 void Detail::emitTrace(const TraceHandle& handle, int level, const TraceSite& site, std::string_view text) {
@@ -133,15 +143,23 @@ void Detail::emitTrace(const TraceHandle& handle, int level, const TraceSite& si
     } catch (...) {
         // An exception of the sink must not stop the traced code; the line goes to stderr.
     }
-    print(line, handle.timeStamped());
+    try {
+        print(line, handle.timeStamped());
+    } catch (const std::bad_alloc&) {
+        // The line is dropped: what is traced, often a destructor, must not fail because of it.
+    }
 }
 
 void Detail::trace(TraceTo to, const TraceHandle& handle, int level, const TraceSite& site, std::string_view text,
                    std::span<const TraceArg> args) {
-    BorrowedText line;
-    appendFilled(*line, text, args);
-    if (to == TraceTo::textAndRing && RingTrace::wanted(level)) RingTrace::record(handle, level, *line);
-    if (handle.wanted(level)) emitTrace(handle, level, site, *line);
+    try {
+        BorrowedText line;
+        appendFilled(*line, text, args);
+        if (to == TraceTo::textAndRing && RingTrace::wanted(level)) RingTrace::record(handle, level, *line);
+        if (handle.wanted(level)) emitTrace(handle, level, site, *line);
+    } catch (const std::bad_alloc&) {
+        // The line is dropped.
+    }
 }
 
 }  // namespace Tyk

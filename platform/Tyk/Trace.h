@@ -96,7 +96,7 @@ template <TraceTo to, class... Params>
 }  // namespace Detail
 
 /// Traces `text` with each `{}` replaced by the text form (`Kcore::appendText`) of an argument:
-/// `fmtrace(handle, 2, {}, "{} bytes left, {} needed", left, needed)`. A line that is not wanted costs one comparison.
+/// `fmtrace(handle, 2, {}, "{} left", left)`. Unwanted lines cost one comparison; without memory a line is dropped.
 template <class... Args>
 void fmtrace(const TraceHandle& handle, int level, TraceSite site, TraceText<std::type_identity_t<Args>...> text,
              const Args&... args) {

@@ -16,7 +16,8 @@ Kcore::FileDescriptor open(Kcore::U32 groups, const char* what);
 /// Asks for the list of all objects. `type` is RTM_GETLINK or RTM_GETADDR.
 void requestList(int fd, Kcore::U16 type, const char* what);
 /// Reads one datagram and calls `handle` for each of its messages, the end of a list (NLMSG_DONE) included. Sets `lost`
-/// if notifications were lost or a list is inconsistent. Returns false if there is nothing to read.
+/// if notifications were lost or a list is inconsistent. Returns false if there is nothing to read. If `handle` throws
+/// for a message, sets `lost`, handles the other messages and throws the exception.
 bool receive(int fd, bool& lost, const char* what, const std::function<void(const nlmsghdr&)>& handle);
 
 }  // namespace KernelNetInfo::RouteSocket
