@@ -1,53 +1,13 @@
-#include <cstdlib>
-#include <functional>
-#include <new>
-
 #include "AreaRows.h"
 #include "DhcpLib/DhcpHdr.h"
+#include "FailingAllocations.h"
 #include "Kcore/FlatMap.h"
 #include "RelayRewriteRows.h"
-
-namespace {
-
-constexpr int never = -1;
-int allocationsUntilFailure = never;
-
-}  // namespace
-
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    if (allocationsUntilFailure != never && allocationsUntilFailure-- == 0) {
-        allocationsUntilFailure = never;
-        throw std::bad_alloc();
-    }
-    if (void* block = std::malloc(size)) return block;
-    throw std::bad_alloc();
-}
-// The sanitizers replace the forms for arrays, too, which would not fail.
-[[gnu::noinline]] void* operator new[](std::size_t size) { return operator new(size); }
-[[gnu::noinline]] void operator delete[](void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
 using namespace DhcpLib;
 using namespace DhcpTest;
 
 namespace {
-
-/// Calls `act` with the first, second, ... allocation failing, and `unchanged` after each failure, until `act`
-/// succeeds. Returns the number of failures.
-int failEachAllocation(const std::function<void()>& act, const std::function<void()>& unchanged) {
-    for (int failures = 0;; ++failures) {
-        allocationsUntilFailure = failures;
-        try {
-            act();
-            allocationsUntilFailure = never;
-            return failures;
-        } catch (const std::bad_alloc&) {
-            unchanged();
-        }
-    }
-}
 
 TEST(AllocationFailure, LeavesAMapAsItWas) {
     Kcore::FlatMap<int, int> map, before;
