@@ -34,6 +34,29 @@ U32 requireRest(const Octets& now, const Octets& before, const Layout& was, U32 
     return end;
 }
 
+/// Expects that a whole option 82 of a request is rebuilt as a model does.
+void requireModelled(const Octets& now, const std::vector<SubOption>& was, U32 at, const RelayRewrite& args) {
+    Octets expected;
+    const auto keepOr = [&](U8 code, std::span<const U8> otherwise) {
+        const Octets* const existing = dataOf(was, code);
+        if (existing != nullptr || !otherwise.empty())
+            append(expected, code, existing != nullptr ? std::span<const U8>(*existing) : otherwise);
+    };
+    keepOr(1, DhcpFuzz::bytesOf(args.circuitId));
+    keepOr(2, DhcpFuzz::bytesOf(args.remoteId));
+    const Octets own = vendorBlock(args);
+    const Octets* const vendor = dataOf(was, 9);
+    if (vendor != nullptr && !own.empty() && !holdsVendorData(*vendor, false))
+        append(expected, 9, *vendor + own);
+    else
+        keepOr(9, own);
+    if (!args.linkselectionId.isAny()) append(expected, 5, DhcpFuzz::bytesOf(args.linkselectionId));
+    if (!args.serverId.isAny()) append(expected, 11, DhcpFuzz::bytesOf(args.serverId));
+    if (!args.vpnId.empty()) append(expected, 151, DhcpFuzz::bytesOf(args.vpnId));
+    if (!args.vpnId.empty() && !args.vssControlDisable) append(expected, 152, {});
+    require(slice(now, at + 2, at + 2 + now.at(at + 1)) == expected, "option 82 is rebuilt as a model does");
+}
+
 U32 requireInsertion(const Outcome& outcome, const Octets& before, const Layout& was, const RelayRewrite& args) {
     const Octets& now = outcome.packet;
     if (was.info == 0)
@@ -43,6 +66,8 @@ U32 requireInsertion(const Outcome& outcome, const Octets& before, const Layout&
     require(now.at(infoAt) == infoCode, "option 82 is where it is expected");
     requireSubOptions(now, infoAt, "\1\2\11\5\13\227\230");
     if (outcome.forecast.isRewritable()) requireWholeInfo(now, infoAt, args, true, was.info == 0);
+    if (const auto before82 = wholeInfo(before, was.info); !before82.empty() && outcome.forecast.isRewritable())
+        requireModelled(now, before82, infoAt, args);
     return requireRest(now, before, was, 2u + now.at(infoAt + 1));
 }
 

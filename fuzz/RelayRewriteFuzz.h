@@ -1,9 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "Bytes.h"
 #include "DhcpLib/OptionParser.h"
@@ -197,7 +200,7 @@ std::span<const U8> bytesOf(const Address& address) {
 /// Whether the data of sub-option 9 holds the system's block, whole, or as text its enterprise number.
 inline bool holdsVendorData(const Octets& data, bool asText) {
     const Octets number = hex(asText ? "'32473'" : "00 00 7E D9");
-    if (asText) return !std::ranges::search(data, number).empty();
+    if (asText) return std::search(data.begin(), data.end(), number.begin(), number.end()) != data.end();
     for (std::size_t at = 0; at + 5 <= data.size(); at += 5u + data[at + 4])
         if (slice(data, at, at + 4) == number) return at + 5 + data[at + 4] <= data.size();
     return false;
@@ -239,6 +242,26 @@ inline void requireWholeInfo(const Octets& packet, U32 at, const RelayRewrite& a
         if (keepsOwn || staysAsSame || found) missing.erase(code);
     }
     require(missing.empty(), "option 82 holds what was asked for");
+}
+
+using SubOption = std::pair<U8, Octets>;
+
+/// The sub-options of the option 82 at `at`, in order. Empty if there is no option, if the last one is cut, or if a
+/// code occurs twice: then the result of a rewrite is not modelled.
+inline std::vector<SubOption> wholeInfo(const Octets& packet, U32 at) {
+    if (at == 0 || at + 2 > packet.size() || at + 2u + packet[at + 1] > packet.size()) return {};
+    std::vector<SubOption> found;
+    const U32 end = at + 2 + packet[at + 1];
+    for (U32 next, subOption = at + 2; subOption < end; subOption = next) {
+        next = subOption + 1 < end ? subOption + 2 + packet[subOption + 1] : end + 1;
+        if (next > end || std::ranges::count(found, packet[subOption], &SubOption::first) != 0) return {};
+        found.emplace_back(packet[subOption], slice(packet, subOption + 2, next));
+    }
+    return found;
+}
+inline const Octets* dataOf(const std::vector<SubOption>& subOptions, U8 code) {
+    const auto found = std::ranges::find(subOptions, code, &SubOption::first);
+    return found == subOptions.end() ? nullptr : &found->second;
 }
 
 /// The data of an option 82 that is created from these arguments. `vendor` is the data of sub-option 9, which is left
