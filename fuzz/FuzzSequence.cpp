@@ -112,8 +112,10 @@ private:
         if (!views_.empty() && steps_.u8() % 2 == 0) return views_[steps_.below(views_.size())];
         const DhcpMsgOptions* const options = collection();
         if (options == nullptr || options->option().empty()) return nullptr;
-        const auto at = static_cast<std::ptrdiff_t>(steps_.below(options->option().size()));
-        return (options->option().begin() + at)->second;
+        const auto entries = options->option();
+        auto entry = entries.begin();
+        for (std::size_t at = steps_.below(entries.size()); at > 0; --at) ++entry;
+        return (*entry).second;
     }
     void keepView() {
         const auto kept = view();
