@@ -49,5 +49,7 @@ bool registerParsing();
 bool registerRewriting();
 bool registerSolicits();
 void registerReading();
+/// Benchmarks of the library alone, on packets of 64 KiB that a sender made to cost time.
+void registerWorstCases();
 
 }  // namespace DhcpBench

@@ -29,6 +29,14 @@ PacketParser parseWithLibrary(const Input& input) {
     return parser;
 }
 
+/// One parser for all frames, to which a fresh one is assigned.
+const PacketParser* parseWithKeptParser(const Input& input) {
+    static PacketParser parser(bridging());
+    parser = PacketParser(bridging());
+    parser.doParse(input.pkt, port, false);
+    return &parser;
+}
+
 template <std::size_t N>
 std::array<U8, N> arrayOf(const auto& address) {
     std::array<U8, N> bytes;
@@ -90,16 +98,21 @@ bool contendersAgree(const Case& compared) {
 }  // namespace
 
 bool registerParsing() {
+    const auto withTins = [](const Input& input) { return parseFrameWithTins(input.frame.data(), input.frame.size()); };
+    const auto inOnePass = [](const Input& input) {
+        return parseFrameInOnePass(input.frame.data(), input.frame.size());
+    };
     for (const auto& [group, cases] : {std::pair{"doParse", &typicalCases()}, std::pair{"growth", &growingCases()}}) {
         for (const Case& measured : *cases) {
             if (!contendersAgree(measured)) return false;
             measure(group, measured, library, parseWithLibrary);
-            measure(group, measured, tins,
-                    [](const Input& input) { return parseFrameWithTins(input.frame.data(), input.frame.size()); });
-            measure(group, measured, singlePass,
-                    [](const Input& input) { return parseFrameInOnePass(input.frame.data(), input.frame.size()); });
+            measure(group, measured, tins, withTins);
+            measure(group, measured, singlePass, inOnePass);
         }
     }
+    measure("doParse, kept parser", caseOf("mixed"), library, parseWithKeptParser);
+    measure("doParse, kept parser", caseOf("mixed"), tins, withTins);
+    measure("doParse, kept parser", caseOf("mixed"), singlePass, inOnePass);
     return true;
 }
 

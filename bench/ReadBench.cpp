@@ -36,6 +36,11 @@ RelayInformation relayInformation(const Input& input) {
     return info;
 }
 
+DhcpLib::DhcpMsgOptions::Ptr optionsOf(const Input& input) {
+    return DhcpLib::dhcpMsgOptionsFactory(input.pkt,
+                                          static_cast<U16>(input.messageAt + DhcpLib::Constants::bootpHdrSize + 4));
+}
+
 struct LeaseQueryReply {
     Kcore::Duration leaseTime{0}, lastTransactionTime{0};
     std::set<Kitnet::IpAddr> associatedIps;
@@ -102,9 +107,14 @@ void registerReading() {
                   DhcpBench::relayInformation<DhcpLib::parseInfoOptNew>);
     measureReader("parseLeaseQueryOpts", leaseQuery, {"leaseactive", "mixed"}, leaseQueryReply);
     measureReader("parseDot1xProfilingOpts", profiling, {"discover", "mixed"}, profile);
-    measureReader("DhcpMsgOptions", wellFormed, {"mixed", "252options"}, [](const Input& input) {
-        return DhcpLib::DhcpMsgOptions::DhcpMsgOptionsIs(
-            input.pkt, static_cast<U16>(input.messageAt + DhcpLib::Constants::bootpHdrSize + 4));
+    measureReader("DhcpMsgOptions", wellFormed, {"mixed", "252options"}, optionsOf);
+    measureReader("DhcpMsgOptions, all views", wellFormed, {"mixed", "252options"}, [](const Input& input) {
+        auto options = optionsOf(input);
+        for (const auto& entry : options->option()) {
+            const auto* view = entry.second.get();
+            hold(view);
+        }
+        return options;
     });
     registerLeaseQuery();
 }

@@ -79,7 +79,8 @@ bool registerRewriting() {
     const Case &requests = caseOf("discover"), &replies = caseOf("relayedack");
     return registerRewrite("preparePacket", requests, prepared<preparePacket, bootpRequest>, Rewriting::add) &&
            registerRewrite("preparePacketNew", requests, prepared<preparePacketNew, bootpRequest>, Rewriting::add) &&
-           registerRewrite("preparePacket", replies, prepared<preparePacket, bootpReply>, Rewriting::strip);
+           registerRewrite("preparePacket", replies, prepared<preparePacket, bootpReply>, Rewriting::strip) &&
+           registerRewrite("preparePacketNew", replies, prepared<preparePacketNew, bootpReply>, Rewriting::strip);
 }
 
 }  // namespace DhcpBench

@@ -1,6 +1,7 @@
 """Prints the medians of a run, one line per operation and case, with the ratio of the library's time to the others'.
 
-ratios.py RUN.json [--markdown]; RUN.json as --benchmark_format=json writes it with repetitions.
+ratios.py RUN.json [--markdown]; RUN.json as --benchmark_format=json writes it with repetitions. The cases of "worst"
+have no other contender; their limit is 2 ms.
 """
 
 import json
@@ -8,6 +9,7 @@ import sys
 
 LIBRARY, TINS, FLOOR = "DhcpLib", "libtins", "floor"
 HEADINGS = ("operation", "case", "ns", "allocations", "of libtins", "of floor", "libtins ns", "libtins allocations")
+WORST, WORST_LIMIT = "worst", 2e6  # nanoseconds
 
 
 def medians(path):
@@ -24,12 +26,16 @@ def medians(path):
     return measured
 
 
+def ratio(contenders, other):
+    return contenders[LIBRARY][0] / contenders[other][0] if other in contenders else None
+
+
 def line(name, contenders):
     own, own_allocations = contenders[LIBRARY]
-    tins, tins_allocations = contenders[TINS]
-    floor, _ = contenders[FLOOR]
-    return (*name, f"{own:.1f}", f"{own_allocations:.1f}", f"{own / tins:.2f}", f"{own / floor:.1f}", f"{tins:.1f}",
-            f"{tins_allocations:.1f}")
+    of_tins, of_floor = ratio(contenders, TINS), ratio(contenders, FLOOR)
+    tins = contenders.get(TINS)
+    return (*name, f"{own:.1f}", f"{own_allocations:.1f}", f"{of_tins:.2f}" if of_tins else "-",
+            f"{of_floor:.1f}" if of_floor else "-", f"{tins[0]:.1f}" if tins else "-", f"{tins[1]:.1f}" if tins else "-")
 
 
 def print_table(rows, markdown):

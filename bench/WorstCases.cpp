@@ -1,0 +1,138 @@
+#include "DhcpLib/Dhcp6Hdr.h"
+#include "DhcpLib/DhcpParser.h"
+#include "DhcpLib/OptionParser.h"
+#include "Measure.h"
+
+namespace DhcpBench {
+
+namespace {
+
+using DhcpLib::Dhcp6Options;
+using DhcpLib::DhcpMsgOptions;
+
+constexpr std::size_t size = 65535;
+
+/// A packet of 64 KiB with `front`, then as many of `items`, one after the other and over again, as fit in, then zeros.
+Case worst(const char* name, Octets front, const std::vector<Octets>& items) {
+    for (std::size_t i = 0; front.size() + items[i].size() <= size; i = (i + 1) % items.size())
+        front.insert(front.end(), items[i].begin(), items[i].end());
+    front.resize(size);
+    auto pkt = Kitnet::globalPktManager().newPkt(front);
+    Case made{name, {}};
+    made.inputs.push_back({std::move(front), std::move(pkt), 0});
+    return made;
+}
+
+Octets item6(U32 code, U32 bytes) {
+    Octets item(4 + bytes);
+    item[0] = static_cast<U8>(code >> 8), item[1] = static_cast<U8>(code);
+    item[2] = static_cast<U8>(bytes >> 8), item[3] = static_cast<U8>(bytes);
+    return item;
+}
+
+/// `count` empty DHCPv6 options. Code number i is i * `step`, modulo 65521.
+std::vector<Octets> codes6(U32 count, U32 step) {
+    std::vector<Octets> items;
+    for (U32 i = 1; i <= count; ++i) items.push_back(item6(i * step % 65521, 0));
+    return items;
+}
+
+/// Relay messages, each in the relay message option of the one around it, as deep as 64 KiB allow.
+Octets relayChain() {
+    Octets bytes;
+    for (std::size_t left = size; left >= 42;) {
+        bytes.push_back(12);
+        bytes.resize(bytes.size() + 33);
+        left -= 38;
+        const Octets head = item6(9, 0);
+        bytes.insert(bytes.end(), head.begin(), head.end());
+        bytes[bytes.size() - 2] = static_cast<U8>(left >> 8), bytes[bytes.size() - 1] = static_cast<U8>(left);
+    }
+    bytes.resize(size);
+    return bytes;
+}
+
+Octets bootpHeader(bool isReply) {
+    Octets bytes(236);
+    bytes[0] = isReply ? 2 : 1;
+    for (const U8 octet : {U8{0x63}, U8{0x82}, U8{0x53}, U8{0x63}}) bytes.push_back(octet);
+    return bytes;
+}
+
+template <class Operation>
+void measureWorst(Case made, Operation operation) {
+    static std::vector<std::unique_ptr<Case>> kept;
+    kept.push_back(std::make_unique<Case>(std::move(made)));
+    measure("worst", *kept.back(), library, operation);
+}
+
+/// Deletes every option of a collection that has codes from 0 to 65535.
+template <class Options>
+std::size_t deleteAll(const typename Options::Ptr& options) {
+    std::size_t deleted = 0;
+    for (U32 code = 0; code <= 65535; ++code)
+        deleted += options->optionDel(static_cast<typename Options::Type>(code)) ? 1 : 0;
+    return deleted;
+}
+
+}  // namespace
+
+void registerWorstCases() {
+    const auto options4 = [](const Input& input) {
+        return DhcpLib::dhcpMsgOptionsFactory(input.pkt, DhcpLib::Constants::bootpHdrSize + 4);
+    };
+    const auto options6 = [](const Input& input) { return DhcpLib::dhcp6OptionsFactory(input.pkt, 0); };
+    const auto deleted6 = [options6](const Input& input) { return deleteAll<Dhcp6Options>(options6(input)); };
+
+    const std::vector<Octets> empty4{{7, 0}, {8, 0}}, many6 = codes6(16383, 1);
+    measureWorst(worst("DhcpMsgOptions of 32,000 options", bootpHeader(false), empty4), options4);
+    measureWorst(worst("Dhcp6Options of 16,000 codes, all deleted", {}, many6), deleted6);
+    // 4,096 codes that are equal modulo 16: they share few chains of an index.
+    measureWorst(worst("Dhcp6Options of colliding codes, all deleted", {}, codes6(4095, 16)), deleted6);
+    measureWorst(worst("all message options", {1, 0, 0, 0}, many6), [](const Input& input) {
+        return DhcpLib::dhcp6MessageOptions(input.pkt, {0, size});
+    });
+    measureWorst(worst("relay chain", relayChain(), {{0}}), [](const Input& input) {
+        return DhcpLib::dhcp6RelayChain(input.pkt, {0, size});
+    });
+
+    const auto userClass = [](const Input& input, bool backwards) {
+        constexpr U32 items = (size - 4) / 2;
+        const DhcpLib::Dhcp6UserClassOption option(input.pkt, 0);
+        std::size_t bytes = 0;
+        for (U32 i = 0; i < items; ++i)
+            bytes += option.userClassData(static_cast<U16>(backwards ? items - 1 - i : i)).size();
+        return bytes;
+    };
+    const Octets userClassHead = item6(15, 0xfffb - 4);
+    const auto headOnly = [](Octets bytes) { return bytes.resize(4), bytes; };
+    measureWorst(worst("32,000 user classes", headOnly(userClassHead), {{0, 0}}),
+                 [userClass](const Input& input) { return userClass(input, false); });
+    measureWorst(worst("32,000 user classes backwards", headOnly(userClassHead), {{0, 0}}),
+                 [userClass](const Input& input) { return userClass(input, true); });
+    Octets vendor = headOnly(item6(17, 0xfffb - 4));
+    vendor.resize(8);
+    measureWorst(worst("16,000 vendor options backwards", vendor, many6), [](const Input& input) {
+        const DhcpLib::Dhcp6VendorSpecificInformationOption option(input.pkt, 0);
+        std::size_t bytes = 0;
+        for (U32 code = 16383; code > 0; --code) bytes += option.vendorOptionData(static_cast<U16>(code)).size();
+        return bytes;
+    });
+
+    measureWorst(worst("doParse of 32,000 options", bootpHeader(false), empty4), [](const Input& input) {
+        DhcpLib::PacketParser parser(nullptr);
+        parser.doParse(input.pkt, {}, true);
+        return parser;
+    });
+    using DhcpLib::preparePacket, DhcpLib::preparePacketNew;
+    for (const bool isNew : {false, true})
+        measureWorst(worst(isNew ? "preparePacketNew" : "preparePacket", bootpHeader(true), {{82, 2, 9, 0}, {7, 0}}),
+                     [function = isNew ? preparePacketNew : preparePacket](const Input& input) {
+                         const auto pkt = Kitnet::globalPktManager().newPkt(input.frame);
+                         pkt->data()[size - 1] = 255;
+                         function(pkt, DhcpLib::BootpOption::bootpReply, true, "", "", "", {}, {}, 0, true, "", {});
+                         return pkt;
+                     });
+}
+
+}  // namespace DhcpBench
