@@ -174,7 +174,7 @@ public:
         using reference = const value_type&;
 
         const_iterator() = default;
-        const_iterator(const Table& table, std::size_t place) : table_(&table), place_(place) {}
+        const_iterator(const Table& table, std::size_t place) : table_(&table), place_(place) {}  ///< at `place`
         reference operator*() const { return table_->entry(place_); }
         pointer operator->() const { return &**this; }
         const_iterator& operator++() {

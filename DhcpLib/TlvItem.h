@@ -20,8 +20,8 @@ public:
 
     /// An item that was read before.
     struct Place {
-        U16 offset;
-        Width opt, len;
+        U16 offset;      ///< position of the code
+        Width opt, len;  ///< code, and number of data bytes
     };
 
     TlvItem(const PktPtr& pkt, U16 offset) : PacketView(pkt), offset_(offset) { handleInitialized(); }

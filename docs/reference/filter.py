@@ -52,6 +52,9 @@ CONVENTIONS = [
     (r"void (\w+)Del\(\)", r"Drops `\1`."),
     (r"static constexpr U8 (\w+)_offset =", r"Offset of `\1` in bytes."),
     (r"static constexpr U8 (\w+)_size =", r"Size of `\1` in bytes."),
+    (r"using (?:iterator_category|value_type|difference_type|pointer|reference) =", r"As every iterator has it."),
+    (r".* operator(?:\*|->)\(\) const", r"The present element. Requires: this is not the end."),
+    (r".* operator\+\+\((?:int)?\)", r"Goes to the next element. Requires: this is not the end."),
     (r"struct (\w+)Traits \{", r"What TlvItem needs to know of a \1."),
     (r"using Type = \w+;", r"The enumeration that names the codes."),
     (r"using Shape = \S+;", r"The layout of the item."),
@@ -124,10 +127,10 @@ def with_group(path, lines):
     group = next(name for prefix, name in GROUPS if str(path).startswith(prefix))
     apart, rest = split_comments(lines)
     for line in rest:
-        if re.match(r"}  // namespace (?!Detail)", line):
+        if re.match(r"}  // namespace (?!Detail)[\w:]+$", line):
             yield "/// @}"
         yield line
-        if re.match(r"namespace (?!Detail)\w+ {$", line):
+        if re.match(r"namespace (?!Detail)[\w:]+ {$", line):
             yield f"/// @addtogroup {group}"
             if apart:
                 yield "/// @details"
@@ -237,7 +240,13 @@ def filtered_header(lines):
             if comment:
                 yield f"{indent}/// {comment}"
         if "///" in line:
-            line = linked_comment(item_layout(line)).replace("\\x", "\\\\x")
+            # "\xNN" stands for an escape, not for a command of Doxygen.
+            line = re.sub(r"(?<!\\)\\x", r"\\\\x", linked_comment(item_layout(line)))
+        # Doxygen takes the comment of two members for that of the last one.
+        pair = re.match(r"(\s*\w+) (\w+), (\w+);(\s+///< .*)", line)
+        if pair:
+            yield f"{pair[1]} {pair[2]};{pair[4]}"
+            line = f"{pair[1]} {pair[3]};{pair[4]}"
         yield line
         previous = text
 
