@@ -142,7 +142,7 @@ int LiveCapture::pollTimeout() const {
     return static_cast<int>(std::clamp<decltype(left)>(left, 0, std::numeric_limits<int>::max()));
 }
 
-void LiveCapture::wakeEvery(std::chrono::milliseconds interval, std::function<void()> wake) {
+void LiveCapture::wakeEvery(std::chrono::milliseconds interval, std::function<bool()> wake) {
     wakeInterval_ = interval;
     wake_ = std::move(wake);
     nextWake_ = Clock::now() + interval;
@@ -150,7 +150,7 @@ void LiveCapture::wakeEvery(std::chrono::milliseconds interval, std::function<vo
 
 void LiveCapture::callWake() {
     nextWake_ = Clock::now() + wakeInterval_;
-    wake_();
+    if (!wake_()) ended_ = true;
 }
 
 void LiveCapture::tellDrops() {

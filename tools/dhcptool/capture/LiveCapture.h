@@ -25,7 +25,7 @@ public:
 
     std::optional<Arrival> next() override;
     bool mayWait() const override { return handedOut_ == waiting_.size(); }
-    void wakeEvery(std::chrono::milliseconds interval, std::function<void()> wake) override;
+    void wakeEvery(std::chrono::milliseconds interval, std::function<bool()> wake) override;
     void forEachCount(const std::function<void(const std::string&)>& show) const override;
 
 private:
@@ -57,7 +57,7 @@ private:
     const Manager dhcp_, dhcp6_;
     std::map<Kitnet::IntfId, std::string> states_;
     std::chrono::milliseconds wakeInterval_{};
-    std::function<void()> wake_;
+    std::function<bool()> wake_;
     Clock::time_point nextWake_ = Clock::time_point::max();
     bool announced_ = false, ended_ = false;
     std::array<Interface::PamFrame, 64> batch_;

@@ -18,8 +18,9 @@ public:
     virtual std::optional<Arrival> next() = 0;
     /// Whether the next call of next() may wait: what the user should see by then has to be flushed before.
     virtual bool mayWait() const = 0;
-    /// Calls `wake` about that often while next() waits or takes frames, if frames arrive in real time. Else never.
-    virtual void wakeEvery(std::chrono::milliseconds, std::function<void()>) {}
+    /// Calls `wake` about that often while next() waits or takes frames, if frames arrive in real time. Else never. If
+    /// `wake` returns false, the source ends.
+    virtual void wakeEvery(std::chrono::milliseconds, std::function<bool()>) {}
     /// Size in bytes, and how much of it was read; 0 if it is not known.
     virtual U64 size() const { return 0; }
     virtual U64 position() const { return 0; }

@@ -29,7 +29,7 @@ public:
           tracker_({.timeout = nanosecondsOf(options.timeout)}, [this](const Exchange& exchange) {
               if (exchange.selected) sink_.take(exchange, marksOf(exchange));
           }) {
-        source_.wakeEvery(wakeInterval, [this] { wake(); });
+        source_.wakeEvery(wakeInterval, [this] { return wake(); });
     }
 
     void take(const Arrival& frame) override {
@@ -53,10 +53,12 @@ public:
     bool wantsMore() const override { return sink_.wantsMore(); }
 
 private:
-    void wake() {
+    /// Returns whether the sink wants more.
+    bool wake() {
         tracker_.timeIs(std::chrono::system_clock::now().time_since_epoch());
         sink_.wake();
         sink_.flush();
+        return sink_.wantsMore();
     }
 
     const ExchangeOptions& options_;
