@@ -45,6 +45,7 @@ for file in "$root/usr/bin/dhcptool" "$root/usr/bin/dhcprelay" "$libdir"/libDhcp
     [ -s "$root/usr/lib/debug/.build-id/$(echo "$id" | cut -c1-2)/$(echo "$id" | cut -c3-).debug" ] ||
         fail "no debug symbols for $file"
 done
+for folder in "$root/usr/bin" "$libdir"; do "$source/script/check-binaries" "$folder"; done
 
 export LD_LIBRARY_PATH="$libdir" DHCPLIB_TOGGLE_DIR="$root/etc/dhcplib"
 "$root/usr/bin/dhcptool" "$source/tests/data/captures/v4-relay-dhclient-dhcpd-server.pcap" >"$work/printed"
