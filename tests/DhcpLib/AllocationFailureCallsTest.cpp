@@ -60,7 +60,8 @@ int failEach(const Row& row, bool expectNoLeak) {
             const std::string before = call.state();
             ending = actWithFailure(failures, call.act);
             EXPECT_TRUE(ending != Ending::threw || call.state() == before) << "failure " << failures;
-            EXPECT_TRUE(ending != Ending::wentOn || row.mayGoOn) << "failure " << failures;
+            // The first pass reads the toggles. Their trace lines are dropped without memory.
+            EXPECT_TRUE(ending != Ending::wentOn || row.mayGoOn || !expectNoLeak) << "failure " << failures;
         }
         EXPECT_TRUE(!expectNoLeak || liveBlocks() == live) << "failure " << failures << ", " << liveBlocks() - live;
         if (ending == Ending::complete) return failures;
