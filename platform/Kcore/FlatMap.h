@@ -27,7 +27,10 @@ public:
     FlatTable(const FlatTable&) = default;
     FlatTable(FlatTable&&) noexcept = default;
     ~FlatTable() = default;
-    FlatTable& operator=(const FlatTable& other) { return *this = FlatTable(other); }
+    FlatTable& operator=(const FlatTable& other) {
+        *this = FlatTable(other);
+        return *this;
+    }
     FlatTable& operator=(FlatTable&&) noexcept = default;
 
     std::size_t size() const { return entries_.size(); }
