@@ -36,7 +36,7 @@ void Dhcp6MessageBuilder::start(U32 headerBytes) {
 Dhcp6Option::Ptr Dhcp6MessageBuilder::add(Dhcp6OptionType type, std::size_t len) { return addInside(0, type, len); }
 
 Dhcp6Option::Ptr Dhcp6MessageBuilder::add(Dhcp6OptionType type, std::span<const U8> data) {
-    const Dhcp6Option::Ptr option = add(type, data.size());
+    Dhcp6Option::Ptr option = add(type, data.size());
     if (option) option->dataIs(data.data());
     return option;
 }
@@ -52,7 +52,7 @@ Dhcp6Option::Ptr Dhcp6MessageBuilder::addInside(std::size_t depth, Dhcp6OptionTy
     if (len > bytesLeft() || Dhcp6Const::optdata_offset > bytesLeft() - len) return nullptr;
     const U32 added = static_cast<U32>(Dhcp6Const::optdata_offset + len);
     // Everything that may throw comes before the first change.
-    const Dhcp6Option::Ptr option = dhcp6OptionFactory(pkt_, packetPosition(pkt_->bytes()));
+    Dhcp6Option::Ptr option = dhcp6OptionFactory(pkt_, packetPosition(pkt_->bytes()));
     last_.reserve(depth + 1);
     pkt_->newSharedTailData(added);
     option->optTypeIs(type);
