@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Doxygen's input filter: filter.py FILE prints FILE in the form that Doxygen is to read.
 
-Headers: what they declare gets a group; the members that every class has by convention get a standard comment unless they have one of their own,
-protected members count as private, and references to entries of docs/*.md become links.
+Headers: what they declare gets a group; the members that every class has by convention get a standard comment unless
+they have one of their own; protected members count as private; references to entries of docs/*.md become links.
 Markdown pages: headings get anchors, and links between pages become links between Doxygen's pages.
 """
 
@@ -15,17 +15,14 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 # A pattern of a declaration and its comment. \1 and so on are the groups of the pattern.
 CONVENTIONS = [
     (r"using Ptr = ", r"Pointer that counts as a user of the object."),
-    (r"using Type = typename", r"The enumeration that names the codes."),
     (r"static (?:inline )?KitSlab::AllocationTracker memAllocationTracker_;", r"Counts the live objects of the class."),
     (r"static constexpr auto declaration\(\)",
      r"The name of the class and its attributes in order; see Kcore::Declaration."),
     (r"const (?:Kcore::)?TypeData& typeData\(\) const override", r"The attribute table of the class."),
-    (r"static Ptr (\w+)Is\(", r"Creates a \1; the arguments are those of the constructor."),
-    (r"DHCPLIB_EXPORT (\w+)::Ptr (\w+)Factory\(", r"Creates a \1; the arguments are those of its constructor."),
-    (r"inline (?:\w+::)?(\w+) \w+Instance\(unsigned number",
-     r"The member of \1 with this number. Throws Kcore::RangeException if there is none."),
-    (r"inline (?:\w+::)?(\w+) \w+Instance\(const Kcore::String& name",
-     r"The member of \1 with this name. Throws Kcore::RangeException if there is none."),
+    (r"static Ptr (\w+)Is\(|DHCPLIB_EXPORT (\w+)::Ptr \w+Factory\(",
+     r"Creates a \1\2; the arguments are those of its constructor."),
+    (r"inline (?:\w+::)?(\w+) \w+Instance\((?:unsigned|const Kcore::String&) (number|name)",
+     r"The member of \1 with this \2. Throws Kcore::RangeException if there is none."),
     (r"static constexpr std::string_view typeName\b", r"The name of the type in messages and in the registry."),
     (r"(?:friend|bool|constexpr).* operator==\(", r"Compares the values."),
     (r"friend.* operator<=>\(", r"Orders the values."),
@@ -42,21 +39,22 @@ CONVENTIONS = [
     (r"(?:constexpr )?void (\w+)Is\([^,()]*(?:\([^)]*\))?\)", r"Sets `\1`."),
     (r"(?:using)? ?(\w+)::\1;", r"The constructors of the base class."),
     (r"void optionDelAll\(\)", r"Removes all entries."),
-    (r"(?:explicit )?\w+\(const (?:Dhcp6OptionPtr|\w+::Ptr)& opt[,)]", r"A view of `opt`, which it reads. A null `opt` is treated as empty."),
-    (r"\w+\(const PktPtr& pkt, U16 offset[,)]", r"A view of the bytes at `offset` of `pkt`, which it reads. A null `pkt` is treated as empty."),
+    (r"(?:explicit )?\w+\(const (?:Dhcp6OptionPtr|\w+::Ptr)& opt[,)]",
+     r"A view of `opt`, which it reads. A null `opt` is treated as empty."),
+    (r"\w+\(const PktPtr& pkt, U16 offset[,)]",
+     r"A view of the bytes at `offset` of `pkt`, which it reads. A null `pkt` is treated as empty."),
     (r"const PktPtr& pkt\(\) const", r"The packet; may be null."),
     (r"U16 offset\(\) const", r"Position of the view in the packet."),
     (r"const \w+(?:::Ptr)?& opt\(\) const", r"The option that the view reads and writes; may be null."),
     (r".* \w+\(\) const \{ return get\(&(DhcpHdr::\w+)\); \}", r"See \1. Zero if there is no header."),
     (r"\S+ (\w+)Is\($|\S+::Ptr (\w+)Is\(", r"Replaces `\1\2` by a new object and returns it."),
     (r"void (\w+)Del\(\)", r"Drops `\1`."),
-    (r"static constexpr U8 (\w+)_offset =", r"Offset of `\1` in bytes."),
-    (r"static constexpr U8 (\w+)_size =", r"Size of `\1` in bytes."),
+    (r"static constexpr U8 (\w+)_(offset|size) =", r"The \2 of `\1` in bytes."),
     (r"using (?:iterator_category|value_type|difference_type|pointer|reference) =", r"As every iterator has it."),
-    (r".* operator(?:\*|->)\(\) const", r"The present element. Requires: this is not the end."),
+    (r".* operator(?:\*|->)\(\) const", r"The current element. Requires: this is not the end."),
     (r".* operator\+\+\((?:int)?\)", r"Goes to the next element. Requires: this is not the end."),
     (r"struct (\w+)Traits \{", r"What TlvItem needs to know of a \1."),
-    (r"using Type = \w+;", r"The enumeration that names the codes."),
+    (r"using Type = (?:typename|\w+;)", r"The enumeration that names the codes."),
     (r"using Shape = \S+;", r"The layout of the item."),
     (r"(?:constexpr )?std::size_t size\(\) const", r"Number of bytes or entries."),
     (r"bool empty\(\) const", r"Whether the size is 0."),
@@ -111,7 +109,7 @@ GROUPS = [
 
 
 def split_comments(lines):
-    """The comments behind which an empty line follows: they describe the group. And the other lines."""
+    """Returns the comments that an empty line follows, which describe the group, and the other lines."""
     apart, rest, comment = [], [], []
     for line in lines:
         if line.startswith("///"):
@@ -229,13 +227,13 @@ def without_specializations(lines):
 def filtered_header(lines):
     lines = list(with_tables(without_specializations(lines)))
     previous = ""
-    is_table = False
     for line in lines:
         text = line.strip()
         indent = line[: len(line) - len(line.lstrip())]
         if text == "protected:":
             line = indent + "private:"
-        if not text.startswith("///") and not previous.startswith(("///", "template", "requires")) and "///<" not in text:
+        has_comment = "///" in text or previous.startswith(("///", "template", "requires"))
+        if not has_comment:
             comment = standard_comment(line)
             if comment:
                 yield f"{indent}/// {comment}"
