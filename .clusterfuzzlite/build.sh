@@ -1,8 +1,8 @@
 #!/bin/bash -eu
 # Builds the fuzz targets for a fuzzing service, which sets CXX, CXXFLAGS, LIB_FUZZING_ENGINE, SRC, WORK and OUT. Each
-# target goes to OUT with its corpus beside it, the libraries to OUT/lib. Two kinds of targets are left out: those whose
-# name ends in Text read a toggle file of the sources, which the service does not have when it runs them, and the one of
-# the relay agent needs packages that the service's image lacks.
+# target goes to OUT with its corpus beside it, the libraries to OUT/lib. These targets are left out: FuzzDhcpRelay and
+# FuzzText need packages that the service's image lacks; the others whose name ends in Text read a toggle file of the
+# sources, which the service does not have when it runs them.
 
 cd "$SRC/dhcplib"
 cmake -S . -B "$WORK/dhcplib" -G Ninja -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="$CXXFLAGS" -DCMAKE_BUILD_TYPE=None \

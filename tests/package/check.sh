@@ -52,11 +52,11 @@ find_package() {
 pkg_config() {
     export PKG_CONFIG_PATH="$prefix/$libdir/pkgconfig"
     test "$(pkg-config --modversion DhcpLib)" = "$version"
-    flags="$(pkg-config --cflags --libs DhcpLib) -Wl,-rpath,$prefix/$libdir"
-    # shellcheck disable=SC2086  # lists of flags
-    "$cxx" -std=c++20 "$work/example.cpp" -o "$work/example" $flags
-    # shellcheck disable=SC2086
-    "$cxx" -std=c++20 "$definitions" "$source/tests/package/consumer/Installed.cpp" -o "$work/installed" $flags
+    flags=$(pkg-config --cflags --libs DhcpLib)
+    eval "set -- $flags"  # the flags are quoted for a shell
+    set -- "$@" "-Wl,-rpath,$prefix/$libdir"
+    "$cxx" -std=c++20 "$work/example.cpp" -o "$work/example" "$@"
+    "$cxx" -std=c++20 "$definitions" "$source/tests/package/consumer/Installed.cpp" -o "$work/installed" "$@"
     "$work/installed" "$version" $number
     run_example
 }
