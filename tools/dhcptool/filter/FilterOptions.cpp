@@ -12,7 +12,7 @@ namespace DhcpTool {
 
 namespace {
 
-constexpr char group[] = "Filters (a message has to match all of them)";
+constexpr char filterGroup[] = "Filters (a message has to match all of them)";
 
 /// The bytes of "0x0102", "01:02" or "0102"; unset if it is something else.
 std::optional<std::string> bytesOf(std::string_view text) {
@@ -56,7 +56,7 @@ void addParsed(CLI::App& command, const std::string& name, std::optional<Value>&
         .add_option_function<std::string>(
             name, [&value, parse](const std::string& text) { value = parse(text); }, what)
         ->type_name(typeName)
-        ->group(group)
+        ->group(filterGroup)
         ->check([parse, fault](const std::string& text) { return parse(text) ? "" : fault + (": " + text); }, "");
 }
 
@@ -64,9 +64,9 @@ void addParsed(CLI::App& command, const std::string& name, std::optional<Value>&
 
 void addFilterOptions(CLI::App& command, Filter& filter) {
     addAddress<Kitnet::EthAddr>(command, "--mac", filter.mac, "MAC of the client, or of the frame's sender or receiver")
-        ->group(group);
+        ->group(filterGroup);
     addAddress<Kitnet::IpGenAddr>(command, "--ip", filter.ip, "Address anywhere in the message or its IP header")
-        ->group(group);
+        ->group(filterGroup);
     addParsed(command, "--xid", filter.xid, xidOf, "XID", "Transaction id: 0x and hexadecimal, or decimal",
               "not a transaction id");
     command
@@ -75,18 +75,18 @@ void addFilterOptions(CLI::App& command, Filter& filter) {
             "Message type, such as discover, ack, solicit or relayForward")
         ->type_name("TYPE")
         ->check(typeFault, "")
-        ->group(group);
+        ->group(filterGroup);
     command.add_option("--vlan", filter.vlan, "VLAN of the frame")
         ->type_name("VLAN")
         ->check(CLI::Range(1, 4094))
-        ->group(group);
+        ->group(filterGroup);
     addParsed(command, "--circuit-id", filter.circuitId, textOrBytes, "ID",
               "Circuit-id (option 82) or interface-id: text, or 0x and hexadecimal", "not hexadecimal");
     addParsed(command, "--duid", filter.duid, bytesOf, "DUID",
               "DUID of client or server, or DHCPv4 client-id: hexadecimal", "not hexadecimal");
     addAddress<Kitnet::IpGenAddr>(command, "--server", filter.server,
                                   "Address of the server: option 54, its override, or IP header")
-        ->group(group);
+        ->group(filterGroup);
 }
 
 }  // namespace DhcpTool

@@ -15,10 +15,10 @@ namespace DhcpTool {
 
 namespace {
 
-constexpr char about[] =
+constexpr char followAbout[] =
     "Prints a line for each exchange of a client with its servers, instead of one\n"
     "for each message, and marks what went wrong.";
-constexpr char footer[] =
+constexpr char followFooter[] =
     R"(A line starts with the time of the first message, the client, the VLAN and the
 port (circuit-id or interface-id). The messages come with the times between
 them: after an answer the time since its request, after a request the time since
@@ -85,7 +85,7 @@ private:
 void addFollowCommand(CLI::App& app) {
     constexpr char group[] = "Output";
     const auto arguments = std::make_shared<FollowArguments>();
-    CLI::App* const command = app.add_subcommand("follow", about)->footer(footer);
+    CLI::App* const command = app.add_subcommand("follow", followAbout)->footer(followFooter);
     addExchangeOptions(*command, arguments->exchanges);
     command->add_flag("--problems", arguments->problems, "Print only exchanges in which something went wrong")
         ->group(group);

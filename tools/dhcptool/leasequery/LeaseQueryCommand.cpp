@@ -12,9 +12,9 @@ namespace DhcpTool {
 
 namespace {
 
-constexpr char about[] =
+constexpr char leaseQueryAbout[] =
     "Asks a DHCP server for the lease of a client or an address (DHCPLEASEQUERY, RFC 4388) and prints the reply.";
-constexpr char footer[] =
+constexpr char leaseQueryFooter[] =
     R"(The query is sent from UDP port 67 of the relay address, to which the server replies. So this must be an address of
 this machine, the port must be free, and CAP_NET_BIND_SERVICE is required. Replies from another address, with another
 transaction id, about another client or address, or malformed ones are ignored; if there is no other, the reasons are
@@ -54,7 +54,7 @@ ExitStatus ask(const LeaseQueryArguments& arguments) {
 
 void addLeaseQueryCommand(CLI::App& app, int& status) {
     const auto arguments = std::make_shared<LeaseQueryArguments>();
-    CLI::App* const command = app.add_subcommand("leasequery", about)->footer(footer);
+    CLI::App* const command = app.add_subcommand("leasequery", leaseQueryAbout)->footer(leaseQueryFooter);
     CLI::App* const subject = command->add_option_group("Subject", "Client or address to ask for");
     addAddress<Kitnet::EthAddr>(*subject, "--mac", arguments->subject, "MAC address of the client");
     addAddress<ClientId>(*subject, "--client-id", arguments->subject, "Identifier of the client (option 61)")

@@ -15,11 +15,11 @@ namespace DhcpTool {
 
 namespace {
 
-constexpr char about[] =
+constexpr char relayAbout[] =
     R"(Rewrites the DHCPv4 messages of a capture as a relay agent does: adds option 82 (relay agent information) to
 requests, removes it from replies, and corrects lengths and checksums. Copies all other frames. Prints a line for each
 message, then, on stderr, counters.)";
-constexpr char footer[] =
+constexpr char relayFooter[] =
     R"(Messages that cannot be rewritten, or whose option 82 would be broken afterwards, fragments and incomplete datagrams
 are copied unchanged and reported. If the capture is written to the standard output, the lines go to stderr.)";
 
@@ -88,7 +88,7 @@ void addRelayCommand(CLI::App& app) {
     const auto arguments = std::make_shared<RelayArguments>();
     RelaySettings& settings = arguments->settings;
     DhcpLib::RelayRewrite& rewrite = settings.rewrite;
-    CLI::App* const command = app.add_subcommand("relay", about)->footer(footer);
+    CLI::App* const command = app.add_subcommand("relay", relayAbout)->footer(relayFooter);
     command
         ->add_option("-r,--read", arguments->source,
                      "Capture file, pcap or pcapng, also compressed with gzip or zstd; - is the standard input")

@@ -16,10 +16,10 @@ namespace DhcpTool {
 
 namespace {
 
-constexpr char about[] =
+constexpr char snoopAbout[] =
     "Prints the DHCP, BOOTP and DHCPv6 messages of capture files or of live "
     "interfaces as a DHCP snooping agent sees them, then, on stderr, counters.";
-constexpr char footer[] =
+constexpr char snoopFooter[] =
     R"(A line starts with the frame's number, its time, for a live frame interface and direction, and the VLAN. Message
 type, transaction, client and addresses follow, then the options that matter, each by its name. Text from a packet is
 in quotes; bytes that could steer a terminal are printed as \xNN. Identifiers that are not text are printed as 0x and
@@ -126,7 +126,7 @@ void addParser(CLI::App& command, SnoopSettings& settings) {
 
 void addSnoopCommand(CLI::App& app) {
     const auto arguments = std::make_shared<SnoopArguments>();
-    CLI::App* const command = app.add_subcommand("snoop", about)->footer(footer);
+    CLI::App* const command = app.add_subcommand("snoop", snoopAbout)->footer(snoopFooter);
     addSourceOptions(*command, arguments->source);
     addFilterOptions(*command, arguments->settings.filter);
     addOutput(*command, *arguments);

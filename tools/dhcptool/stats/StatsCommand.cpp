@@ -16,10 +16,10 @@ namespace DhcpTool {
 
 namespace {
 
-constexpr char about[] =
+constexpr char statsAbout[] =
     "Counts messages and exchanges by type, server, VLAN, port and client, and\n"
     "measures how long servers take to answer.";
-constexpr char footer[] =
+constexpr char statsFooter[] =
     R"(A message that is seen on both sides of a relay agent counts twice as a message,
 but as one in exchanges and times. Exchanges count when they end, see "dhcptool follow
 --help". An exchange is unanswered if its last request was not answered; the
@@ -93,7 +93,7 @@ private:
 void addStatsCommand(CLI::App& app) {
     constexpr char group[] = "Output";
     const auto arguments = std::make_shared<StatsArguments>();
-    CLI::App* const command = app.add_subcommand("stats", about)->footer(footer);
+    CLI::App* const command = app.add_subcommand("stats", statsAbout)->footer(statsFooter);
     addExchangeOptions(*command, arguments->exchanges);
     command->add_option("--top", arguments->top, "Rows of each table")
         ->type_name("N")

@@ -9,7 +9,7 @@ namespace DhcpTool {
 
 namespace {
 
-constexpr char group[] = "Output";
+constexpr char viewGroup[] = "Output";
 
 /// Whether colours are wanted without an option: on a terminal, unless NO_COLOR is set (https://no-color.org).
 bool colouredByDefault() {
@@ -24,7 +24,7 @@ CLI::Option* addKind(CLI::App& command, const std::string& name, ViewSettings& s
     return command
         .add_flag_callback(
             name, [&settings, kind] { settings.kind = kind; }, what)
-        ->group(group);
+        ->group(viewGroup);
 }
 
 }  // namespace
@@ -39,7 +39,7 @@ void addTimeOption(CLI::App& command, TimeForm& form) {
         ->check(CLI::IsMember(forms).description(""))
         ->type_name("absolute|relative|delta")
         ->default_str("absolute")
-        ->group(group);
+        ->group(viewGroup);
 }
 
 void addColorOption(CLI::App& command, bool& coloured) {
@@ -54,7 +54,7 @@ void addColorOption(CLI::App& command, bool& coloured) {
         ->check(CLI::IsMember({"auto", "always", "never"}).description(""))
         ->type_name("auto|always|never")
         ->default_str("auto")
-        ->group(group);
+        ->group(viewGroup);
 }
 
 void addViewOptions(CLI::App& command, ViewSettings& settings) {
@@ -69,7 +69,7 @@ void addViewOptions(CLI::App& command, ViewSettings& settings) {
     command
         .add_flag("--bridging-config", settings.bridgingConfig, "JSON: add the settings of the ports to each message")
         ->needs(json)
-        ->group(group);
+        ->group(viewGroup);
     addTimeOption(command, settings.time);
     addColorOption(command, settings.coloured);
 }
