@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 
 #include <array>
+#include <cstdio>
 #include <iostream>
 #include <set>
 #include <string_view>

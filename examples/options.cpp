@@ -2,6 +2,7 @@
 
 #include <iostream>
 #include <string>
+#include <string_view>
 
 #include "DhcpLib/Dhcp6Hdr.h"
 #include "DhcpLib/Dhcp6Parser.h"

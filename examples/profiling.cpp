@@ -2,6 +2,7 @@
 
 #include <iostream>
 #include <set>
+#include <string_view>
 
 #include "DhcpLib/DhcpParser.h"
 #include "DhcpLib/OptionParser.h"

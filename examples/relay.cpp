@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 
 #include <array>
+#include <cstdio>
 #include <iostream>
 
 #include "DhcpLib/DhcpHdr.h"

@@ -2,7 +2,10 @@
 
 #include <iostream>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "DhcpLib/Dhcp6Hdr.h"
 #include "DhcpLib/Dhcp6MessageBuilder.h"

@@ -45,6 +45,8 @@ void snoop(const std::vector<Kitnet::IntfId>& intfs, const Bridging::Config::Ptr
                                                     Kcore::makeNode<Interface::AllIntfStatusLocalDir>(), kernel);
     for (const auto& intf : intfs) manager->pamDesiredIntfDir()->intfIs(intf);
     const Pams& pams = manager->ethDevPamCollection()->ethDevPam();
+    for (const auto& [intf, pam] : pams)
+        if (pam->fd() < 0) std::cerr << intf << ": " << pam->error() << '\n';  // no privilege, or no device yet
     for (;;) {
         std::vector<pollfd> fds{{kernel->fd(), POLLIN, 0}};
         for (const auto& [intf, pam] : pams) fds.push_back({pam->fd(), POLLIN, 0});  // poll ignores -1 (no device)

@@ -1,5 +1,6 @@
 // Shows what the library tells about a frame that it refuses: tracing FILE
 
+#include <cstddef>
 #include <iostream>
 
 #include "DhcpLib/DhcpParser.h"
