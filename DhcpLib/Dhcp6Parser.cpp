@@ -32,7 +32,8 @@ constexpr U32 relayMsgs = setOf({relayForward, relayReply});
 const Kcore::ModuleTypes<Dhcp6PortInfo, Dhcp6PacketParser> registration{"DhcpLib/Dhcp6Parser"};
 
 template <class... Args>
-void trace(int level, Tyk::TraceText<std::type_identity_t<Args>...> text, const Args&... args) {
+[[gnu::always_inline]] inline void trace(int level, Tyk::TraceText<std::type_identity_t<Args>...> text,
+                                         const Args&... args) {
     Tyk::fmtrace(traceHandle(), level, {nullptr, text.caller()}, text, args...);
 }
 

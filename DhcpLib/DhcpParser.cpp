@@ -26,7 +26,8 @@ constexpr U32 ipv4ProtocolAt = 9, ipv4SourceAt = 12, ipv4DestinationAt = 16;
 const Kcore::ModuleTypes<FrameRejection, PacketParser> registration{"DhcpLib/DhcpParser"};
 
 template <class... Args>
-void trace(int level, Tyk::TraceText<std::type_identity_t<Args>...> text, const Args&... args) {
+[[gnu::always_inline]] inline void trace(int level, Tyk::TraceText<std::type_identity_t<Args>...> text,
+                                         const Args&... args) {
     Tyk::fmtrace(traceHandle(), level, {nullptr, text.caller()}, text, args...);
 }
 

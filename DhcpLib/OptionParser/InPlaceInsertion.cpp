@@ -43,7 +43,7 @@ std::string_view textOf(const Kcore::Bytes& bytes) {
 }  // namespace
 
 void traceOwnVendorData(Wire::ByteView bytes, const RawOption& info, U32 endAt) {
-    if (!traceHandle().wanted(TraceLevel::verbose) && !Tyk::RingTrace::wanted(TraceLevel::verbose)) return;
+    if (!isTraced(TraceLevel::verbose)) return;
     walkSubOptionsUpTo(bytes, info.dataAt(), endAt, [&](const auto& head) {
         if (head.code == static_cast<U8>(SubCode::vendorSpecificSubOption) &&
             holdsOwnVendorData(bytes, RawOption(bytes, head.at)))

@@ -61,7 +61,7 @@ public:
             planWithout(bytes, args, scan.info);
     }
 
-    void traceSteps(const Kitnet::Pkt& pkt) const {
+    [[gnu::cold]] void traceSteps(const Kitnet::Pkt& pkt) const {
         constexpr int level = TraceLevel::verbose;
         if (insertion_) {
             Tyk::DualTrace(traceHandle(), level, {}, "{}added opt len {} currentPadding{}", caller, neededPadding,
@@ -95,10 +95,11 @@ private:
 }  // namespace
 
 bool rewriteInPlace(Kitnet::Pkt* pkt, const RewriteArgs& args) {
-    traceRewriteEntry(caller, args);
+    const bool traced = isTraced(TraceLevel::verbose);
+    if (traced) traceRewriteEntry(caller, args);
     const InPlacePlan plan(Wire::ByteView(pkt), args);
     if (plan.stop) return assertNotStopped(plan, signature), false;
-    plan.traceSteps(*pkt);
+    if (traced) plan.traceSteps(*pkt);
     apply(*pkt, plan);
     return true;
 }

@@ -162,10 +162,11 @@ private:
 }  // namespace
 
 bool rewriteByRebuild(Kitnet::Pkt* pkt, const RewriteArgs& args) {
-    traceRewriteEntry(caller, args);
+    const bool traced = isTraced(TraceLevel::verbose);
+    if (traced) traceRewriteEntry(caller, args);
     const RebuildPlan plan(Wire::ByteView(pkt), args);
     if (plan.stop) return assertNotStopped(plan, signature), false;
-    traceGrowth(*pkt, plan);
+    if (traced) traceGrowth(*pkt, plan);
     apply(*pkt, plan);
     return true;
 }

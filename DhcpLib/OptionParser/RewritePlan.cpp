@@ -14,7 +14,8 @@ U32 growthFor(const Kitnet::Pkt& pkt, const RewritePlan& plan) {
 }
 
 /// Traces the final change of size, relative to the size after the insertion's growth.
-void traceNormalisation(const Kitnet::Pkt& pkt, const RewritePlan& plan, Kcore::SourceSite caller) {
+[[gnu::cold, gnu::noinline]] void traceNormalisation(const Kitnet::Pkt& pkt, const RewritePlan& plan,
+                                                     Kcore::SourceSite caller) {
     const U32 now = pkt.bytes() + growthFor(pkt, plan), later = plan.newBytes();
     if (now - plan.offset > plan.smallestMessage)
         Tyk::DualTrace(traceHandle(), TraceLevel::verbose, {nullptr, caller}, "(final)deleting {} bytes from pkt({})",
@@ -46,7 +47,7 @@ RelayRewriteVerdict verdictOf(Wire::ByteView bytes, const RewritePlan& plan) {
 }  // namespace
 
 void apply(Kitnet::Pkt& pkt, const RewritePlan& plan, Kcore::SourceSite caller) {
-    traceNormalisation(pkt, plan, caller);
+    if (isTraced(TraceLevel::verbose)) traceNormalisation(pkt, plan, caller);
     const U32 was = pkt.bytes(), later = plan.newBytes(), endAt = plan.newEndAt();
     // Growth may throw; nothing after it does.
     if (later > was) pkt.newSharedTailData(later - was);

@@ -68,13 +68,14 @@ inline void RewritePlan::replaceInfo() {
 inline void RewritePlan::removeInfo() { keptAt = infoEnd; }
 
 /// Traces the entry of `function` with its arguments. The trace lines of this and the next two functions name `caller`.
-void traceRewriteEntry(std::string_view function, const RewriteArgs& args,
-                       Kcore::SourceSite caller = Kcore::SourceSite::here());
+[[gnu::cold]] void traceRewriteEntry(std::string_view function, const RewriteArgs& args,
+                                     Kcore::SourceSite caller = Kcore::SourceSite::here());
 /// Stops with a refusal, after a trace line.
 RewriteStop refused(std::string_view function, RelayRewriteVerdict refusal,
                     Kcore::SourceSite caller = Kcore::SourceSite::here());
 /// Traces the growth that makes room for the insertion.
-void traceGrowth(const Kitnet::Pkt& pkt, const RewritePlan& plan, Kcore::SourceSite caller = Kcore::SourceSite::here());
+[[gnu::cold]] void traceGrowth(const Kitnet::Pkt& pkt, const RewritePlan& plan,
+                               Kcore::SourceSite caller = Kcore::SourceSite::here());
 /// Fails the assertion that stops `plan`, if there is one. `signature` is that of the public function.
 void assertNotStopped(const RewritePlan& plan, const char* signature);
 
