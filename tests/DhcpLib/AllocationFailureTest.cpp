@@ -1,64 +1,9 @@
-#include "AreaRows.h"
-#include "DhcpLib/DhcpHdr.h"
 #include "FailingAllocations.h"
-#include "Kcore/FlatMap.h"
 #include "RelayRewriteRows.h"
 
-using namespace DhcpLib;
 using namespace DhcpTest;
 
 namespace {
-
-TEST(AllocationFailure, LeavesAMapAsItWas) {
-    Kcore::FlatMap<int, int> map, before;
-    int failures = 0;
-    for (int key = 0; key < 100; ++key) {
-        failures += failEachAllocation([&] { map.insert(key, key); }, [&] { EXPECT_TRUE(map == before); });
-        before = map;
-    }
-    EXPECT_GE(failures, 5);
-    Kcore::FlatMap<int, int> other;
-    other.insert(1000, 0);
-    EXPECT_EQ(failEachAllocation([&] { other = map; }, [&] { EXPECT_TRUE(other.size() == 1 && other.contains(1000)); }),
-              2);
-    EXPECT_TRUE(other == map && other.contains(99));
-    EXPECT_EQ(failEachAllocation(
-                  [&] {
-                      for (int key = 0; key < 100; ++key) map.erase(key);
-                  },
-                  [] {}),
-              0);
-}
-
-TEST(AllocationFailure, LeavesACollectionAsItWas) {
-    const PktPtr pkt = packet(hex("0C 01 61"));
-    const auto options = dhcpMsgOptionsFactory(pkt, 0);
-    const auto view = options->option(DhcpOptionType::hostName);
-    int failures = 0;
-    for (U32 code = 100; code < 150; ++code) {
-        const auto type = static_cast<DhcpOptionType>(code);
-        const std::size_t size = options->option().size();
-        failures += failEachAllocation([&] { options->optionIs(type, view); },
-                                       [&] {
-                                           EXPECT_EQ(options->option().size(), size);
-                                           EXPECT_FALSE(options->option(type));
-                                           EXPECT_EQ(options->option(DhcpOptionType::hostName), view);
-                                       });
-        EXPECT_EQ(options->option(type), view);
-    }
-    EXPECT_GE(failures, 5);
-}
-
-TEST(AllocationFailure, LeavesAPacketAsItWasBeforeABlockIsWritten) {
-    const Octets bytes = hex("A5*5 01 01 61 02 01 62");
-    const PktPtr pkt = packet(bytes);
-    const auto live = QuorvaSpecificSubOptionSubOpt::memAllocationTracker_.live();
-    EXPECT_GE(failEachAllocation([&] { dhcpVendorSpecificDataFactory(pkt, 0, 9, 6); },
-                                 [&] { EXPECT_EQ(bytesOf(*pkt), bytes); }),
-              2);
-    EXPECT_EQ(bytesOf(*pkt), hex("00 00 00 09 06 01 01 61 02 01 62"));
-    EXPECT_EQ(QuorvaSpecificSubOptionSubOpt::memAllocationTracker_.live(), live);
-}
 
 TEST(AllocationFailure, LeavesAPacketAsItWasBeforeARewrite) {
     using namespace Relay;
