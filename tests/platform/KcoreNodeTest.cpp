@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <map>
-#include <random>
+#include <algorithm>
 #include <vector>
 
 #include "Kcore/Kcore.h"
@@ -52,48 +51,20 @@ struct Key {
     friend bool operator==(const Key&, const Key&) = default;
 };
 
-TEST(KcoreFlatMap, AgreesWithAModel) {
-    std::mt19937 random(5);
-    for (const int keys : {6, 40, 700}) {
-        FlatMap<Key, int> map;
-        FlatSet<Key> set;
-        std::vector<std::pair<int, int>> model;
-        for (int step = 0; step < 12 * keys; ++step) {
-            const Key key{static_cast<int>(random() % static_cast<unsigned>(keys))};
-            const auto place = std::ranges::find(model, key.value, &std::pair<int, int>::first);
-            const bool there = place != model.end();
-            ASSERT_EQ(map.find(key) != nullptr ? *map.find(key) : -1, there ? place->second : -1);
-            switch (random() % 4) {
-                case 0:
-                    ASSERT_EQ(map.erase(key), there ? std::optional(place->second) : std::nullopt);
-                    ASSERT_EQ(set.erase(key), there);
-                    if (!there) continue;
-                    *place = model.back();
-                    model.pop_back();
-                    continue;
-                case 1:
-                    map.insertOrAssign(key, step);
-                    if (there) place->second = step;
-                    break;
-                default:
-                    ASSERT_EQ(map.insert(key, step), !there);
-            }
-            ASSERT_EQ(set.insert(key), !there);
-            if (!there) model.emplace_back(key.value, step);
-        }
-        FlatMap<Key, int> backwards;
-        FlatSet<Key> reversed;
-        for (std::size_t i = model.size(); i-- > 0;) {
-            EXPECT_TRUE(map.begin()[static_cast<std::ptrdiff_t>(i)].first.value == model[i].first);
-            backwards.insert({model[i].first}, model[i].second);
-            reversed.insert({model[i].first});
-        }
-        EXPECT_TRUE(map == backwards && set == reversed && set.hash() == reversed.hash());
-        reversed.erase({model[0].first});
-        backwards.insertOrAssign({model[0].first}, -2);
-        EXPECT_FALSE(map == backwards || set == reversed);
-        map.clear();
-        EXPECT_TRUE(map.empty() && !map.contains({model[0].first}) && map.insert({1}, 1));
+// The fuzz target FuzzContainers compares contents with a model, which has another order.
+TEST(KcoreFlatMap, RemovedEntryIsReplacedByTheLast) {
+    FlatMap<Key, int> map;
+    std::vector<int> order;
+    for (int key = 0; key < 700; ++key) {
+        map.insert({key}, -key);
+        order.push_back(key);
+    }
+    for (const std::size_t at : {0u, 5u, 300u, 696u}) {
+        EXPECT_EQ(map.erase({order[at]}), -order[at]);
+        order[at] = order.back();
+        order.pop_back();
+        ASSERT_TRUE(std::ranges::equal(map, order, {}, [](const auto& entry) { return entry.first.value; }));
+        for (const int key : order) ASSERT_EQ(*map.find({key}), -key);
     }
 }
 

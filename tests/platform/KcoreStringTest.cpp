@@ -1,9 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <random>
-#include <vector>
-
-#include "Kcore/Bytes.h"
 #include "Kcore/Kcore.h"
 #include "Refusal.h"
 
@@ -44,41 +40,6 @@ TEST(KcoreString, HoldsAnyBytesInlineOrShared) {
             EXPECT_EQ((moved + assigned).view(), bytes + letters(other));
             EXPECT_EQ(moved <=> assigned, std::string_view(bytes) <=> letters(other));
         }
-    }
-}
-
-TEST(KcoreBytes, GrowBeyondTheInlineBuffer) {
-    std::mt19937 random(3);
-    Bytes bytes;
-    std::vector<U8> model;
-    for (int step = 0; step < 2000; ++step) {
-        const std::vector<U8> more(random() % 40, static_cast<U8>(random()));
-        switch (random() % 4) {
-            case 0:
-                bytes.resize(random() % (Bytes::inlineCapacity + 20));
-                model.resize(bytes.size());
-                break;
-            case 1:
-                bytes.push_back(7);
-                model.push_back(7);
-                break;
-            case 2: {  // a part of itself
-                const std::size_t from = random() % (bytes.size() + 1),
-                                  size = std::min<std::size_t>(bytes.size() - from, 40);
-                const std::vector<U8> part(bytes.begin() + from, bytes.begin() + from + size);
-                bytes.append(bytes.span().subspan(from, size));
-                model.insert(model.end(), part.begin(), part.end());
-                break;
-            }
-            default:
-                bytes.append(more);
-                model.insert(model.end(), more.begin(), more.end());
-        }
-        if (!model.empty()) bytes[model.size() / 2] = model[model.size() / 2] = static_cast<U8>(step);
-        Bytes assigned;
-        assigned.append("old");
-        assigned = bytes;
-        ASSERT_TRUE(std::ranges::equal(Bytes(bytes).span(), model) && assigned == bytes);
     }
 }
 
