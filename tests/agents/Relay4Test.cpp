@@ -263,6 +263,8 @@ TEST(Relay4Reply, IsMatchedByTheSignificantBytesOfChaddr) {
     std::fill_n(request.begin() + 34, 10, scratch);
     world.arrives(0, frameOf({}, request));
     EXPECT_EQ(world.arrives(bytesOf(with(offer, OFFER "FF")), server4), toClient);
+    request[2] = 17;  // longer than the field
+    EXPECT_EQ(world.arrives(0, frameOf({}, request)), "malformed");
 }
 
 TEST(Relay4Reply, TransactionStaysWithItsFirstPort) {

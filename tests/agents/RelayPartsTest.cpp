@@ -65,6 +65,9 @@ TEST(PortName, FindsThePortWithThatName) {
         const Port port = PortName("circuit-id", row.pattern).portOf(links, row.text);
         EXPECT_EQ(port.isKnown() ? std::to_string(port.link) + " " + std::to_string(port.vlan) : "none", row.port)
             << row.pattern << " " << row.text;
+        if (port.isKnown()) {
+            EXPECT_EQ(PortName("circuit-id", row.pattern).textOf(links, port), row.text);
+        }
     }
 }
 
@@ -144,6 +147,7 @@ TEST(Options, ErrorNamesTheOption) {
         {{"-c", "a", "-s", "10.0.0.1", "--remote-id", "%x"}, "--remote-id %x: after % only i, v, m and % are allowed"},
         {{"-c", "a", "-s", "10.0.0.1", "--server-interface", ""}, "--server-interface: must not be empty"},
         {{"-c", "a", "-s", "10.0.0.1", "--option82", "keep"}, "--option82: keep not in {discard,replace}"},
+        {{"-c", "a", "-s", "10.0.0.1", "--option82", "replace", "--stats-format", "text"}, ""},
         {{"--config", DHCPLIB_TEST_DATA "/../../agents/dhcprelay/dhcprelay.json"}, ""},
     };
     for (const auto& row : rows) EXPECT_EQ(refusal(row.arguments), row.refusal);

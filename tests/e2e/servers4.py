@@ -47,9 +47,6 @@ class Kea:
         self.process = lab.start("srv", self.program, "kea-dhcp4", "-c", lab.file("kea.json", json.dumps(config)))
         self.process.saw("DHCP4_STARTED")
 
-    def saw_circuit_id(self, text):
-        self.process.saw(":".join(f"{byte:02x}" for byte in text.encode()))
-
 
 class Dnsmasq:
     program = "dnsmasq"
