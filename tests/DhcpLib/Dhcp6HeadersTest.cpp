@@ -22,35 +22,23 @@ TEST(Dhcp6Headers, ReadEachFieldOnce) {
     EXPECT_EQ(attributesOf(relay), read);
 }
 
-TEST(Dhcp6Headers, SettersChangeTheirBytesOrNothing) {
-    const auto linkAddress = Kitnet::Ip6Addr::fromText("2001:db8::1"),
-               peerAddress = Kitnet::Ip6Addr::fromText("fe80::2");
-    struct Row {
-        std::function<void(Dhcp6RegHdr&, Dhcp6RelayHdr&)> set;
-        std::string after;  // expected bytes, from 36 bytes A5
-    };
-    const Row rows[] = {{[](auto&, auto& v) { v.msgTypeIs(Dhcp6MsgType::relayReply); }, "A5 0D A5*34"},
-                        {[](auto& v, auto&) { v.xidIs(Dhcp6Xid(0x12, 0x34, 0x56)); }, "A5*2 12 34 56 A5*31"},
-                        {[](auto&, auto& v) { v.hopCountIs(7); }, "A5*2 07 A5*33"},
-                        {[](auto&, auto& v) { EXPECT_EQ(v.hopCountInc(0x5b), 0); }, "A5*2 00 A5*33"},
-                        {[&](auto&, auto& v) { v.linkAddrIs(linkAddress); }, "A5*3 20 01 0D B8 00*11 01 A5*17"},
-                        {[&](auto&, auto& v) { v.peerAddrIs(peerAddress); }, "A5*19 FE 80 00*13 02 A5"}};
-    const Octets before(36, scratch);
-    for (const Row& row : rows) {
-        const Octets after = hex(row.after);
-        std::size_t needed = before.size();
-        while (before[needed - 1] == after[needed - 1]) --needed;
-        for (const std::size_t size : {before.size(), needed, needed - 1}) {
-            const PktPtr pkt = packet(before);
-            const auto reg = dhcp6RegHdrFactory(pkt, 1);
-            const auto relay = dhcp6RelayHdrFactory(pkt, 1);
-            pkt->delSharedTailData(static_cast<U32>(before.size() - size));
-            const std::string cached = attributesOf(*reg) + attributesOf(*relay);
-            EXPECT_EQ(internalErrorOf([&] { row.set(*reg, *relay); }), size < needed ? noRoom : "");
-            EXPECT_EQ(bytesOf(*pkt), first(size < needed ? before : after, size));
-            EXPECT_EQ(attributesOf(*reg) + attributesOf(*relay) == cached, size < needed);
-        }
-    }
+// The fuzz target Fuzz6Sequence checks the bytes that setters change.
+TEST(Dhcp6Headers, SettersThatDoNotFitKeepTheCachedValue) {
+    const PktPtr pkt = packet(Octets(36, scratch));
+    const auto reg = dhcp6RegHdrFactory(pkt, 1);
+    const auto relay = dhcp6RelayHdrFactory(pkt, 1);
+    const std::string cached = attributesOf(*reg) + attributesOf(*relay);
+    pkt->delSharedTailData(35);
+    const std::function<void()> setters[] = {[&] { relay->msgTypeIs(Dhcp6MsgType::relayReply); },
+                                             [&] {
+                                                 reg->xidIs({1, 2, 3});
+                                             },
+                                             [&] { relay->hopCountIs(7); },
+                                             [&] { relay->hopCountInc(1); },
+                                             [&] { relay->linkAddrIs({}); },
+                                             [&] { relay->peerAddrIs({}); }};
+    for (const auto& set : setters) EXPECT_EQ(internalErrorOf(set), noRoom);
+    EXPECT_EQ(attributesOf(*reg) + attributesOf(*relay), cached);
     const PktPtr wraps = packet(Octets(65540, 0));
     Dhcp6RegHdr(wraps, 65535).xidIs({1, 2, 3});
     EXPECT_EQ(first(bytesOf(*wraps), 4), hex("01 02 03 00"));

@@ -76,36 +76,20 @@ TEST(OptionWalk, AddressesComeFromOptionsOfLengthFour) {
     }
 }
 
-TEST(OptionWalk, OptionPointersAreFoundOrTheAssertionFails) {
+TEST(OptionWalk, OptionPointersNeedACompleteArea) {
     const std::string signature =
         "void DhcpLib::getDhcpOptions(const Ptr&, U32, DhcpLib::DhcpOptions*&, DhcpLib::DhcpSingleOption*&, "
         "DhcpLib::DhcpSingleOption*&, DhcpLib::DhcpSingleOption*&)";
-    const struct {
-        const char* rule;
-        Octets bytes;
-        std::ptrdiff_t info, end;  // relative to the cookie; -1: none
-        bool traced;
-    } rows[] = {{"the last option 82", message("52 01 61 00 52 00 FF 52 00"), 8, 10, false},
-                {"none", message("35 01 01 FF 52 00 FF"), -1, 7, false},
-                {"no cookie", Octets(300, 0), 0, -1, true},
-                {"no end option", message("52 01 61"), 0, -1, false}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.rule);
-        const PktPtr pkt = packet(hex("EE") + row.bytes);
+    for (const bool cookie : {false, true}) {
+        const PktPtr pkt = packet(hex("EE") + (cookie ? message("52 01 61") : Octets(300, 0)));
         DhcpOptions* options = nullptr;
         DhcpSingleOption *info = nullptr, *end = nullptr, *packetEnd = nullptr;
         TraceRecorder trace(4);
         EXPECT_EQ(assertionOf([&] { getDhcpOptions(pkt, 1, options, info, end, packetEnd); }),
-                  row.end < 0 ? "DhcpLib/OptionParser|" + signature + "|0" : "");
+                  "DhcpLib/OptionParser|" + signature + "|0");
         std::vector<std::string> lines;
-        if (row.traced) lines = {"2 " + signature + " DHCP packet missing magic cookie"};
+        if (!cookie) lines = {"2 " + signature + " DHCP packet missing magic cookie"};
         EXPECT_EQ(trace.lines(), lines);
-        U8* const cookie = pkt->data() + 237;
-        if (row.end < 0) continue;
-        EXPECT_EQ(options, static_cast<void*>(cookie));
-        EXPECT_EQ(info, row.info < 0 ? nullptr : static_cast<void*>(cookie + row.info));
-        EXPECT_EQ(end, static_cast<void*>(cookie + row.end));
-        EXPECT_EQ(packetEnd, static_cast<void*>(pkt->data() + pkt->bytes()));
     }
 }
 

@@ -90,7 +90,8 @@ TEST_F(Threads, ShareConfigurationTogglesTraceHandlesAndSinks) {
         std::ostringstream out;
         Tyk::RingTrace::dump(out);
         Tyk::RingTrace::clear();
-        Tyk::traceSinkIs([](const Tyk::TraceLine&) {});  // returns when `lines` is no longer used
+        // Returns when `lines` is no longer used. The new sink replaces itself.
+        Tyk::traceSinkIs([](const Tyk::TraceLine&) { Tyk::traceSinkIs([](const Tyk::TraceLine&) {}); });
     }
     for (std::jthread& agent : all) agent.join();
     EXPECT_EQ(config->useCount(), 1u);

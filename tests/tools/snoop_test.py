@@ -125,9 +125,8 @@ class Filters(FilesTest):
                 (name4, ("--vlan", "1"), lambda m: True), (name4, ("--vlan", "2"), lambda m: False),
                 (name4, ("--circuit-id", "Ethernet1"), lambda m: m["circuitId"] == b"Ethernet1".hex()),
                 (name4, ("--circuit-id", "0x" + b"Ethernet".hex()), lambda m: False),
-                (name4, ("--ip", "10.20.0.100"), lambda m: m["yiaddr"] == "10.20.0.100" or "32" in
-                 [o["code"] for o in m["options"]] or any(o["code"] == 50 and o["data"] == "0a140064"
-                                                          for o in m["options"]) or m["ciaddr"] == "10.20.0.100"),
+                (name4, ("--ip", "10.20.0.100"), lambda m: "10.20.0.100" in (m["yiaddr"], m["ciaddr"]) or any(
+                    o["code"] == 50 and o["data"] == "0a140064" for o in m["options"])),
                 (name4, ("--server", "10.82.0.2", "--type", "offer"), lambda m: m["dhcpMsgType"] == "DHCPOFFER"),
                 (name6, ("--type", "reply"), lambda m: m["messageType"] == "reply"),
                 (name6, ("--type", "relayreply"), lambda m: m["relay"][0]["messageType"] == "relayReply"),
