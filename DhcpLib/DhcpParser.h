@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "Bridging/Config.h"
 #include "DhcpLib/DhcpHdr/Header.h"
 #include "DhcpLib/FrameFields.h"
@@ -14,19 +16,23 @@ namespace DhcpLib {
 /// Parser of received frames for DHCPv4 snooping. Takes a frame that starts at its Ethernet header and stores its
 /// fields as attributes. A parse resets only `offset` and `rejection`: attributes that it does not reach keep their
 /// values, and `associatedIps` only grows (docs/compatibility.md#attributes-are-kept). For clean results use a fresh
-/// parser per frame, or assign a fresh one. Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2,
+/// parser per frame, or call reset(). Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2,
 /// failed parts of a parse at 1.
 class DHCPLIB_EXPORT PacketParser {
 public:
     using HN_AssociatedIps = Kcore::FlatSet<Kitnet::IpAddr>;  ///< a set of addresses that keeps the order of insertion
 
     /// `bridgingConfig` may be null for frames without a receiving interface.
-    explicit PacketParser(const Kcore::Ptr<const Bridging::Config>& bridgingConfig) : bridgingConfig_(bridgingConfig) {}
+    explicit PacketParser(Kcore::Ptr<const Bridging::Config> bridgingConfig)
+        : bridgingConfig_(std::move(bridgingConfig)) {}
     /// For frames without a receiving interface.
     explicit PacketParser(std::nullptr_t) : PacketParser(Kcore::Ptr<const Bridging::Config>()) {}
     /// Fails an assertion: a parser has no text form.
     explicit PacketParser(const Kcore::CharRange& text);
     PacketParser(const char*) = delete;
+
+    /// Makes all attributes those of a new parser with the same `bridgingConfig`. Costs no more than a new parser.
+    void reset() { *this = PacketParser(std::move(bridgingConfig_)); }
 
     /// Parses Ethernet, IPv4, UDP and the DHCP message. With `dhcpHdrOnly` the packet starts at the BOOTP header, and
     /// the options are searched behind the header lengths of the previous parse

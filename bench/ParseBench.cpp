@@ -29,10 +29,10 @@ PacketParser parseWithLibrary(const Input& input) {
     return parser;
 }
 
-/// One parser for all frames, to which a fresh one is assigned.
+/// One parser for all frames.
 const PacketParser* parseWithKeptParser(const Input& input) {
     static PacketParser parser(bridging());
-    parser = PacketParser(bridging());
+    parser.reset();
     parser.doParse(input.pkt, port, false);
     return &parser;
 }

@@ -1,5 +1,5 @@
-// PacketParser: neither bytes behind the frame nor calling the stages one by one changes what it finds. Assigning a
-// fresh parser clears everything.
+// PacketParser: neither bytes behind the frame nor calling the stages one by one changes what it finds. reset() clears
+// everything.
 
 #include "DhcpLib/DhcpParser.h"
 #include "Kcore/Exception.h"
@@ -103,7 +103,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
     const auto ips = kept.associatedIps();
     parseKept(frame, true);  // uses the header lengths of the previous frame
     for (const auto& ip : ips) expect(kept.associatedIpsHas(ip));
-    kept = PacketParser(bridging);
+    kept.reset();
     expect(kept == PacketParser(bridging));
     return 0;
 }

@@ -193,6 +193,9 @@ TEST(Dhcp6Parser, KeepsAttributesThatAParseDoesNotReach) {
         EXPECT_EQ(outcomeOf(parser, [&](auto& p) { return p.doParseDhcp6(packet(hex(row.frame)), accessPort); }),
                   row.outcome)
             << row.rule;
+
+    parser.reset();
+    EXPECT_TRUE(parser == Dhcp6PacketParser(config()) && parser.bridgingConfig() == config());
 }
 
 }  // namespace

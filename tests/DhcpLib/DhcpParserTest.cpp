@@ -136,6 +136,9 @@ TEST(DhcpParser, KeepsAttributesThatAParseDoesNotReach) {
     EXPECT_TRUE(parse(offer("") + Octets(38) + hex("63 82 53 63 35 01 05 FF"), true));
     EXPECT_TRUE(parser.dhcpMsgType() == "DHCPACK" && parser.offset() == 0 && !parser.isDhcp());
     EXPECT_EQ(Kcore::textOf(parser.xid()), "16909060");
+
+    parser.reset();
+    EXPECT_TRUE(parser == PacketParser(config()) && parser.bridgingConfig() == config());
 }
 
 TEST(DhcpParser, StagesCanBeCalledAlone) {
