@@ -1,5 +1,8 @@
 #include "DhcpLib/OptionParser/internal/InPlaceInsertion.h"
 
+#include <cstring>
+#include <utility>
+
 #include "DhcpLib/OptionParser/internal/SubOptionWalk.h"
 #include "DhcpLib/OptionParser/internal/VendorBlocks.h"
 #include "DhcpLib/Toggle.h"
@@ -51,22 +54,21 @@ void traceOwnVendorData(Wire::ByteView bytes, const RawOption& info, U32 endAt) 
     });
 }
 
-/// Writes into data whose length was planned, never past its end.
+/// Writes into data whose length was planned, never past its end: a piece that does not fit ends the writing.
 class InPlaceInsertion::Writer {
 public:
     explicit Writer(Kcore::Bytes& data) : to_(data.data()), left_(data.size()) {}
 
-    bool isFull() const { return left_ == 0; }
+    /// Whether all pieces fit and no byte is left.
+    bool isFull() const { return left_ == 0 && !ended_; }
     void put(std::string_view bytes) {
-        if (bytes.size() > left_) return;
-        Kcore::copyBytes(to_, bytes.data(), bytes.size());
-        advance(bytes.size());
+        if (U8* const to = next(bytes.size())) Kcore::copyBytes(to, bytes.data(), bytes.size());
     }
     void putHeader(SubCode code, std::size_t len) {
-        if (left_ < SubOptionShape::headerBytes) return;
-        to_[0] = static_cast<U8>(code);
-        to_[1] = static_cast<U8>(len);
-        advance(SubOptionShape::headerBytes);
+        U8* const to = next(SubOptionShape::headerBytes);
+        if (to == nullptr) return;
+        to[0] = static_cast<U8>(code);
+        to[1] = static_cast<U8>(len);
     }
     void put(SubCode code, std::string_view bytes) {
         putHeader(code, bytes.size());
@@ -74,19 +76,21 @@ public:
     }
     void put(SubCode code, const Kitnet::IpAddr& address) {
         putHeader(code, sizeof address);
-        if (left_ < sizeof address) return;
-        std::memcpy(to_, address.bytes(), sizeof address);
-        advance(sizeof address);
+        if (U8* const to = next(sizeof address)) std::memcpy(to, address.bytes(), sizeof address);
     }
 
 private:
-    void advance(std::size_t n) {
-        to_ += n;
+    /// Position of the next `n` bytes, or null if they do not fit.
+    U8* next(std::size_t n) {
+        ended_ |= n > left_;
+        if (ended_) return nullptr;
         left_ -= n;
+        return std::exchange(to_, to_ + n);
     }
 
     U8* to_;
     std::size_t left_;
+    bool ended_ = false;
 };
 
 InPlaceInsertion::InPlaceInsertion(Wire::ByteView bytes, const RewriteArgs& args, const RawOption& info, U32 endAt)
