@@ -11,6 +11,7 @@
 #include "Bytes.h"
 #include "DhcpLib/OptionParser.h"
 #include "Kcore/Assert.h"
+#include "Steps.h"
 
 /// Properties that hold for every rewrite of every packet, in both generations and both directions.
 namespace DhcpFuzz {
@@ -41,10 +42,17 @@ inline Octets slice(const Octets& bytes, std::size_t from, std::size_t to) {
 }
 
 /// A packet and the arguments of its rewrite, made from the first bytes of a fuzz input.
-class Case {
-public:
-    Case(const U8* data, std::size_t size) : rest_(data, size) {
-        const U8 first = byte(), second = byte();
+struct Case {
+    Case(const U8* data, std::size_t size) {
+        DhcpTest::Fuzz::Steps input(data, size);
+        // Up to 254 bytes of the input, or 256 made-up bytes for a length byte of 255.
+        const auto text = [&](bool present) -> Tyk::String {
+            const U8 n = present ? input.u8() : U8{0};
+            if (n == 255) return std::string(256, 'x');
+            const auto bytes = input.take(n);
+            return std::string(bytes.begin(), bytes.end());
+        };
+        const U8 first = input.u8(), second = input.u8();
         args.op = BootpOption{first % 4u};
         args.infoOpt = (first & 0x04) == 0;
         args.vssControlDisable = (first & 0x08) != 0;
@@ -52,46 +60,19 @@ public:
         args.remoteId = text((first & 0x20) != 0);
         args.vpnId = text((first & 0x40) != 0);
         args.vendorSpecificSubOptIntfName = text((first & 0x80) != 0);
-        if ((second & 0x01) != 0) args.serverId = address<Kitnet::IpAddr>();
-        if ((second & 0x02) != 0) args.linkselectionId = address<Kitnet::IpAddr>();
-        if ((second & 0x0c) == 0x04) args.vendorSpecificSubOptSrcVtepIp = address<Kitnet::IpAddr>();
-        if ((second & 0x0c) == 0x08) args.vendorSpecificSubOptSrcVtepIp = address<Kitnet::Ip6Addr>();
-        args.offset = (second & 0x10) != 0 ? byte() : 0;
+        if ((second & 0x01) != 0) args.serverId = input.address<Kitnet::IpAddr>();
+        if ((second & 0x02) != 0) args.linkselectionId = input.address<Kitnet::IpAddr>();
+        if ((second & 0x0c) == 0x04) args.vendorSpecificSubOptSrcVtepIp = input.address<Kitnet::IpAddr>();
+        if ((second & 0x0c) == 0x08) args.vendorSpecificSubOptSrcVtepIp = input.address<Kitnet::Ip6Addr>();
+        args.offset = (second & 0x10) != 0 ? input.u8() : 0;
         // Most packets get a valid header and cookie, so that the rewrite reaches their options.
         if ((second & 0x60) != 0) packet = Octets(args.offset, DhcpTest::scratch) + DhcpTest::message(Octets{});
-        packet.insert(packet.end(), rest_.begin(), rest_.end());
+        const auto rest = input.take(size);
+        packet.insert(packet.end(), rest.begin(), rest.end());
     }
 
     RelayRewrite args;
     Octets packet;
-
-private:
-    std::span<const U8> take(std::size_t n) {
-        const auto taken = rest_.first(std::min(n, rest_.size()));
-        rest_ = rest_.subspan(taken.size());
-        return taken;
-    }
-    U8 byte() {
-        const auto one = take(1);
-        return one.empty() ? U8{0} : one[0];
-    }
-    /// Up to 255 bytes of the input, or 256 made-up bytes for a length byte of 255.
-    Tyk::String text(bool present) {
-        if (!present) return {};
-        const U8 n = byte();
-        if (n == 255) return std::string(256, 'x');
-        const auto bytes = take(n);
-        return std::string(bytes.begin(), bytes.end());
-    }
-    template <class Address>
-    Address address() {
-        Octets bytes(sizeof(Address), 0);
-        const auto taken = take(bytes.size());
-        std::copy(taken.begin(), taken.end(), bytes.begin());
-        return Address::fromBytes(bytes.data());
-    }
-
-    std::span<const U8> rest_;
 };
 
 /// Positions in a message, found by a plain walk to the first end option.
@@ -246,6 +227,12 @@ inline void requireWholeInfo(const Octets& packet, U32 at, const RelayRewrite& a
 
 using SubOption = std::pair<U8, Octets>;
 
+inline const Octets* dataOf(const std::vector<SubOption>& subOptions, U8 code) {
+    for (const auto& [itsCode, data] : subOptions)
+        if (itsCode == code) return &data;
+    return nullptr;
+}
+
 /// The sub-options of the option 82 at `at`, in order. Empty if there is no option, if the last one is cut, or if a
 /// code occurs twice: then the result of a rewrite is not modelled.
 inline std::vector<SubOption> wholeInfo(const Octets& packet, U32 at) {
@@ -254,14 +241,10 @@ inline std::vector<SubOption> wholeInfo(const Octets& packet, U32 at) {
     const U32 end = at + 2 + packet[at + 1];
     for (U32 next, subOption = at + 2; subOption < end; subOption = next) {
         next = subOption + 1 < end ? subOption + 2 + packet[subOption + 1] : end + 1;
-        if (next > end || std::ranges::count(found, packet[subOption], &SubOption::first) != 0) return {};
+        if (next > end || dataOf(found, packet[subOption]) != nullptr) return {};
         found.emplace_back(packet[subOption], slice(packet, subOption + 2, next));
     }
     return found;
-}
-inline const Octets* dataOf(const std::vector<SubOption>& subOptions, U8 code) {
-    const auto found = std::ranges::find(subOptions, code, &SubOption::first);
-    return found == subOptions.end() ? nullptr : &found->second;
 }
 
 /// The data of an option 82 that is created from these arguments. `vendor` is the data of sub-option 9, which is left

@@ -50,7 +50,8 @@ public:
     template <class Address>
     Address address() {
         U8 bytes[sizeof(Address)] = {};
-        std::ranges::copy(take(sizeof bytes), bytes);
+        const auto taken = take(sizeof bytes);
+        std::copy(taken.begin(), taken.end(), bytes);
         return Address::fromBytes(bytes);
     }
 
