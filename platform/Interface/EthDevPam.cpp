@@ -37,11 +37,13 @@ std::size_t EthDevPam::readPkts(std::span<PamFrame> frames) {
             const std::size_t waiting = batch.read(socket_.get(), frames.size());
             if (waiting == 0) break;
             for (std::size_t i = 0; i < waiting; ++i) {
-                const ReadFrame read = batch.frame(i);
-                if (read.pkt)
-                    frames[taken++] = {read.pkt, intf_, read.outgoing, read.checksumReady, PamFrame::Time(read.time)};
-                else
-                    handleFailure(std::system_error(std::make_error_code(std::errc::message_size), "reading a frame"));
+                try {
+                    const ReadFrame read = batch.frame(i);
+                    frames[taken] = {read.pkt, intf_, read.outgoing, read.checksumReady, PamFrame::Time(read.time)};
+                    ++taken;
+                } catch (const std::exception& failure) {  // the other frames of the batch are not lost with it
+                    handleFailure(failure);
+                }
             }
         }
     } catch (const std::system_error& failure) {

@@ -59,18 +59,19 @@ public:
     /// the system call that failed.
     std::error_code errorCode() const { return errorCode_; }
 
-    /// The next frame. The packet is null if no frame is waiting. A frame that cannot be read is counted and skipped.
+    /// The next frame. The packet is null if no frame is waiting. A frame that cannot be read, because it is longer
+    /// than 65535 bytes or there is no memory for it, is counted and skipped.
     PamFrame readPkt();
     /// Reads the next frames with one system call: as many as are waiting, but at most frames.size() and at most 64.
     /// Stores them from frames[0] on and returns their number. No frame is kept back: after any number, `fd` is
     /// readable if more are waiting. Returns 0 if no frame is waiting. A frame that cannot be read is counted and
-    /// skipped.
+    /// skipped, as by readPkt().
     std::size_t readPkts(std::span<PamFrame> frames);
     /// Sends a frame that starts at its Ethernet header, with its out-of-band tag put back. If `pkt` is null, there is
     /// no socket, or the kernel refuses the frame, counts an error, traces the reason and returns false.
     bool sendPkt(const Kcore::Ptr<Kitnet::Pkt>& pkt);
 
-    /// Number of frames that readPkt() and readPkts() returned and that sendPkt() sent.
+    /// Number of frames that readPkt() and readPkts() returned.
     U64 received() const { return received_; }
     /// Number of frames that sendPkt() sent.
     U64 sent() const { return sent_; }

@@ -105,7 +105,7 @@ std::size_t FrameBatch::read(int packetSocket, std::size_t limit) {
 
 ReadFrame FrameBatch::frame(std::size_t index) {
     msghdr& message = messages_[index].msg_hdr;
-    if ((message.msg_flags & MSG_TRUNC) != 0) return {};
+    if ((message.msg_flags & MSG_TRUNC) != 0) raise("reading a frame", EMSGSIZE);
     const auto* const bytes = static_cast<const U8*>(places_[index].iov_base);
     ReadFrame read{Kitnet::globalPktManager().newPkt({bytes, messages_[index].msg_len}),
                    beside_[index].from.sll_pkttype == PACKET_OUTGOING};

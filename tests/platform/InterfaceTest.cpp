@@ -7,6 +7,7 @@
 #include <span>
 
 #include "Emulation.h"
+#include "FailingAllocations.h"
 #include "NetNamespace.h"
 
 using namespace DhcpTest;
@@ -212,6 +213,22 @@ TEST_F(PacketAccess, SeveralFramesAreReadAtOnce) {
     EXPECT_EQ(va->readPkts(frames), 0u);
     EXPECT_EQ(va->received(), 100u);
     EXPECT_EQ(va->errors(), 1u);
+}
+
+TEST_F(PacketAccess, AFrameWithoutMemoryIsCountedAndTheOthersAreRead) {
+    if (emulated) GTEST_SKIP() << "needs PACKET_AUXDATA or SO_TIMESTAMPNS";
+    const EthDevPam::Ptr va = openPam("va");
+    EXPECT_FALSE(va->readPkt());  // allocates what all later calls use
+    const RawSender sender("vb");
+    for (int failing = 0; failing < 3; ++failing) {
+        for (int n = 0; n < 3; ++n) sender.send(untagged);
+        std::array<PamFrame, 4> frames;
+        std::size_t taken = 0;
+        EXPECT_EQ(actWithFailure(failing, [&] { taken = va->readPkts(frames); }), Ending::wentOn);
+        EXPECT_EQ(taken, 2u);
+    }
+    EXPECT_EQ(va->received(), 6u);
+    EXPECT_EQ(va->errors(), 3u);
 }
 
 TEST_F(PacketAccess, SocketsFollowTheirInterface) {

@@ -20,7 +20,7 @@ namespace Interface {
 /// the text names CAP_NET_RAW if that is missing.
 Kcore::FileDescriptor openPacketSocket(U32 ifIndex, const PacketSocketSettings& settings);
 
-/// A frame as it was read. `pkt` is null if the frame was longer than 65535 bytes; the kernel has discarded it.
+/// A frame as it was read.
 struct ReadFrame {
     Kcore::Ptr<Kitnet::Pkt> pkt;
     bool outgoing = false;
@@ -41,7 +41,8 @@ public:
     /// Reads up to `limit` frames, but at most `mostFrames`, in place of those of the last call. Returns their number;
     /// 0 if none is waiting. Throws std::system_error if reading fails. A link that goes down is not a failure.
     std::size_t read(int packetSocket, std::size_t limit);
-    /// A copy of a frame of the last call.
+    /// A copy of a frame of the last call. Throws std::system_error if the frame is longer than 65535 bytes, which the
+    /// kernel has cut, and std::bad_alloc.
     ReadFrame frame(std::size_t index);
 
 private:
