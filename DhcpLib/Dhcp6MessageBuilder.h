@@ -37,7 +37,7 @@ public:
     /// does not fit.
     Dhcp6Option::Ptr addNested(const Dhcp6Option::Ptr& outer, Dhcp6OptionType type, std::size_t len);
 
-    /// Size of the message, and number of bytes that can still be added, option headers (4 bytes each) included.
+    /// Size of the message.
     U32 bytes() const { return pkt_->bytes(); }
     /// Number of bytes that can still be added, option headers (4 bytes each) included.
     U32 bytesLeft() const { return maxBytes_ - pkt_->bytes(); }

@@ -24,7 +24,7 @@ struct UdpPorts {
 };
 
 /// IP protocol number of UDP (RFC 768).
-inline constexpr U8 udpProtocol = 17;     // RFC 768
+inline constexpr U8 udpProtocol = 17;
 inline constexpr U32 udpHeaderBytes = 8;  ///< size of a UDP header
 
 }  // namespace DhcpLib

@@ -11,7 +11,7 @@ enum class FrameRejection : U8 {
     shortEthernetHeader,  ///< less than 14 bytes, or 18 with a tag in the frame
     reservedVlan,         ///< a tag with VLAN 4095; the parse threw Kcore::RangeException
     notIp,                ///< the EtherType is not IPv4 (PacketParser) or IPv6 (Dhcp6PacketParser)
-    shortIpHeader,        ///< less bytes than the IP header needs
+    shortIpHeader,        ///< fewer bytes than the IP header needs
     notUdp,               ///< another IP protocol, or an IPv6 extension header
     shortUdpHeader,       ///< less than 8 bytes of UDP header
     notDhcpPort,          ///< the destination port is neither of the protocol's two

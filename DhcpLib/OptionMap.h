@@ -1,12 +1,16 @@
 #pragma once
 
+#include <algorithm>
+#include <limits>
+#include <utility>
+
 #include "DhcpLib/ItemTable.h"
 #include "DhcpLib/TlvItem.h"
 
 namespace DhcpLib {
 
 /// Collection of item views, keyed by code. Its setters change the map only, never the packet. It is not refreshed when
-/// the packet changes: views that are created later tell the code and the length that the collection has read. The
+/// the packet changes: a view that it creates later has the code and the length that the collection has read. The
 /// views that it hands out can be written; that changes the packet, not the map's keys.
 /// `Given` is what `optionIs` takes a pointer to: `Item`, or `const Item` to accept read-only pointers as well.
 /// An operation that throws leaves the collection as it was. Reading a collection may create views, so it is used by

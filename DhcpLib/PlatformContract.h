@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <concepts>
+#include <cstddef>
 #include <exception>
 #include <span>
 #include <string>

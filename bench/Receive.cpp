@@ -1,5 +1,7 @@
-// Receives the DHCPv4 messages of one interface and parses them, until it is interrupted: dhcpreceive INTERFACE
-// [FRAMES] Reads up to FRAMES frames (64) with one system call. Needs CAP_NET_RAW.
+// dhcpreceive INTERFACE [FRAMES]
+//
+// Receives the DHCPv4 messages of one interface and parses them, until it is interrupted. Reads up to FRAMES frames
+// with one system call, 64 by default. Needs CAP_NET_RAW.
 
 #include <poll.h>
 

@@ -1,6 +1,7 @@
 // Parses mixed frames in one thread and in two, each with its own packets, configuration and parser, and prints how
 // many frames a second they read together.
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>

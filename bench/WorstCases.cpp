@@ -12,7 +12,7 @@ using DhcpLib::DhcpMsgOptions;
 
 constexpr std::size_t size = 65535;
 
-/// A packet of 64 KiB with `front`, then as many of `items`, one after the other and over again, as fit in, then zeros.
+/// A packet of 64 KiB: `front`, then all `items` over and over again as long as they fit, then zeros.
 Case worst(const char* name, Octets front, const std::vector<Octets>& items) {
     for (std::size_t i = 0; front.size() + items[i].size() <= size; i = (i + 1) % items.size())
         front.insert(front.end(), items[i].begin(), items[i].end());

@@ -17,7 +17,7 @@ struct DuidFields {
     U16 hardwareType = 0;    ///< 1 is Ethernet
     U32 duidTime = 0;        ///< seconds since 2000-01-01 00:00 UTC, modulo 2^32
     Kitnet::EthAddr llAddr;  ///< MAC address
-    std::string_view uuid;   ///< 16 bytes, less if the packet ends first
+    std::string_view uuid;   ///< 16 bytes, fewer if the packet ends first
     U32 entno = 0;           ///< IANA enterprise number
     std::string_view entId;  ///< identifier that the enterprise has assigned
 

@@ -20,8 +20,8 @@ DHCPLIB_EXPORT PktPtr buildDhcpLeaseQuery(bool queryByMAC, Kitnet::IpAddr giaddr
 ///    option 92  associatedIps; addresses are added to the set, or none if the length is not a multiple of 4
 ///    option 54  serverId; unchanged if the option's length is not 4
 /// A `...Present` flag is true if the option occurs, whatever its length
-/// (docs/compatibility.md#presence-without-value). Returns false and changes no output if the options area is
-/// malformed; changes none if it throws std::bad_alloc, either.
+/// (docs/compatibility.md#presence-without-value). If the options area is malformed, returns false and changes no
+/// output. If it throws std::bad_alloc, it changes no output either.
 DHCPLIB_EXPORT bool parseLeaseQueryOpts(const PktPtr& pkt, Kcore::Duration& leaseTime,
                                         Kcore::Duration& lastTransactionTime, std::set<Kitnet::IpAddr>& associatedIps,
                                         Kitnet::IpAddr& serverId, bool& leaseTimePresent,

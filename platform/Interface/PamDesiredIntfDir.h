@@ -23,7 +23,7 @@ public:
 
     /// The name given to the constructor, for trace lines.
     const Kcore::String& name() const { return name_; }
-    /// The interfaces, in the order in which they were added.
+    /// The interfaces, in the order in which they were added, until one is removed.
     const Kcore::FlatSet<Kitnet::IntfId>& intf() const { return intf_; }
     /// Called with each interface that is added or removed.
     const Kcore::Observers<const Kitnet::IntfId&>& observers() const { return observers_; }

@@ -13,7 +13,7 @@ namespace Kcore {
 template <class Key, class Value>
 class Directory {
 public:
-    /// All entries, in the order in which they were added.
+    /// All entries, in the order in which they were added, until one is removed.
     const FlatMap<Key, Value>& entries() const { return entries_; }
     /// The key's value, or null. Valid until the directory changes.
     const Value* find(const Key& key) const { return entries_.find(key); }
