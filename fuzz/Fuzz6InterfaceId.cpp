@@ -91,8 +91,8 @@ void checkWrite(const Octets& seed, std::size_t room) {
     if (size > 255) return;  // offsets of the elements wrap at 256
     expect(size <= room);
     expect(std::equal(after.begin(), after.begin() + 5, before.begin()));
-    expect(std::ranges::count(std::vector(after.begin() + 5 + static_cast<std::ptrdiff_t>(size), after.end()),
-                              scratch) == static_cast<std::ptrdiff_t>(room - size));
+    expect(std::count(after.begin() + 5 + static_cast<std::ptrdiff_t>(size), after.end(), scratch) ==
+           static_cast<std::ptrdiff_t>(room - size));
     opt->lenIs(static_cast<U16>(size));
     const bool ambiguous =
         !elements && (fields.intfName.find(':') != Kcore::String::npos || fields.vrfName.view().back() == ':');

@@ -108,7 +108,7 @@ private:
         Octets expected = bytesOf(*pkt_);
         const bool fits = at + written.size() <= expected.size();
         expect(internalErrorOf(act).empty() == fits);
-        if (fits) std::ranges::copy(written, expected.begin() + static_cast<std::ptrdiff_t>(at));
+        if (fits) overwrite(expected, at, written);
         expect(bytesOf(*pkt_) == expected);
     }
     template <class Address>

@@ -120,7 +120,7 @@ void checkText(const Kcore::Ptr<View>& view, const PktPtr& pkt, const Octets& by
     const bool fits = at + written.size() <= bytes.size();
     expect(internalErrorOf([&] { set(*view); }) == (fits ? "" : noRoom));
     Octets expected = bytes;
-    if (fits) std::ranges::copy(written, expected.begin() + at);
+    if (fits) overwrite(expected, at, written);
     expect(bytesOf(*pkt) == expected);
 }
 

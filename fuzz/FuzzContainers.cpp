@@ -124,7 +124,7 @@ struct ByteString {
             bytes.push_back(how);
             model.push_back(how);
         }
-        expect(std::ranges::equal(bytes.span(), model) && bytes.empty() == model.empty());
+        expect(Octets(bytes.begin(), bytes.end()) == model && bytes.empty() == model.empty());
     }
 };
 

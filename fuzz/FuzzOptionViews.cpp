@@ -44,7 +44,7 @@ void checkWrite(Kitnet::Pkt& pkt, U32 at, const Octets& expected, Act act) {
     const std::string error = internalErrorOf(act);
     const bool fits = at + expected.size() <= whole.size();
     expect(error == (fits ? "" : "length value exceeds pkt-length."));
-    if (fits) std::ranges::copy(expected, whole.begin() + at);
+    if (fits) overwrite(whole, at, expected);
     expect(bytesOf(pkt) == whole);
 }
 

@@ -65,7 +65,8 @@ void checkOptions(const PktPtr& pkt, const PacketParser& p) {
     expect(p.lastTransactionTimeExist() == lease.lastTransactionTimePresent);
     expect(p.lastTransactionTime() == lease.lastTransactionTime);
     expect(p.serverIdExist() == lease.serverIdPresent && p.serverId() == lease.serverId);
-    expect(std::ranges::equal(p.associatedIps(), lease.ips));
+    const auto& ips = p.associatedIps();
+    expect(std::equal(ips.begin(), ips.end(), lease.ips.begin(), lease.ips.end()));
     expect(info.circuitId == "-" || p.circuitId() == info.circuitId);
     expect(info.remoteId == "-" || p.remoteId() == info.remoteId);
     Kcore::String host, list, vendorClass;

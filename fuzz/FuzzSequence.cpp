@@ -129,7 +129,7 @@ private:
     void expectWrite(std::size_t at, const Octets& written, bool fits, Act act) {
         Octets expected = bytesOf(*pkt_);
         expect(internalErrorOf(act).empty() == fits);
-        if (fits) std::ranges::copy(written, expected.begin() + static_cast<std::ptrdiff_t>(at));
+        if (fits) overwrite(expected, at, written);
         expect(bytesOf(*pkt_) == expected);
     }
     void setView() {
@@ -232,10 +232,8 @@ private:
         DhcpSingleOption *circuit = nullptr, *vendor = nullptr;
         std::vector<DhcpSingleOptionWithCode> wanted{{1, &circuit}, {9, &vendor}};
         const auto listed = subOptions(findOption(pkt_, offset, 82));
-        const bool whole = !listed.empty() && std::ranges::all_of(listed, [](const FoundOption& o) {
-            return o.isWhole() && o.code() != 0;
-        });
-        if (!whole) return;
+        const auto isModelled = [](const FoundOption& o) { return o.isWhole() && o.code() != 0; };
+        if (listed.empty() || !std::all_of(listed.begin(), listed.end(), isModelled)) return;
         auto* const first = reinterpret_cast<DhcpSingleOption*>(info->data());
         expect(parseDhcpSubOptsInOption(first, info->len, wanted));
         for (const FoundOption& found : listed) {

@@ -47,6 +47,11 @@ inline Octets first(const Octets& bytes, std::size_t n) {
     return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(n)};
 }
 
+/// Writes `written` over the bytes from `at` on.
+inline void overwrite(Octets& bytes, std::size_t at, const Octets& written) {
+    std::copy(written.begin(), written.end(), bytes.begin() + static_cast<std::ptrdiff_t>(at));
+}
+
 inline constexpr U8 scratch = 0xa5;
 
 /// A DHCP message: a BOOTP header filled with `scratch`, the magic cookie, then `options`.

@@ -17,7 +17,7 @@ public:
     explicit TraceRecorder(int level, std::vector<const char*> handles = {"DhcpLib"}) : handles_(std::move(handles)) {
         levelIs(level);
         Tyk::traceSinkIs([this](const Tyk::TraceLine& line) {
-            if (std::ranges::count(handles_, line.handle) != 0)
+            if (std::count(handles_.begin(), handles_.end(), line.handle) != 0)
                 lines_.push_back(std::to_string(line.level) + ' ' + std::string(line.text));
         });
     }

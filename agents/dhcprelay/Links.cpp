@@ -56,8 +56,9 @@ bool Links::isOwn(const IpGenAddr& address) const { return own_.contains(address
 bool Links::isRelayAddress(const IpGenAddr& address) const { return relayAddresses_.contains(address); }
 
 bool Links::isUntrustedClientLink(U32 ifIndex) const {
-    return std::ranges::any_of(
-        clients_, [ifIndex](const Link& link) { return link.device.ifIndex() == ifIndex && !link.config.trusted; });
+    return std::any_of(clients_.begin(), clients_.end(), [ifIndex](const Link& link) {
+        return link.device.ifIndex() == ifIndex && !link.config.trusted;
+    });
 }
 
 U32 Links::serverMtu() const {

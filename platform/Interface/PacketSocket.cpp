@@ -77,7 +77,7 @@ Kcore::FileDescriptor openPacketSocket(U32 ifIndex, const PacketSocketSettings& 
     return fd;
 }
 
-FrameBatch::FrameBatch() : bytes_(std::make_unique_for_overwrite<U8[]>(mostFrames * slotBytes)) {
+FrameBatch::FrameBatch() : bytes_(new U8[mostFrames * slotBytes]) {
     for (std::size_t i = 0; i < mostFrames; ++i) {
         places_[i] = {bytes_.get() + i * slotBytes, largestFrame};
         msghdr& message = messages_[i].msg_hdr;

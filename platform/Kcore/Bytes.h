@@ -78,7 +78,9 @@ public:
     /// As above, for the bytes of a text.
     void append(std::string_view bytes) { append({reinterpret_cast<const U8*>(bytes.data()), bytes.size()}); }
 
-    friend bool operator==(const Bytes& a, const Bytes& b) { return std::ranges::equal(a.span(), b.span()); }
+    friend bool operator==(const Bytes& a, const Bytes& b) {
+        return std::equal(a.begin(), a.end(), b.begin(), b.end());
+    }
 
 private:
     /// Makes room for `n` bytes. Returns the storage that they left, so that references to it stay valid for now.

@@ -85,7 +85,9 @@ public:
         const String& a, const T& b) {
         return a.view() == std::string_view(b);
     }
-    friend std::strong_ordering operator<=>(const String& a, const String& b) { return a.view() <=> b.view(); }
+    friend std::strong_ordering operator<=>(const String& a, const String& b) {
+        return a.view().compare(b.view()) <=> 0;  // libc++ 14 has no <=> of views
+    }
     /// The bytes of both.
     friend String operator+(const String& a, const String& b) { return joined(a, b); }
 

@@ -42,7 +42,9 @@ public:
             if (words[i] != others[i]) return false;
         return true;
     }
-    friend std::strong_ordering operator<=>(const IntfId& a, const IntfId& b) { return a.name() <=> b.name(); }
+    friend std::strong_ordering operator<=>(const IntfId& a, const IntfId& b) {
+        return a.name().compare(b.name()) <=> 0;
+    }
 
 private:
     using Words = std::array<U64, 8>;

@@ -52,7 +52,7 @@ U32 Pkt::grownBy(U32 n) const { return checkedBytes(U64{bytes_} + n); }
 void Pkt::move(U64 head, U32 kept, U64 tail) {
     const U64 total = head + kept + tail;
     if (total > static_cast<U64>(std::numeric_limits<std::ptrdiff_t>::max())) throw std::bad_alloc();
-    auto storage = std::make_unique_for_overwrite<U8[]>(static_cast<std::size_t>(total));
+    std::unique_ptr<U8[]> storage(new U8[static_cast<std::size_t>(total)]);  // not zeroed
     U8* const data = storage.get() + static_cast<std::size_t>(head);
     std::fill_n(std::copy_n(data_, kept, data), static_cast<std::size_t>(tail), U8{0});
     storage_ = std::move(storage);

@@ -62,7 +62,12 @@ public:
     std::size_t hash() const { return Kcore::hashBytes(bytes_.data(), N); }
 
     friend constexpr bool operator==(const Self& a, const Self& b) { return a.isEq(b); }
-    friend constexpr std::strong_ordering operator<=>(const Self& a, const Self& b) { return a.bytes_ <=> b.bytes_; }
+    friend constexpr std::strong_ordering operator<=>(const Self& a, const Self& b) {
+        if (!std::is_constant_evaluated()) return __builtin_memcmp(a.bytes(), b.bytes(), N) <=> 0;
+        for (std::size_t i = 0; i < N; ++i)
+            if (a.bytes_[i] != b.bytes_[i]) return a.bytes_[i] <=> b.bytes_[i];
+        return std::strong_ordering::equal;
+    }
 
 protected:
     std::array<U8, N> bytes_{};

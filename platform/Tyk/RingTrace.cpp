@@ -85,7 +85,8 @@ void RingTrace::clear() {
 void RingTrace::formatterIs(const Formatter& formatter) {
     const std::lock_guard lock(ring.mutex);
     auto& all = registered();
-    if (std::ranges::find(all, formatter.name, &Formatter::name) == all.end()) all.push_back(formatter);
+    const auto hasItsName = [&](const Formatter& other) { return other.name == formatter.name; };
+    if (std::none_of(all.begin(), all.end(), hasItsName)) all.push_back(formatter);
 }
 
 std::vector<RingTrace::Formatter> RingTrace::formatters() {

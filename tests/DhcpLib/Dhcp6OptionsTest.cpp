@@ -37,9 +37,9 @@ TEST(Dhcp6Options, HoldTheOptions) {
 
 TEST(Dhcp6Options, PositionsWrapAt65536) {
     Octets bytes(65560, 0);
-    std::ranges::copy(hex("00 03 00 02 61 62 00 04 00 00"), bytes.begin());
+    overwrite(bytes, 0, hex("00 03 00 02 61 62 00 04 00 00"));
     const auto options = [&](const char* item) {
-        std::ranges::copy(hex(item), bytes.begin() + 65530);
+        overwrite(bytes, 65530, hex(item));
         return optionsIn(packet(bytes), 65530);
     };
     // The next position would be 0: the walk does not go back.

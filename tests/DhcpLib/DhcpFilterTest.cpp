@@ -82,9 +82,9 @@ std::vector<Octets> ethernetHeaders(unsigned etherType) {
 Octets ip4(unsigned words, unsigned protocol, unsigned fragment, unsigned port) {
     Octets header(std::max(4 * words + 4, 20u), 0);
     header[0] = static_cast<U8>(0x40 | words);
-    std::ranges::copy(big(fragment), header.begin() + 6);
+    overwrite(header, 6, big(fragment));
     header[9] = static_cast<U8>(protocol);
-    std::ranges::copy(big(1067) + big(port), header.begin() + 4 * words);
+    overwrite(header, 4 * words, big(1067) + big(port));
     return header + hex("00 08 00 00");
 }
 

@@ -61,10 +61,10 @@ TEST(DhcpHdrCollections, HoldTheVendorBlock) {
 
 TEST(DhcpHdrPositions, WrapAt65536) {
     Octets bytes(65540, 0);
-    std::ranges::copy(hex("03 02 61 62"), bytes.begin());
+    overwrite(bytes, 0, hex("03 02 61 62"));
     const auto atTheWrap = [&](U16 at, const char* item) {
         Octets changed = bytes;
-        std::ranges::copy(hex(item), changed.begin() + at);
+        overwrite(changed, at, hex(item));
         return packet(changed);
     };
     EXPECT_EQ(optionsIn(atTheWrap(65535, "0C"), 65530), "12@65535+3 ");
@@ -74,7 +74,7 @@ TEST(DhcpHdrPositions, WrapAt65536) {
     EXPECT_EQ(view->data(), view->pkt()->data() + 1);
     EXPECT_EQ(view->dataText(), std::string_view("\2ab", 3));
     // A cursor that returns to 0 ends the walk, so options behind it are not found.
-    std::ranges::copy(hex("0D 01 00"), bytes.begin() + 65534);
+    overwrite(bytes, 65534, hex("0D 01 00"));
     EXPECT_EQ(optionsIn(packet(bytes + hex("0C 00")), 0), "3@0+2 13@65534+1 ");
 }
 
@@ -203,7 +203,7 @@ TEST(DhcpHdrViews, WithoutAPacketAreEmptyAndRefuseWrites) {
 
 TEST(DhcpHdrVendorBlocks, AreNotSearchedForBehindPosition65535) {
     Octets bytes(65540, 0);
-    std::ranges::copy(hex("09 0D 00 00 00 09 01"), bytes.begin() + 65528);  // the next block would be at position 0
+    overwrite(bytes, 65528, hex("09 0D 00 00 00 09 01"));  // the next block would be at position 0
     const PktPtr pkt = packet(bytes);
     Wire::store<U32>(*pkt, 0, Constants::quorvaEntNum);
     EXPECT_EQ(blockIn(pkt, 65528), "none");

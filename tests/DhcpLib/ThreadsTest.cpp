@@ -75,9 +75,9 @@ TEST_F(Threads, ShareConfigurationTogglesTraceHandlesAndSinks) {
     const Traced traced;
     Tyk::traceSinkIs([](const Tyk::TraceLine&) {});
     std::atomic<std::size_t> running = agents;
-    std::array<std::jthread, agents> all;
-    for (std::jthread& agent : all)
-        agent = std::jthread([&] {
+    std::array<std::thread, agents> all;
+    for (std::thread& agent : all)
+        agent = std::thread([&] {
             for (int i = 0; i < 100; ++i) handleFrame(config);
             --running;
         });
@@ -93,7 +93,7 @@ TEST_F(Threads, ShareConfigurationTogglesTraceHandlesAndSinks) {
         // Returns when `lines` is no longer used. The new sink replaces itself.
         Tyk::traceSinkIs([](const Tyk::TraceLine&) { Tyk::traceSinkIs([](const Tyk::TraceLine&) {}); });
     }
-    for (std::jthread& agent : all) agent.join();
+    for (std::thread& agent : all) agent.join();
     EXPECT_EQ(config->useCount(), 1u);
 }
 
@@ -113,33 +113,32 @@ TEST_F(Threads, HandPacketsAndViewsOnAndFreeThemElsewhere) {
     std::mutex mutex;
     std::condition_variable added;
     std::deque<Work> queue;
-    {
-        std::jthread consumer([&] {
-            for (int i = 0; i < 2000; ++i) {
-                std::unique_lock lock(mutex);
-                added.wait(lock, [&] { return !queue.empty(); });
-                Work work = std::move(queue.front());
-                queue.pop_front();
-                lock.unlock();
-                EXPECT_EQ(work.options->option().size(), 3u);
-                EXPECT_EQ(work.options6->option().size(), 2u);
-                work.pkt->newSharedHeadData(1);
-            }
-        });
+    std::thread consumer([&] {
         for (int i = 0; i < 2000; ++i) {
-            Work work{newPacket(discover), nullptr, dhcp6OptionsFactory(newPacket(solicit), 4)};
-            work.options = dhcpMsgOptionsFactory(work.pkt, messageAt + 240);
-            const std::lock_guard lock(mutex);
-            queue.push_back(std::move(work));
-            added.notify_one();
+            std::unique_lock lock(mutex);
+            added.wait(lock, [&] { return !queue.empty(); });
+            Work work = std::move(queue.front());
+            queue.pop_front();
+            lock.unlock();
+            EXPECT_EQ(work.options->option().size(), 3u);
+            EXPECT_EQ(work.options6->option().size(), 2u);
+            work.pkt->newSharedHeadData(1);
         }
+    });
+    for (int i = 0; i < 2000; ++i) {
+        Work work{newPacket(discover), nullptr, dhcp6OptionsFactory(newPacket(solicit), 4)};
+        work.options = dhcpMsgOptionsFactory(work.pkt, messageAt + 240);
+        const std::lock_guard lock(mutex);
+        queue.push_back(std::move(work));
+        added.notify_one();
     }
+    consumer.join();
     EXPECT_EQ(live(), before);
 }
 
 TEST_F(Threads, FreeViewsAfterTheThreadsOwnMemoryIsGone) {
     const U32 before = DhcpMsgOption::memAllocationTracker_.live();
-    std::jthread([] {
+    std::thread([] {
         // The first object of the thread, so the last to be destroyed.
         static thread_local Kcore::Ptr<DhcpMsgOptions> kept;
         ASSERT_EQ(kept, nullptr);

@@ -63,7 +63,8 @@ TEST(KcoreFlatMap, RemovedEntryIsReplacedByTheLast) {
         EXPECT_EQ(map.erase({order[at]}), -order[at]);
         order[at] = order.back();
         order.pop_back();
-        ASSERT_TRUE(std::ranges::equal(map, order, {}, [](const auto& entry) { return entry.first.value; }));
+        ASSERT_TRUE(std::equal(map.begin(), map.end(), order.begin(), order.end(),
+                               [](const auto& entry, int key) { return entry.first.value == key; }));
         for (const int key : order) ASSERT_EQ(*map.find({key}), -key);
     }
 }
