@@ -74,8 +74,9 @@ Octets built(Steps& steps, U32 most) {
     return imageOf(nodes);
 }
 
-/// The options of a message that dhcp6MessageOptions lists are those that a model of the walk finds.
-void checkListed(const PktPtr& pkt, const Dhcp6MessagePlace& place, U32 headerBytes) {
+/// Expects that the options that dhcp6MessageOptions lists follow each other in the message. Returns the end of the
+/// last.
+std::size_t checkListed(const PktPtr& pkt, const Dhcp6MessagePlace& place, U32 headerBytes) {
     const Octets bytes = bytesOf(*pkt);
     std::size_t at = place.offset + headerBytes;
     const std::size_t end = std::min<std::size_t>(place.end, bytes.size());
@@ -86,6 +87,7 @@ void checkListed(const PktPtr& pkt, const Dhcp6MessagePlace& place, U32 headerBy
         at += 4u + option->len();
         expect(at <= end);
     }
+    return at;
 }
 
 class Changes {
@@ -215,7 +217,7 @@ private:
         expect(!chain.empty() && chain[0] == Dhcp6MessagePlace{0, pkt_->bytes()});
         const auto relayMsg = Dhcp6Options(pkt_, 34).option(Dhcp6OptionType::relayMsg);
         expect(relayMsg && relayMsg->len() == inner.size() && dhcp6OptionBasicCheck(pkt_, 0));
-        checkListed(pkt_, chain[0], 34);
+        expect(checkListed(pkt_, chain[0], 34) == pkt_->bytes());
     }
     void read() {
         const Octets before = bytesOf(*pkt_);
@@ -248,7 +250,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
     const Octets message = built(steps, most);
     const Dhcp6MessagePlace whole{0, static_cast<U32>(message.size())};
     expect(dhcp6OptionBasicCheck(packet(message), 0));
-    checkListed(packet(message), whole, 4);
+    expect(checkListed(packet(message), whole, 4) == message.size());
     std::string first;
     for (const PktPtr& pkt : packets(message)) {
         const std::string log = Changes(pkt, steps).run();
