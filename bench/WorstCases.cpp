@@ -1,7 +1,9 @@
 #include "DhcpLib/Dhcp6Hdr.h"
 #include "DhcpLib/DhcpParser.h"
 #include "DhcpLib/OptionParser.h"
+#include "Kitnet/BigEndian.h"
 #include "Measure.h"
+#include "Message.h"
 
 namespace DhcpBench {
 
@@ -14,8 +16,7 @@ constexpr std::size_t size = 65535;
 
 /// A packet of 64 KiB: `front`, then all `items` over and over again as long as they fit, then zeros.
 Case worst(const char* name, Octets front, const std::vector<Octets>& items) {
-    for (std::size_t i = 0; front.size() + items[i].size() <= size; i = (i + 1) % items.size())
-        front.insert(front.end(), items[i].begin(), items[i].end());
+    for (std::size_t i = 0; front.size() + items[i].size() <= size; i = (i + 1) % items.size()) append(front, items[i]);
     front.resize(size);
     auto pkt = Kitnet::globalPktManager().newPkt(front);
     Case made{name, {}};
@@ -24,9 +25,8 @@ Case worst(const char* name, Octets front, const std::vector<Octets>& items) {
 }
 
 Octets item6(U32 code, U32 bytes) {
-    Octets item(4 + bytes);
-    item[0] = static_cast<U8>(code >> 8), item[1] = static_cast<U8>(code);
-    item[2] = static_cast<U8>(bytes >> 8), item[3] = static_cast<U8>(bytes);
+    Octets item;
+    appendOption6(item, static_cast<U16>(code), Octets(bytes));
     return item;
 }
 
@@ -44,18 +44,17 @@ Octets relayChain() {
         bytes.push_back(12);
         bytes.resize(bytes.size() + 33);
         left -= 38;
-        const Octets head = item6(9, 0);
-        bytes.insert(bytes.end(), head.begin(), head.end());
-        bytes[bytes.size() - 2] = static_cast<U8>(left >> 8), bytes[bytes.size() - 1] = static_cast<U8>(left);
+        append(bytes, item6(9, 0));
+        Kitnet::storeBigEndian(bytes.data() + bytes.size() - 2, static_cast<U16>(left));
     }
     bytes.resize(size);
     return bytes;
 }
 
-Octets bootpHeader(bool isReply) {
-    Octets bytes(236);
-    bytes[0] = isReply ? 2 : 1;
-    for (const U8 octet : {U8{0x63}, U8{0x82}, U8{0x53}, U8{0x63}}) bytes.push_back(octet);
+/// Header and magic cookie.
+Octets bootpHeader(Op op) {
+    Octets bytes = Message(op).finished(0);
+    bytes.pop_back();  // the end option
     return bytes;
 }
 
@@ -85,7 +84,7 @@ void registerWorstCases() {
     const auto deleted6 = [options6](const Input& input) { return deleteAll<Dhcp6Options>(options6(input)); };
 
     const std::vector<Octets> empty4{{7, 0}, {8, 0}}, many6 = codes6(16383, 1);
-    measureWorst(worst("DhcpMsgOptions of 32,000 options", bootpHeader(false), empty4), options4);
+    measureWorst(worst("DhcpMsgOptions of 32,000 options", bootpHeader(Op::request), empty4), options4);
     measureWorst(worst("Dhcp6Options of 16,000 codes, all deleted", {}, many6), deleted6);
     // 4,096 codes that are equal modulo 16: they share few chains of an index.
     measureWorst(worst("Dhcp6Options of colliding codes, all deleted", {}, codes6(4095, 16)), deleted6);
@@ -119,20 +118,21 @@ void registerWorstCases() {
         return bytes;
     });
 
-    measureWorst(worst("doParse of 32,000 options", bootpHeader(false), empty4), [](const Input& input) {
+    measureWorst(worst("doParse of 32,000 options", bootpHeader(Op::request), empty4), [](const Input& input) {
         DhcpLib::PacketParser parser(nullptr);
         parser.doParse(input.pkt, {}, true);
         return parser;
     });
     using DhcpLib::preparePacket, DhcpLib::preparePacketNew;
     for (const bool isNew : {false, true})
-        measureWorst(worst(isNew ? "preparePacketNew" : "preparePacket", bootpHeader(true), {{82, 2, 9, 0}, {7, 0}}),
-                     [function = isNew ? preparePacketNew : preparePacket](const Input& input) {
-                         const auto pkt = Kitnet::globalPktManager().newPkt(input.frame);
-                         pkt->data()[size - 1] = 255;
-                         function(pkt, DhcpLib::BootpOption::bootpReply, true, "", "", "", {}, {}, 0, true, "", {});
-                         return pkt;
-                     });
+        measureWorst(
+            worst(isNew ? "preparePacketNew" : "preparePacket", bootpHeader(Op::reply), {{82, 2, 9, 0}, {7, 0}}),
+            [function = isNew ? preparePacketNew : preparePacket](const Input& input) {
+                const auto pkt = Kitnet::globalPktManager().newPkt(input.frame);
+                pkt->data()[size - 1] = 255;
+                function(pkt, DhcpLib::BootpOption::bootpReply, true, "", "", "", {}, {}, 0, true, "", {});
+                return pkt;
+            });
 }
 
 }  // namespace DhcpBench
