@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Kitnet/BigEndian.h"
+
 namespace DhcpBench {
 
 namespace {
@@ -67,7 +69,7 @@ Octets Message::finished(std::size_t atLeast) const {
 }
 
 Message& Message::write(std::size_t at, U32 value) {
-    std::ranges::copy(bigEndian(value), bytes_.begin() + static_cast<std::ptrdiff_t>(at));
+    Kitnet::storeBigEndian(bytes_.data() + at, value);
     return *this;
 }
 

@@ -87,7 +87,7 @@ U32 receivingInterface(msghdr& message) {
 /// datagrams need.
 class Batch {
 public:
-    Batch() : bytes_(std::make_unique_for_overwrite<U8[]>(most * slotBytes)) {
+    Batch() : bytes_(new U8[most * slotBytes]) {
         for (std::size_t i = 0; i < most; ++i) {
             places_[i] = {bytes_.get() + i * slotBytes, largestDatagram};
             msghdr& message = messages_[i].msg_hdr;

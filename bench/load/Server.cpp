@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "BatchSocket.h"
+#include "Kitnet/BigEndian.h"
 #include "Options.h"
 
 namespace DhcpBench {
@@ -39,7 +40,7 @@ Octets Server::answer4(ByteView request, Peer& to) const {
     Octets reply{request.data(), request.data() + optionsAt};
     reply[0] = static_cast<U8>(Op::reply);
     const U32 yiaddr = (giaddr & 0xffffff00) | (100 + request.load<U8>(chaddrAt + 5) % 100U);
-    std::ranges::copy(bigEndian(yiaddr), reply.begin() + yiaddrAt);
+    Kitnet::storeBigEndian(reply.data() + yiaddrAt, yiaddr);
     std::fill(reply.begin() + chaddrAt + 16, reply.begin() + cookieAt, U8{0});
     appendItem(reply, 53, {type == discover ? offer : ack});
     appendItem(reply, 54, id_);

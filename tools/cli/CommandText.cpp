@@ -45,7 +45,7 @@ void addOptions(std::vector<OptionGroup>& groups, const CLI::App& app, const std
         const bool repeatedHelp = !title.empty() && option == app.get_help_ptr();  // each option group has one
         if (option->get_group().empty() || option->get_positional() || repeatedHelp) continue;
         const std::string& name = title.empty() ? option->get_group() : title;
-        auto group = std::ranges::find(groups, name, &OptionGroup::title);
+        auto group = std::find_if(groups.begin(), groups.end(), [&](const OptionGroup& g) { return g.title == name; });
         if (group == groups.end()) group = groups.insert(group, {name, {}});
         group->options.push_back(optionText(*option));
     }
