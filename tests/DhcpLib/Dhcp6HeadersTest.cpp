@@ -44,6 +44,12 @@ TEST(Dhcp6Headers, SettersThatDoNotFitKeepTheCachedValue) {
     EXPECT_EQ(first(bytesOf(*wraps), 4), hex("01 02 03 00"));
 }
 
+TEST(Dhcp6Headers, HopCountWraps) {
+    const PktPtr pkt = packet(hex("0C FF"));
+    EXPECT_EQ(dhcp6RelayHdrFactory(pkt, 0)->hopCountInc(2), 1);
+    EXPECT_EQ(bytesOf(*pkt), hex("0C 01"));
+}
+
 TEST(Dhcp6Xid, HasATextForm) {
     EXPECT_EQ(Kcore::textOf(Dhcp6Xid::fromText("0x000abc")), "0x000abc");
     for (const char* text : {"", "000abc", "0x000ab", "0x000abcd", "0x000abg", "0x-00abc"})
