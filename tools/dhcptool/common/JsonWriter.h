@@ -135,7 +135,7 @@ void JsonWriter::number(T value) {
     if constexpr (std::same_as<T, bool>)
         literal(value ? "true" : "false");
     else {
-        char digits[24];
+        char digits[40];  // 20 are enough, but GCC 12 warns unless it is longer than what copyBytes() inlines
         const std::string_view text(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
         if constexpr (sizeof(T) == sizeof(largest))
             if (value > T{largest}) return plain(text);
