@@ -64,7 +64,8 @@ hostile input.")
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/packaging/shlibs
      CONTENT "libDhcpLib @PROJECT_VERSION_MAJOR@ @needs_library@\nlibDhcpPlatform @PROJECT_VERSION_MAJOR@ @needs_library@\n")
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/packaging/conffiles CONTENT "@DHCPLIB_FULL_CONFIG_DIR@/DhcpLib.json\n")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/libdhcplib/triggers
+set(scripts ${PROJECT_SOURCE_DIR}/packaging/libdhcplib)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${scripts}/triggers ${scripts}/postinst ${scripts}/postrm
     ${PROJECT_BINARY_DIR}/packaging/shlibs ${PROJECT_BINARY_DIR}/packaging/conffiles)
 
 describe_package(Development libdhcplib-dev libdevel "${library_package} (= ${PROJECT_VERSION})"
