@@ -60,7 +60,7 @@ public:
     explicit Writer(Kcore::Bytes& data) : to_(data.data()), left_(data.size()) {}
 
     /// Whether all pieces fit and no byte is left.
-    bool isFull() const { return left_ == 0 && !ended_; }
+    bool isFull() const { return left_ == 0 && to_ != nullptr; }
     void put(std::string_view bytes) {
         if (U8* const to = next(bytes.size())) Kcore::copyBytes(to, bytes.data(), bytes.size());
     }
@@ -82,15 +82,16 @@ public:
 private:
     /// Position of the next `n` bytes, or null if they do not fit.
     U8* next(std::size_t n) {
-        ended_ |= n > left_;
-        if (ended_) return nullptr;
+        if (n > left_) [[unlikely]] {
+            left_ = 0;
+            return to_ = nullptr;
+        }
         left_ -= n;
         return std::exchange(to_, to_ + n);
     }
 
-    U8* to_;
+    U8* to_;  // null once a piece did not fit
     std::size_t left_;
-    bool ended_ = false;
 };
 
 InPlaceInsertion::InPlaceInsertion(Wire::ByteView bytes, const RewriteArgs& args, const RawOption& info, U32 endAt)
