@@ -25,7 +25,7 @@ public:
     explicit Dhcp6PacketParser(const Kcore::CharRange& text);
     Dhcp6PacketParser(const char*) = delete;
 
-    /// Makes all attributes those of a new parser with the same `bridgingConfig`. Costs no more than a new parser.
+    /// Makes all attributes those of a new parser with the same `bridgingConfig`. Cheaper than assigning a new parser.
     void reset() { *this = Dhcp6PacketParser(std::move(bridgingConfig_)); }
 
     /// Parses Ethernet, the fixed IPv6 header, UDP and the header of a client/server message. Then reads the client

@@ -31,7 +31,7 @@ public:
     explicit PacketParser(const Kcore::CharRange& text);
     PacketParser(const char*) = delete;
 
-    /// Makes all attributes those of a new parser with the same `bridgingConfig`. Costs no more than a new parser.
+    /// Makes all attributes those of a new parser with the same `bridgingConfig`. Cheaper than assigning a new parser.
     void reset() { *this = PacketParser(std::move(bridgingConfig_)); }
 
     /// Parses Ethernet, IPv4, UDP and the DHCP message. With `dhcpHdrOnly` the packet starts at the BOOTP header, and
