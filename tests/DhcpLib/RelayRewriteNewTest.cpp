@@ -8,11 +8,12 @@ namespace {
 const RelayRewrite nothing, ids{.circuitId = "ab", .remoteId = "c"}, fromPort{.vendorSpecificSubOptIntfName = "Et1"},
     replied{.op = reply}, repliedToPort{.op = reply, .vendorSpecificSubOptIntfName = "Et1"},
     repliedToOthers{.op = reply, .infoOpt = false}, named{.vpnId = "red", .serverId = serverAddress},
-    passedOn{.infoOpt = false, .circuitId = "ab"};
+    namedPlain{.vpnId = "red", .vssControlDisable = true}, passedOn{.infoOpt = false, .circuitId = "ab"};
 
 TEST(PreparePacketNew, BuildsOption82OfARequest) {
     const Rewritten rows[] = {
         {"WithoutLinkSelection", named, "35 01 01 FF", "35 01 01 52 0D 0B 04 0A 00 0B 01 97 03 'red' 98 00 FF", 548},
+        {"WithoutControl", namedPlain, "FF", "52 05 97 03 'red' FF", 548},
         {"TheirIdsWin", ids, "52 07 02 01 'y' 01 02 'xy' FF", "52 07 01 02 'xy' 02 01 'y' FF", 548},
         {"OneOfEach", ids, "52 05 02 03 'xyz' FF", "52 09 01 02 'ab' 02 03 'xyz' FF", 548},
         {"DropsOthers", nothing, "52 14 06 01 'x' 05 04 07*4 97 03 'old' 98 00 01 02 'xy' FF", "52 04 01 02 'xy' FF",
