@@ -90,7 +90,7 @@ std::vector<Input> inputsIn(const std::filesystem::path& path) {
 
 void runPrefixes(const Input& input) {
     const std::size_t step = input.size() / maxPrefixes + 1;
-    for (std::size_t size = 0; size < input.size(); size += step) run(Input(input.begin(), input.begin() + size));
+    for (std::size_t size = 0; size < input.size(); size += step) run(Input(input.data(), input.data() + size));
     run(input);
 }
 
