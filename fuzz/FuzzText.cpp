@@ -81,6 +81,7 @@ private:
 
 /// The flag of `name` in an object of booleans with ASCII names, each once; empty for anything else.
 std::optional<bool> flagIn(std::string_view content, std::string_view name) {
+    if (content.find('\0') != content.npos) return std::nullopt;  // nlohmann's parser takes it for the end
     std::set<std::string> names;
     bool usable = true;
     const auto check = [&](int depth, nlohmann::json::parse_event_t event, nlohmann::json& parsed) {

@@ -1,5 +1,5 @@
 // Runs a fuzz target without libFuzzer, so that any compiler can check that old findings stay fixed. The inputs are the
-// files of the given corpus folders, prefixes of each file, and a fixed sequence of mutations.
+// files of the given corpus folders, prefixes of them, and a fixed sequence of mutations.
 
 #include <unistd.h>
 
@@ -27,7 +27,7 @@ namespace {
 
 using Input = std::vector<std::uint8_t>;
 
-constexpr std::size_t maxPrefixes = 2000;     // per file; for longer files, evenly spread ones
+constexpr std::size_t maxPrefixes = 6000;     // about; for a larger corpus, evenly spread ones
 constexpr std::size_t usualMutations = 5000;  // for the whole corpus; --mutations=N asks for others
 constexpr std::size_t maxEdits = 6;           // per mutation
 constexpr unsigned maxSeconds = 20;           // per input
@@ -88,10 +88,14 @@ std::vector<Input> inputsIn(const std::filesystem::path& path) {
     return inputs;
 }
 
-void runPrefixes(const Input& input) {
-    const std::size_t step = input.size() / maxPrefixes + 1;
-    for (std::size_t size = 0; size < input.size(); size += step) run(Input(input.data(), input.data() + size));
-    run(input);
+void runPrefixes(const std::vector<Input>& corpus) {
+    std::size_t sizes = 0;
+    for (const auto& input : corpus) sizes += input.size();
+    const std::size_t step = sizes / maxPrefixes + 1;
+    for (const auto& input : corpus) {
+        for (std::size_t size = 0; size < input.size(); size += step) run(Input(input.data(), input.data() + size));
+        run(input);
+    }
 }
 
 /// Mutates inputs in a sequence that is the same on every machine.
@@ -167,7 +171,7 @@ int main(int argc, char** argv) try {
             for (auto& input : inputsIn(argument)) corpus.push_back(std::move(input));
     }
     if (corpus.empty()) throw std::runtime_error("no corpus: give files, or folders that hold some");
-    for (const auto& input : corpus) runPrefixes(input);
+    runPrefixes(corpus);
     runMutations(corpus, mutations);
     std::printf("%zu inputs, their prefixes and %zu mutations: passed\n", corpus.size(), mutations);
     return 0;
