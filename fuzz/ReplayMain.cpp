@@ -27,8 +27,8 @@ namespace {
 
 using Input = std::vector<std::uint8_t>;
 
-constexpr std::size_t maxPrefixes = 6000;     // about; for a larger corpus, evenly spread ones
-constexpr std::size_t usualMutations = 5000;  // for the whole corpus; --mutations=N asks for others
+constexpr std::size_t maxPrefixes = 3000;     // about; for a larger corpus, evenly spread ones
+constexpr std::size_t usualMutations = 3000;  // for the whole corpus; --mutations=N asks for others
 constexpr std::size_t maxEdits = 6;           // per mutation
 constexpr unsigned maxSeconds = 20;           // per input
 
