@@ -100,7 +100,7 @@ std::optional<bool> flagIn(std::string_view content, std::string_view name) {
 void checkToggle(std::string_view content) {
     static const ToggleFile file;
     constexpr std::string_view name = "a";
-    const auto isNotModelled = [](char c) { return c < 0 || c == '\\'; };
+    const auto isNotModelled = [](char c) { return static_cast<U8>(c) > 127 || c == '\\'; };
     if (std::any_of(content.begin(), content.end(), isNotModelled)) return;
     file.contentIs(content);
     const bool on = Tyk::getToggleState(name, file.name(), true), off = Tyk::getToggleState(name, file.name(), false);
