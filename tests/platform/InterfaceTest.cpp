@@ -54,6 +54,15 @@ protected:
     EthDevPamManager::Ptr manager;
 };
 
+/// Tests that open sockets.
+class PacketSockets : public PacketAccess {
+protected:
+    void SetUp() override {
+        if (emulated) GTEST_SKIP() << "needs PACKET_AUXDATA or SO_TIMESTAMPNS";
+        PacketAccess::SetUp();
+    }
+};
+
 const Octets untagged = hex("02 00 00 00 00 02  02 00 00 00 00 01  08 00  45*50");
 
 TEST_F(PacketAccess, DirectoriesFollowKernelDevices) {
@@ -115,8 +124,7 @@ TEST_F(PacketAccess, RecoversFromLostNotifications) {
     until([&] { return kni->intfStatus().entries().size() == 1; });
 }
 
-TEST_F(PacketAccess, TagsAreDeliveredBesideTheFrame) {
-    if (emulated) GTEST_SKIP() << "needs PACKET_AUXDATA or SO_TIMESTAMPNS";
+TEST_F(PacketSockets, TagsAreDeliveredBesideTheFrame) {
     struct Row {
         const char* rule;
         Octets sent;
@@ -165,8 +173,7 @@ TEST_F(PacketAccess, TagsAreDeliveredBesideTheFrame) {
     EXPECT_EQ(va->errors() + va->dropped() + vb->errors() + vb->dropped() + vb->sent(), 0u);
 }
 
-TEST_F(PacketAccess, FramesThatCannotBeSentAreCounted) {
-    if (emulated) GTEST_SKIP() << "needs PACKET_AUXDATA or SO_TIMESTAMPNS";
+TEST_F(PacketSockets, FramesThatCannotBeSentAreCounted) {
     const EthDevPam::Ptr va = openPam("va");
     EXPECT_FALSE(va->sendPkt(nullptr) || va->sendPkt(packet(Octets(11, scratch))));
     EXPECT_FALSE(va->sendPkt(packet(Octets(1515, scratch))));
@@ -179,8 +186,7 @@ TEST_F(PacketAccess, FramesThatCannotBeSentAreCounted) {
     EXPECT_EQ(va->errors(), 4u);
 }
 
-TEST_F(PacketAccess, SeveralFramesAreReadAtOnce) {
-    if (emulated) GTEST_SKIP() << "needs PACKET_AUXDATA or SO_TIMESTAMPNS";
+TEST_F(PacketSockets, SeveralFramesAreReadAtOnce) {
     for (const char* end : {"va", "vb"}) ip(std::string("link set mtu 65535 dev ") + end);
     const EthDevPam::Ptr va = openPam("va");
     const int on = 1;
@@ -215,8 +221,7 @@ TEST_F(PacketAccess, SeveralFramesAreReadAtOnce) {
     EXPECT_EQ(va->errors(), 1u);
 }
 
-TEST_F(PacketAccess, AFrameWithoutMemoryIsCountedAndTheOthersAreRead) {
-    if (emulated) GTEST_SKIP() << "needs PACKET_AUXDATA or SO_TIMESTAMPNS";
+TEST_F(PacketSockets, AFrameWithoutMemoryIsCountedAndTheOthersAreRead) {
     const EthDevPam::Ptr va = openPam("va");
     EXPECT_FALSE(va->readPkt());  // allocates what all later calls use
     const RawSender sender("vb");
@@ -231,7 +236,7 @@ TEST_F(PacketAccess, AFrameWithoutMemoryIsCountedAndTheOthersAreRead) {
     EXPECT_EQ(va->errors(), 3u);
 }
 
-TEST_F(PacketAccess, SocketsFollowTheirInterface) {
+TEST_F(PacketSockets, SocketsFollowTheirInterface) {
     const EthDevPam::Ptr va = openPam("va"), missing = openPam("missing");
     EXPECT_EQ(missing->fd(), -1);
     EXPECT_EQ(missing->error(), "there is no such interface");
@@ -265,7 +270,7 @@ TEST_F(PacketAccess, SocketsFollowTheirInterface) {
     EXPECT_TRUE(pams->ethDevPam().empty());
 }
 
-TEST_F(PacketAccess, SettingsReachTheSocket) {
+TEST_F(PacketSockets, SettingsReachTheSocket) {
     desired->intfIs(IntfId("va"));
     manager->receiveBufferIs(204800);
     EXPECT_FALSE(pam("va")) << "not enabled yet";
@@ -307,7 +312,7 @@ TEST_F(PacketAccess, SettingsReachTheSocket) {
     EXPECT_FALSE(pam("va"));
 }
 
-TEST_F(PacketAccess, AMissingPrivilegeIsNamed) {
+TEST_F(PacketSockets, AMissingPrivilegeIsNamed) {
     ASSERT_EQ(seteuid(65534), 0);
     const EthDevPam::Ptr va = openPam("va");
     ASSERT_EQ(seteuid(0), 0);
