@@ -10,11 +10,35 @@
 
 namespace DhcpLib {
 
+namespace Detail {
+
+/// The attributes of a Dhcp6PacketParser that own no memory, in one object that reset() assigns with few instructions.
+struct Dhcp6PacketParserNumbers {
+    EthernetFields ether_;
+    bool isIp6_ = false;
+    bool isUdp_ = false;
+    bool isDhcp6_ = false;
+    bool dhcp6ClientMsg_ = false;
+    FrameRejection rejection_ = FrameRejection::none;
+    Kitnet::IpProtocolNumber ipProtocol_;
+    Kitnet::Ip6Addr srcIp6_;
+    Kitnet::Ip6Addr dstIp6_;
+    U32 ip6HdrLen_ = 0;
+    UdpPorts udp_;
+    U32 udpLen_ = 0;
+    Dhcp6MsgType dhcp6MsgType_{};
+    Dhcp6Xid dhcp6Xid_;
+    U16 dhcp6OptionsOffset_ = 0;
+    Dhcp6RemoteIdentifier rId_;
+};
+
+}  // namespace Detail
+
 /// Parser of received frames for DHCPv6 snooping. Takes a frame that starts at its Ethernet header and stores its
 /// fields as attributes. A parse resets only `rejection`: attributes that it does not reach keep their values
 /// (docs/compatibility.md#attributes-are-kept). For clean results use a fresh parser per frame, or call reset().
 /// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2, failed parts of a parse at 1.
-class DHCPLIB_EXPORT Dhcp6PacketParser {
+class DHCPLIB_EXPORT Dhcp6PacketParser : private Detail::Dhcp6PacketParserNumbers {
 public:
     /// `bridgingConfig` may be null for frames without a receiving interface.
     explicit Dhcp6PacketParser(Kcore::Ptr<const Bridging::Config> bridgingConfig)
@@ -25,8 +49,11 @@ public:
     explicit Dhcp6PacketParser(const Kcore::CharRange& text);
     Dhcp6PacketParser(const char*) = delete;
 
-    /// Makes all attributes those of a new parser with the same `bridgingConfig`. Cheaper than assigning a new parser.
-    void reset() { *this = Dhcp6PacketParser(std::move(bridgingConfig_)); }
+    /// Makes all attributes those of a new parser with the same `bridgingConfig`. Costs no more than a new parser.
+    void reset() {
+        static_cast<Numbers&>(*this) = Numbers();
+        cId_ = {};
+    }
 
     /// Parses Ethernet, the fixed IPv6 header, UDP and the header of a client/server message. Then reads the client
     /// identifier (1) and, if there is one, the remote-id (37) in the layout `intfIdFormat`
@@ -154,6 +181,8 @@ public:
     }
 
 private:
+    using Numbers = Detail::Dhcp6PacketParserNumbers;
+
     bool refuse(FrameRejection why) {
         rejection_ = why;
         return false;
@@ -166,23 +195,7 @@ private:
     void parseRemoteId(Wire::ByteView bytes);
 
     Kcore::Ptr<const Bridging::Config> bridgingConfig_;
-    EthernetFields ether_;
-    bool isIp6_ = false;
-    bool isUdp_ = false;
-    bool isDhcp6_ = false;
-    bool dhcp6ClientMsg_ = false;
-    FrameRejection rejection_ = FrameRejection::none;
-    Kitnet::IpProtocolNumber ipProtocol_;
-    Kitnet::Ip6Addr srcIp6_;
-    Kitnet::Ip6Addr dstIp6_;
-    U32 ip6HdrLen_ = 0;
-    UdpPorts udp_;
-    U32 udpLen_ = 0;
-    Dhcp6MsgType dhcp6MsgType_{};
-    Dhcp6Xid dhcp6Xid_;
-    U16 dhcp6OptionsOffset_ = 0;
     Dhcp6ClientIdentifier cId_;
-    Dhcp6RemoteIdentifier rId_;
 };
 
 }  // namespace DhcpLib

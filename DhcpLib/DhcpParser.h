@@ -13,12 +13,45 @@
 
 namespace DhcpLib {
 
+namespace Detail {
+
+/// The attributes of a PacketParser that own no memory, in one object that reset() assigns with few instructions.
+struct PacketParserNumbers {
+    EthernetFields ether_;
+    U32 ipHdrLen_ = 0;
+    U32 udpHdrLen_ = 0;
+    bool isIp_ = false;
+    bool isUdp_ = false;
+    bool isDhcp_ = false;
+    BootpOpType dhcpOpType_ = BootpOpType::bootpOpUnknown;
+    U8 dhcpMsgTypeOpt_ = 0;
+    bool serverIdExist_ = false;
+    bool leaseTimeExist_ = false;
+    bool lastTransactionTimeExist_ = false;
+    FrameRejection rejection_ = FrameRejection::none;
+    Kitnet::IpProtocolNumber ipProtocol_;
+    Kitnet::EthAddr chaddr_;
+    UdpPorts udp_;
+    U16 offset_ = 0;
+    Kitnet::NetU32 xid_;
+    Kitnet::IpAddr srcIp_;
+    Kitnet::IpAddr dstIp_;
+    Kitnet::IpAddr ciaddr_;
+    Kitnet::IpAddr yiaddr_;
+    Kitnet::IpAddr giaddr_;
+    Kitnet::IpAddr serverId_;
+    Kcore::Duration leaseTime_{0};
+    Kcore::Duration lastTransactionTime_{0};
+};
+
+}  // namespace Detail
+
 /// Parser of received frames for DHCPv4 snooping. Takes a frame that starts at its Ethernet header and stores its
 /// fields as attributes. A parse resets only `offset` and `rejection`: attributes that it does not reach keep their
 /// values, and `associatedIps` only grows (docs/compatibility.md#attributes-are-kept). For clean results use a fresh
 /// parser per frame, or call reset(). Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2,
 /// failed parts of a parse at 1.
-class DHCPLIB_EXPORT PacketParser {
+class DHCPLIB_EXPORT PacketParser : private Detail::PacketParserNumbers {
 public:
     using HN_AssociatedIps = Kcore::FlatSet<Kitnet::IpAddr>;  ///< a set of addresses that keeps the order of insertion
 
@@ -31,8 +64,14 @@ public:
     explicit PacketParser(const Kcore::CharRange& text);
     PacketParser(const char*) = delete;
 
-    /// Makes all attributes those of a new parser with the same `bridgingConfig`. Cheaper than assigning a new parser.
-    void reset() { *this = PacketParser(std::move(bridgingConfig_)); }
+    /// Makes all attributes those of a new parser with the same `bridgingConfig`. Costs no more than a new parser.
+    void reset() {
+        static_cast<Numbers&>(*this) = Numbers();
+        associatedIps_.clear();
+        for (Kcore::String* text :
+             {&dhcpMsgType_, &circuitId_, &remoteId_, &hostname_, &paramReqList_, &vendorClassId_})
+            text->clear();
+    }
 
     /// Parses Ethernet, IPv4, UDP and the DHCP message. With `dhcpHdrOnly` the packet starts at the BOOTP header, and
     /// the options are searched behind the header lengths of the previous parse
@@ -166,6 +205,8 @@ public:
     }
 
 private:
+    using Numbers = Detail::PacketParserNumbers;
+
     bool refuse(FrameRejection why) {
         rejection_ = why;
         return false;
@@ -181,31 +222,6 @@ private:
     void takeProfiling(const OptionIndex& index);
 
     Kcore::Ptr<const Bridging::Config> bridgingConfig_;
-    EthernetFields ether_;
-    U32 ipHdrLen_ = 0;
-    U32 udpHdrLen_ = 0;
-    bool isIp_ = false;
-    bool isUdp_ = false;
-    bool isDhcp_ = false;
-    BootpOpType dhcpOpType_ = BootpOpType::bootpOpUnknown;
-    U8 dhcpMsgTypeOpt_ = 0;
-    bool serverIdExist_ = false;
-    bool leaseTimeExist_ = false;
-    bool lastTransactionTimeExist_ = false;
-    FrameRejection rejection_ = FrameRejection::none;
-    Kitnet::IpProtocolNumber ipProtocol_;
-    Kitnet::EthAddr chaddr_;
-    UdpPorts udp_;
-    U16 offset_ = 0;
-    Kitnet::NetU32 xid_;
-    Kitnet::IpAddr srcIp_;
-    Kitnet::IpAddr dstIp_;
-    Kitnet::IpAddr ciaddr_;
-    Kitnet::IpAddr yiaddr_;
-    Kitnet::IpAddr giaddr_;
-    Kitnet::IpAddr serverId_;
-    Kcore::Duration leaseTime_{0};
-    Kcore::Duration lastTransactionTime_{0};
     HN_AssociatedIps associatedIps_;
     Kcore::String dhcpMsgType_;
     Kcore::String circuitId_;

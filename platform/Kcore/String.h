@@ -15,8 +15,8 @@
 
 namespace Kcore {
 
-/// An immutable string of any bytes, zero included; not terminated. Up to `inlineCapacity` bytes are stored in the
-/// object, longer strings in a block that copies share.
+/// A string of any bytes, zero included; not terminated. It changes only as a whole. Up to `inlineCapacity` bytes are
+/// stored in the object, longer strings in a block that copies share.
 class DHCPPLATFORM_EXPORT String {
 public:
     static constexpr std::size_t inlineCapacity = 30;            ///< number of bytes that need no allocation
@@ -48,6 +48,11 @@ public:
         if (isShared()) letGo();
         takeFrom(other);
         return *this;
+    }
+    /// Makes the string empty. Costs less than assigning an empty one.
+    void clear() {
+        if (isShared()) letGo();
+        size_ = 0;
     }
 
     std::size_t size() const { return isShared() ? shared()->size : size_; }

@@ -137,6 +137,8 @@ TEST(DhcpParser, KeepsAttributesThatAParseDoesNotReach) {
     EXPECT_TRUE(parser.dhcpMsgType() == "DHCPACK" && parser.offset() == 0 && !parser.isDhcp());
     EXPECT_EQ(Kcore::textOf(parser.xid()), "16909060");
 
+    const auto texts = offer("35 01 02 0C 01 'h' 37 01 03 3C 01 'v' 5C 04 0A 00 00 0A 52 06 01 01 'a' 02 01 'b' FF");
+    EXPECT_TRUE(parse(frame + texts, false));
     parser.reset();
     EXPECT_TRUE(parser == PacketParser(config()) && parser.bridgingConfig() == config());
 }
