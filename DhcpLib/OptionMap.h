@@ -38,7 +38,7 @@ public:
     }
     /// Removes the entry and returns its view, or null.
     Child optionDel(Type type) {
-        const Child child = option(type);
+        Child child = option(type);
         table_->erase(type);
         return child;
     }

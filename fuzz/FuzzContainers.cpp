@@ -1,5 +1,6 @@
 // The containers beside those of the standard library, one operation after the other.
 
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -65,7 +66,7 @@ struct Maps {
             }
             default: {
                 Kcore::FlatSet<Key> other;
-                for (auto it = setModel.rbegin(); it != setModel.rend(); ++it) other.insert(*it);
+                std::for_each(setModel.rbegin(), setModel.rend(), [&other](Key each) { other.insert(each); });
                 expect(other == set && other.hash() == set.hash());
             }
         }

@@ -18,6 +18,7 @@ Places placesFound(const Places& expected, const U8* start, Walk walk) {
     for (const U8 code : hex("00 01 0C 32 35 52 C8 FF")) slots[code] = nullptr;
     for (const auto& [code, place] : expected) slots[code] = nullptr;
     std::vector<DhcpSingleOptionWithCode> wanted;
+    wanted.reserve(slots.size());
     for (auto& [code, slot] : slots) wanted.push_back({code, &slot});
     walk(wanted);
     Places places;

@@ -153,7 +153,7 @@ inline void requireSize(const Octets& packet, U32 offset, U32 end, U32 smallest)
 /// time. Checks the properties that hold for every rewrite.
 inline Outcome rewrittenEverywhere(const Octets& packet, const RelayRewrite& args, Generation generation) {
     const std::vector<PktPtr> everywhere = DhcpTest::packets(packet);
-    const Outcome outcome = rewritten(everywhere[0], args, generation);
+    Outcome outcome = rewritten(everywhere[0], args, generation);
     for (const PktPtr& pkt : std::span(everywhere).subspan(1)) {
         const Outcome other = rewritten(pkt, args, generation);
         require(other.result == outcome.result && other.assertion == outcome.assertion &&

@@ -29,7 +29,7 @@ DhcpLib::PamManager::Ptr clientAccess(Protocol protocol, const KernelNetInfo::St
                                       const Settings& settings) {
     const auto all = Kcore::makeNode<Interface::AllIntfStatusDir>(kni);
     const auto local = Kcore::makeNode<Interface::AllIntfStatusLocalDir>();
-    const auto manager =
+    auto manager =
         DhcpLib::pamManagerFactory(protocol == Protocol::dhcp4 ? "DhcpPamMan" : "Dhcp6PamMan", all, local, kni);
     for (const ClientLink& link : settings.clients) manager->pamDesiredIntfDir()->intfIs(link.name);
     return manager;

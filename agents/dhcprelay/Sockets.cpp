@@ -172,7 +172,8 @@ bool ServerSocket::send(std::span<const U8> message, const IpGenAddr& to, U16 po
         return ::sendto(fd(), message.data(), message.size(), MSG_DONTWAIT, &address.any, size) >= 0;
     };
     // The first call fails, too, if an ICMP error for an earlier message has arrived.
-    return trySend() || trySend();
+    if (trySend()) return true;
+    return trySend();
 }
 
 bool ServerSocket::joinAllAgents(U32 ifIndex) const {

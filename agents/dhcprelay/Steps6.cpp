@@ -6,7 +6,6 @@ namespace DhcpRelay {
 
 namespace {
 
-using DhcpLib::Constants;
 using DhcpLib::Dhcp6Const;
 using DhcpLib::Wire::ByteView;
 
