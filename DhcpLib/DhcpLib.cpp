@@ -9,6 +9,9 @@ const Kcore::ModuleTypes<BootpOption, Constants, LeaseQueryHelperWrapper> regist
 }  // namespace
 
 LeaseQueryHelperWrapper::Ptr leaseQueryHelperWrapperFactory() { return Kcore::makeNode<LeaseQueryHelperWrapper>(); }
+const Kcore::TypeData& LeaseQueryHelperWrapper::typeData() const {
+    return Kcore::typeDataOf<LeaseQueryHelperWrapper>();
+}
 LeaseQueryHelperWrapper::Ptr LeaseQueryHelperWrapper::LeaseQueryHelperWrapperIs() {
     return leaseQueryHelperWrapperFactory();
 }

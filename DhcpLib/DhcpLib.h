@@ -18,7 +18,7 @@ public:
     PktPtr buildDhcpLeaseQueryWrapper(bool queryByMAC, Kitnet::IpAddr giaddr, const Kitnet::EthAddr& chaddr,
                                       Kitnet::IpAddr ciaddr, U32 xid) const;
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<LeaseQueryHelperWrapper>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         constexpr std::string_view parameters = "(queryByMAC, giaddr, chaddr, ciaddr, xid)";
         return Kcore::declare("LeaseQueryHelperWrapper", Kcore::constant("buildDhcpLeaseQueryWrapper", parameters));

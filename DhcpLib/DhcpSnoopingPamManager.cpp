@@ -94,6 +94,7 @@ PamManager::Ptr pamManagerFactory(const Kcore::String& name, const PamManager::A
                                   const PamManager::KniStatusPtr& kniStatus) {
     return Kcore::makeNode<PamManager>(name, allIntfStatusDir, allIntfStatusLocalDir, kniStatus);
 }
+const Kcore::TypeData& PamManager::typeData() const { return Kcore::typeDataOf<PamManager>(); }
 PamManager::Ptr PamManager::PamManagerIs(const Kcore::String& name, const AllIntfStatusDirPtr& allIntfStatusDir,
                                          const AllIntfStatusLocalDirPtr& allIntfStatusLocalDir,
                                          const KniStatusPtr& kniStatus) {

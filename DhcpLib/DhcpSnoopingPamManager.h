@@ -71,7 +71,7 @@ public:
                                                         const Interface::DeviceIntfStatusDir::Ptr& deviceIntfStatusDir);
     void ethDevPamManagerDel() { ethDevPamManager_ = nullptr; }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<PamManager>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using M = PamManager;

@@ -15,6 +15,7 @@ void require(bool met, std::string_view refusal) {
 Dhcp6Duid::Ptr dhcp6DuidFactory(const Dhcp6OptionPtr& opt, U16 offset) {
     return Kcore::makeNode<Dhcp6Duid>(opt, offset);
 }
+const Kcore::TypeData& Dhcp6Duid::typeData() const { return Kcore::typeDataOf<Dhcp6Duid>(); }
 Dhcp6Duid::Ptr Dhcp6Duid::Dhcp6DuidIs(const Dhcp6OptionPtr& opt, U16 offset) { return dhcp6DuidFactory(opt, offset); }
 
 void Dhcp6Duid::handleInitialized() {

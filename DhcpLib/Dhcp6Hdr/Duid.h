@@ -103,7 +103,7 @@ public:
     /// Requires as many bytes as the option's length in the packet minus 6; throws for any other size.
     void entIdIs(const Kcore::String& entId);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6Duid>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using V = Dhcp6Duid;

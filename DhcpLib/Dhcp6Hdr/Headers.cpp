@@ -30,12 +30,14 @@ bool Dhcp6Xid::parse(std::string_view text, Dhcp6Xid* value) {
 
 Dhcp6HdrBase::~Dhcp6HdrBase() = default;
 
+const Kcore::TypeData& Dhcp6HdrBase::typeData() const { return Kcore::typeDataOf<Dhcp6HdrBase>(); }
 void Dhcp6HdrBase::handleInitializedBase() {
     if (std::exchange(initializedBase_, true)) return;
     read(msg_);
 }
 
 Dhcp6RegHdr::Ptr dhcp6RegHdrFactory(const PktPtr& pkt, U16 offset) { return Kcore::makeNode<Dhcp6RegHdr>(pkt, offset); }
+const Kcore::TypeData& Dhcp6RegHdr::typeData() const { return Kcore::typeDataOf<Dhcp6RegHdr>(); }
 Dhcp6RegHdr::Ptr Dhcp6RegHdr::Dhcp6RegHdrIs(const PktPtr& pkt, U16 offset) { return dhcp6RegHdrFactory(pkt, offset); }
 
 void Dhcp6RegHdr::handleInitialized() {
@@ -46,6 +48,7 @@ void Dhcp6RegHdr::handleInitialized() {
 Dhcp6RelayHdr::Ptr dhcp6RelayHdrFactory(const PktPtr& pkt, U16 offset) {
     return Kcore::makeNode<Dhcp6RelayHdr>(pkt, offset);
 }
+const Kcore::TypeData& Dhcp6RelayHdr::typeData() const { return Kcore::typeDataOf<Dhcp6RelayHdr>(); }
 Dhcp6RelayHdr::Ptr Dhcp6RelayHdr::Dhcp6RelayHdrIs(const PktPtr& pkt, U16 offset) {
     return dhcp6RelayHdrFactory(pkt, offset);
 }

@@ -47,7 +47,7 @@ public:
     /// Whether the message type has been read, which the constructor does.
     bool initializedBase() const { return initializedBase_; }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6HdrBase>(); }
+    const Kcore::TypeData& typeData() const override;
 
 protected:
     template <class T, U8 fieldAt>
@@ -93,7 +93,7 @@ public:
     void xidIs(const Dhcp6Xid& xid) { write(xid_, xid); }
     bool initialized() const { return initialized_; }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6RegHdr>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         return declarationOf<Dhcp6RegHdr>("Dhcp6RegHdr", attribute("xid", &Dhcp6RegHdr::xid),
@@ -134,7 +134,7 @@ public:
     void peerAddrIs(const Kitnet::Ip6Addr& address) { write(peerAddr_, address); }
     bool initialized() const { return initialized_; }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6RelayHdr>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using V = Dhcp6RelayHdr;

@@ -52,7 +52,7 @@ public:
     explicit Dhcp6Iana(const Dhcp6OptionPtr& opt) : Dhcp6Ia(opt) {}
     static Ptr Dhcp6IanaIs(const Dhcp6OptionPtr& opt);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6Iana>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() { return declarationOfIa<Dhcp6Iana>("Dhcp6Iana"); }
 
 private:
@@ -70,7 +70,7 @@ public:
     explicit Dhcp6Iapd(const Dhcp6OptionPtr& opt) : Dhcp6Ia(opt) {}
     static Ptr Dhcp6IapdIs(const Dhcp6OptionPtr& opt);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6Iapd>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() { return declarationOfIa<Dhcp6Iapd>("Dhcp6Iapd"); }
 
 private:
@@ -101,7 +101,7 @@ public:
     U32 validLifetime() const { return validLifetime_.value; }
     void validLifetimeIs(U32 seconds) { write(validLifetime_, seconds); }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6IaAddr>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using V = Dhcp6IaAddr;
@@ -146,7 +146,7 @@ public:
     const Kitnet::Ip6Addr& pfxAddr() const { return pfxAddr_.value; }
     void pfxAddrIs(const Kitnet::Ip6Addr& prefix) { write(pfxAddr_, prefix); }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6IaPfx>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using V = Dhcp6IaPfx;

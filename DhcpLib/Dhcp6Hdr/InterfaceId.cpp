@@ -93,6 +93,7 @@ std::optional<U16> interfaceIdBytes(const InterfaceIdFields& fields) {
 Dhcp6InterfaceId::Ptr dhcp6InterfaceIdFactory(const Dhcp6OptionPtr& opt) {
     return Kcore::makeNode<Dhcp6InterfaceId>(opt);
 }
+const Kcore::TypeData& Dhcp6InterfaceId::typeData() const { return Kcore::typeDataOf<Dhcp6InterfaceId>(); }
 Dhcp6InterfaceId::Ptr Dhcp6InterfaceId::Dhcp6InterfaceIdIs(const Dhcp6OptionPtr& opt) {
     return dhcp6InterfaceIdFactory(opt);
 }

@@ -61,7 +61,7 @@ public:
     /// (docs/compatibility.md#offsets-in-an-option-wrap-at-256).
     void setInterfaceIdDataInPkt();
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6InterfaceId>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using V = Dhcp6InterfaceId;

@@ -14,11 +14,13 @@ Dhcp6OverlayPtr<Overlay> overlayOf(const Dhcp6Options& options, Dhcp6OptionType 
 }  // namespace
 
 Dhcp6Option::Ptr dhcp6OptionFactory(const PktPtr& pkt, U16 offset) { return Kcore::makeNode<Dhcp6Option>(pkt, offset); }
+const Kcore::TypeData& Dhcp6Option::typeData() const { return Kcore::typeDataOf<Dhcp6Option>(); }
 Dhcp6Option::Ptr Dhcp6Option::Dhcp6OptionIs(const PktPtr& pkt, U16 offset) { return dhcp6OptionFactory(pkt, offset); }
 
 Dhcp6Options::Ptr dhcp6OptionsFactory(const PktPtr& pkt, U16 offset) {
     return Kcore::makeNode<Dhcp6Options>(pkt, offset);
 }
+const Kcore::TypeData& Dhcp6Options::typeData() const { return Kcore::typeDataOf<Dhcp6Options>(); }
 Dhcp6Options::Ptr Dhcp6Options::Dhcp6OptionsIs(const PktPtr& pkt, U16 offset) {
     return dhcp6OptionsFactory(pkt, offset);
 }

@@ -20,7 +20,7 @@ public:
     using TlvItem::TlvItem;
     static Ptr Dhcp6OptionIs(const PktPtr& pkt, U16 offset);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6Option>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() { return declarationOf<Dhcp6Option>("Dhcp6Option"); }
 
 private:
@@ -59,7 +59,7 @@ public:
     /// As userClassOption(), for vendorOpts (17).
     Dhcp6OverlayPtr<Dhcp6VendorSpecificInformationOption> vendorSpecificInformationOption() const;
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6Options>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using C = Dhcp6Options;

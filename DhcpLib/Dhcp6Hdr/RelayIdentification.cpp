@@ -5,6 +5,9 @@ namespace DhcpLib {
 Dhcp6VirtualSubnetSelection::Ptr dhcp6VirtualSubnetSelectionFactory(const Dhcp6OptionPtr& opt) {
     return Kcore::makeNode<Dhcp6VirtualSubnetSelection>(opt);
 }
+const Kcore::TypeData& Dhcp6VirtualSubnetSelection::typeData() const {
+    return Kcore::typeDataOf<Dhcp6VirtualSubnetSelection>();
+}
 Dhcp6VirtualSubnetSelection::Ptr Dhcp6VirtualSubnetSelection::Dhcp6VirtualSubnetSelectionIs(const Dhcp6OptionPtr& opt) {
     return dhcp6VirtualSubnetSelectionFactory(opt);
 }
@@ -23,6 +26,7 @@ void Dhcp6VirtualSubnetSelection::vrfNameIs(const L3::VrfName& name) {
 DhcpLinkLayerAddr::Ptr dhcpLinkLayerAddrFactory(const Dhcp6OptionPtr& opt) {
     return Kcore::makeNode<DhcpLinkLayerAddr>(opt);
 }
+const Kcore::TypeData& DhcpLinkLayerAddr::typeData() const { return Kcore::typeDataOf<DhcpLinkLayerAddr>(); }
 DhcpLinkLayerAddr::Ptr DhcpLinkLayerAddr::DhcpLinkLayerAddrIs(const Dhcp6OptionPtr& opt) {
     return dhcpLinkLayerAddrFactory(opt);
 }

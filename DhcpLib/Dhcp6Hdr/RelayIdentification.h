@@ -27,7 +27,7 @@ public:
     const L3::VrfName& vrfName() const { return vrfName_; }
     void vrfNameIs(const L3::VrfName& name);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6VirtualSubnetSelection>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using V = Dhcp6VirtualSubnetSelection;
         return declarationOf<V>("Dhcp6VirtualSubnetSelection", Kcore::attribute("vssType", &V::vssType),
@@ -61,7 +61,7 @@ public:
     const Kitnet::EthAddr& llAddr() const { return llAddr_.value; }
     void llAddrIs(const Kitnet::EthAddr& address) { write(llAddr_, address); }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpLinkLayerAddr>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using V = DhcpLinkLayerAddr;
         return declarationOf<V>("DhcpLinkLayerAddr", Kcore::attribute("llAddrType", &V::llAddrType),

@@ -15,6 +15,7 @@ Dhcp6Duid::Ptr Dhcp6RemoteIdBase::duidIs(const Dhcp6OptionPtr& opt, U16 offset) 
 }
 
 Dhcp6RemoteId::Ptr dhcp6RemoteIdFactory(const Dhcp6OptionPtr& opt) { return Kcore::makeNode<Dhcp6RemoteId>(opt); }
+const Kcore::TypeData& Dhcp6RemoteId::typeData() const { return Kcore::typeDataOf<Dhcp6RemoteId>(); }
 Dhcp6RemoteId::Ptr Dhcp6RemoteId::Dhcp6RemoteIdIs(const Dhcp6OptionPtr& opt) { return dhcp6RemoteIdFactory(opt); }
 
 void Dhcp6RemoteId::handleInitialized() {
@@ -42,6 +43,7 @@ void Dhcp6RemoteId::subOptValueIs(const Kcore::String& value) {
 Dhcp6RemoteIdIntfName::Ptr dhcp6RemoteIdIntfNameFactory(const Dhcp6OptionPtr& opt) {
     return Kcore::makeNode<Dhcp6RemoteIdIntfName>(opt);
 }
+const Kcore::TypeData& Dhcp6RemoteIdIntfName::typeData() const { return Kcore::typeDataOf<Dhcp6RemoteIdIntfName>(); }
 Dhcp6RemoteIdIntfName::Ptr Dhcp6RemoteIdIntfName::Dhcp6RemoteIdIntfNameIs(const Dhcp6OptionPtr& opt) {
     return dhcp6RemoteIdIntfNameFactory(opt);
 }
@@ -61,6 +63,9 @@ void Dhcp6RemoteIdIntfName::interfaceNameIs(const Kcore::String& name) {
 Dhcp6RemoteIdHostAndIntfName::Ptr dhcp6RemoteIdHostAndIntfNameFactory(const Dhcp6OptionPtr& opt,
                                                                       U8 hostAndIntfNameLen) {
     return Kcore::makeNode<Dhcp6RemoteIdHostAndIntfName>(opt, hostAndIntfNameLen);
+}
+const Kcore::TypeData& Dhcp6RemoteIdHostAndIntfName::typeData() const {
+    return Kcore::typeDataOf<Dhcp6RemoteIdHostAndIntfName>();
 }
 Dhcp6RemoteIdHostAndIntfName::Ptr Dhcp6RemoteIdHostAndIntfName::Dhcp6RemoteIdHostAndIntfNameIs(
     const Dhcp6OptionPtr& opt, U8 hostAndIntfNameLen) {

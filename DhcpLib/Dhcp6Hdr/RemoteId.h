@@ -91,7 +91,7 @@ public:
     /// Writes type 1, the low 8 bits of the text's size, and the whole text.
     void subOptValueIs(const Kcore::String& value);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6RemoteId>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using V = Dhcp6RemoteId;
@@ -127,7 +127,7 @@ public:
     const Kcore::String& interfaceName() const { return interfaceName_; }
     void interfaceNameIs(const Kcore::String& name);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6RemoteIdIntfName>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using V = Dhcp6RemoteIdIntfName;
         return declarationOfRemoteId<V>("Dhcp6RemoteIdIntfName", Kcore::attribute("interfaceName", &V::interfaceName));
@@ -162,7 +162,7 @@ public:
     /// Writes the first `hostAndIntfNameLen` bytes of `name`, followed by zeros if it is shorter.
     void hostAndIntfNameIs(const Kcore::String& name);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6RemoteIdHostAndIntfName>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using V = Dhcp6RemoteIdHostAndIntfName;

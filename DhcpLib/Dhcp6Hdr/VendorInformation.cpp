@@ -3,6 +3,7 @@
 namespace DhcpLib {
 
 Dhcp6VSI::Ptr dhcp6VSIFactory(const Dhcp6OptionPtr& opt) { return Kcore::makeNode<Dhcp6VSI>(opt); }
+const Kcore::TypeData& Dhcp6VSI::typeData() const { return Kcore::typeDataOf<Dhcp6VSI>(); }
 Dhcp6VSI::Ptr Dhcp6VSI::Dhcp6VSIIs(const Dhcp6OptionPtr& opt) { return dhcp6VSIFactory(opt); }
 
 void Dhcp6VSI::handleInitialized() {
@@ -13,6 +14,7 @@ void Dhcp6VSI::handleInitialized() {
 CableLabsSubOption::Ptr cableLabsSubOptionFactory(const PktPtr& pkt, U16 offset) {
     return Kcore::makeNode<CableLabsSubOption>(pkt, offset);
 }
+const Kcore::TypeData& CableLabsSubOption::typeData() const { return Kcore::typeDataOf<CableLabsSubOption>(); }
 CableLabsSubOption::Ptr CableLabsSubOption::CableLabsSubOptionIs(const PktPtr& pkt, U16 offset) {
     return cableLabsSubOptionFactory(pkt, offset);
 }
@@ -24,6 +26,7 @@ void CableLabsSubOption::ip6AddrIs(const Kitnet::Ip6Addr& address, U16 fieldOffs
 CableLabsSubOptions::Ptr cableLabsSubOptionsFactory(const PktPtr& pkt, U16 offset) {
     return Kcore::makeNode<CableLabsSubOptions>(pkt, offset);
 }
+const Kcore::TypeData& CableLabsSubOptions::typeData() const { return Kcore::typeDataOf<CableLabsSubOptions>(); }
 CableLabsSubOptions::Ptr CableLabsSubOptions::CableLabsSubOptionsIs(const PktPtr& pkt, U16 offset) {
     return cableLabsSubOptionsFactory(pkt, offset);
 }

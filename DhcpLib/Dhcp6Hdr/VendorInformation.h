@@ -22,7 +22,7 @@ public:
     U32 entno() const { return entno_.value; }
     void entnoIs(U32 entno) { write(entno_, entno); }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<Dhcp6VSI>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         return declarationOf<Dhcp6VSI>("Dhcp6VSI", Kcore::attribute("entno", &Dhcp6VSI::entno));
     }
@@ -51,7 +51,7 @@ public:
     /// core i is 4 + 16 * i. Throws Tyk::InternalException "length value exceeds pkt-length." if it does not fit.
     void ip6AddrIs(const Kitnet::Ip6Addr& address, U16 fieldOffset);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<CableLabsSubOption>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         return declarationOf<CableLabsSubOption>(
             "CableLabsSubOption", Kcore::constant("ip6AddrIs", std::string_view("(address, fieldOffset)")));
@@ -79,7 +79,7 @@ public:
     const PktPtr& pkt() const { return pkt_; }
     U16 offset() const { return offset_; }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<CableLabsSubOptions>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using C = CableLabsSubOptions;

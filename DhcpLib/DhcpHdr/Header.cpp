@@ -7,6 +7,7 @@ namespace DhcpLib {
 DhcpHdrWrapper::Ptr dhcpHdrWrapperFactory(const PktPtr& pkt, U32 offset) {
     return Kcore::makeNode<DhcpHdrWrapper>(pkt, offset);
 }
+const Kcore::TypeData& DhcpHdrWrapper::typeData() const { return Kcore::typeDataOf<DhcpHdrWrapper>(); }
 DhcpHdrWrapper::Ptr DhcpHdrWrapper::DhcpHdrWrapperIs(const PktPtr& pkt, U32 offset) {
     return dhcpHdrWrapperFactory(pkt, offset);
 }
@@ -24,6 +25,7 @@ void DhcpHdrWrapper::handleHeader() {
 }
 
 MagicCookie::Ptr magicCookieFactory(const PktPtr& pkt, U16 offset) { return Kcore::makeNode<MagicCookie>(pkt, offset); }
+const Kcore::TypeData& MagicCookie::typeData() const { return Kcore::typeDataOf<MagicCookie>(); }
 MagicCookie::Ptr MagicCookie::MagicCookieIs(const PktPtr& pkt, U16 offset) { return magicCookieFactory(pkt, offset); }
 
 void MagicCookie::handleInitialized() {

@@ -215,7 +215,7 @@ public:
     Kitnet::EthAddr chaddr() const { return get(&DhcpHdr::chaddr); }
     void chaddrIs(const Kitnet::EthAddr& chaddr) { set(&DhcpHdr::chaddrIs, chaddr); }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpHdrWrapper>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using W = DhcpHdrWrapper;
@@ -265,7 +265,7 @@ public:
     bool isDhcpMagicCookie() const { return isDhcpMagicCookie_; }
     bool initialized() const { return initialized_; }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<MagicCookie>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         return Kcore::declare("MagicCookie", attribute("pkt", &MagicCookie::pkt),

@@ -5,12 +5,16 @@ namespace DhcpLib {
 DhcpMsgOption::Ptr dhcpMsgOptionFactory(const PktPtr& pkt, U16 offset) {
     return Kcore::makeNode<DhcpMsgOption>(pkt, offset);
 }
+const Kcore::TypeData& DhcpMsgOption::typeData() const { return Kcore::typeDataOf<DhcpMsgOption>(); }
 DhcpMsgOption::Ptr DhcpMsgOption::DhcpMsgOptionIs(const PktPtr& pkt, U16 offset) {
     return dhcpMsgOptionFactory(pkt, offset);
 }
 
 DhcpInformationSubOption::Ptr dhcpInformationSubOptionFactory(const PktPtr& pkt, U16 offset) {
     return Kcore::makeNode<DhcpInformationSubOption>(pkt, offset);
+}
+const Kcore::TypeData& DhcpInformationSubOption::typeData() const {
+    return Kcore::typeDataOf<DhcpInformationSubOption>();
 }
 DhcpInformationSubOption::Ptr DhcpInformationSubOption::DhcpInformationSubOptionIs(const PktPtr& pkt, U16 offset) {
     return dhcpInformationSubOptionFactory(pkt, offset);
@@ -19,6 +23,7 @@ DhcpInformationSubOption::Ptr DhcpInformationSubOption::DhcpInformationSubOption
 DhcpMsgOptions::Ptr dhcpMsgOptionsFactory(const PktPtr& pkt, U16 offset) {
     return Kcore::makeNode<DhcpMsgOptions>(pkt, offset);
 }
+const Kcore::TypeData& DhcpMsgOptions::typeData() const { return Kcore::typeDataOf<DhcpMsgOptions>(); }
 DhcpMsgOptions::Ptr DhcpMsgOptions::DhcpMsgOptionsIs(const PktPtr& pkt, U16 offset) {
     return dhcpMsgOptionsFactory(pkt, offset);
 }
@@ -30,6 +35,9 @@ void DhcpMsgOptions::handleInitialized() {
 
 DhcpInformationSubOptions::Ptr dhcpInformationSubOptionsFactory(const DhcpMsgOption::Ptr& opt) {
     return Kcore::makeNode<DhcpInformationSubOptions>(opt);
+}
+const Kcore::TypeData& DhcpInformationSubOptions::typeData() const {
+    return Kcore::typeDataOf<DhcpInformationSubOptions>();
 }
 DhcpInformationSubOptions::Ptr DhcpInformationSubOptions::DhcpInformationSubOptionsIs(const DhcpMsgOption::Ptr& opt) {
     return dhcpInformationSubOptionsFactory(opt);

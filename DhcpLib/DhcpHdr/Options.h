@@ -23,7 +23,7 @@ public:
     /// As optTypeIs, for any code.
     void optIs(U8 code) { writeCode(code); }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpMsgOption>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() { return declarationOf<DhcpMsgOption>("DhcpMsgOption"); }
 
 private:
@@ -47,7 +47,7 @@ public:
     using TlvItem::TlvItem;
     static Ptr DhcpInformationSubOptionIs(const PktPtr& pkt, U16 offset);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpInformationSubOption>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() { return declarationOf<DhcpInformationSubOption>("DhcpInformationSubOption"); }
 
 private:
@@ -96,7 +96,7 @@ public:
     const PktPtr& pkt() const { return pkt_; }
     U16 offset() const { return offset_; }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpMsgOptions>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using C = DhcpMsgOptions;
@@ -126,7 +126,7 @@ public:
 
     const DhcpMsgOption::Ptr& opt() const { return opt_; }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpInformationSubOptions>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using C = DhcpInformationSubOptions;

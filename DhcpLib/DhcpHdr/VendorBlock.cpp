@@ -5,6 +5,9 @@ namespace DhcpLib {
 QuorvaSpecificSubOptionSubOpt::Ptr quorvaSpecificSubOptionSubOptFactory(const PktPtr& pkt, U16 offset) {
     return Kcore::makeNode<QuorvaSpecificSubOptionSubOpt>(pkt, offset);
 }
+const Kcore::TypeData& QuorvaSpecificSubOptionSubOpt::typeData() const {
+    return Kcore::typeDataOf<QuorvaSpecificSubOptionSubOpt>();
+}
 QuorvaSpecificSubOptionSubOpt::Ptr QuorvaSpecificSubOptionSubOpt::QuorvaSpecificSubOptionSubOptIs(const PktPtr& pkt,
                                                                                                   U16 offset) {
     return quorvaSpecificSubOptionSubOptFactory(pkt, offset);
@@ -13,6 +16,7 @@ QuorvaSpecificSubOptionSubOpt::Ptr QuorvaSpecificSubOptionSubOpt::QuorvaSpecific
 DhcpVendorSpecificData::Ptr dhcpVendorSpecificDataFactory(const PktPtr& pkt, U16 offset, U32 entno, U8 len) {
     return Kcore::makeNode<DhcpVendorSpecificData>(pkt, offset, entno, len);
 }
+const Kcore::TypeData& DhcpVendorSpecificData::typeData() const { return Kcore::typeDataOf<DhcpVendorSpecificData>(); }
 DhcpVendorSpecificData::Ptr DhcpVendorSpecificData::DhcpVendorSpecificDataIs(const PktPtr& pkt, U16 offset, U32 entno,
                                                                              U8 len) {
     return dhcpVendorSpecificDataFactory(pkt, offset, entno, len);
@@ -42,6 +46,9 @@ void DhcpVendorSpecificData::writeHeader() {
 
 DhcpVendorSpecificSubOpt::Ptr dhcpVendorSpecificSubOptFactory(const DhcpInformationSubOption::Ptr& opt) {
     return Kcore::makeNode<DhcpVendorSpecificSubOpt>(opt);
+}
+const Kcore::TypeData& DhcpVendorSpecificSubOpt::typeData() const {
+    return Kcore::typeDataOf<DhcpVendorSpecificSubOpt>();
 }
 DhcpVendorSpecificSubOpt::Ptr DhcpVendorSpecificSubOpt::DhcpVendorSpecificSubOptIs(
     const DhcpInformationSubOption::Ptr& opt) {

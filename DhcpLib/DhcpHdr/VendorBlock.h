@@ -18,7 +18,7 @@ public:
     using TlvItem::TlvItem;
     static Ptr QuorvaSpecificSubOptionSubOptIs(const PktPtr& pkt, U16 offset);
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<QuorvaSpecificSubOptionSubOpt>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         return declarationOf<QuorvaSpecificSubOptionSubOpt>("QuorvaSpecificSubOptionSubOpt");
     }
@@ -87,7 +87,7 @@ public:
     /// The number of data bytes given to the constructor.
     U8 len() const { return len_; }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpVendorSpecificData>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using C = DhcpVendorSpecificData;
@@ -127,7 +127,7 @@ public:
     const DhcpVendorSpecificData::Ptr& quorvaSpecificOpt() const { return quorvaSpecificOpt_; }
     bool initialized() const { return initialized_; }
 
-    const Kcore::TypeData& typeData() const override { return Kcore::typeDataOf<DhcpVendorSpecificSubOpt>(); }
+    const Kcore::TypeData& typeData() const override;
     static constexpr auto declaration() {
         using Kcore::attribute;
         using C = DhcpVendorSpecificSubOpt;

@@ -48,7 +48,7 @@ void appendEncoded(std::string& out, const T& value) {
     std::string_view gap;
     const auto append = [&]<class Access>(const Attribute<Access>& attribute) {
         if constexpr (!isDerived<Access>) {
-            const auto& member = std::invoke(attribute.access, value);
+            const auto& member = valueOf(attribute.access, value);
             using Member = std::remove_cvref_t<decltype(member)>;
             out.append(gap).append(attribute.name).push_back('=');
             if constexpr (std::same_as<Member, String>)
@@ -60,7 +60,7 @@ void appendEncoded(std::string& out, const T& value) {
             gap = ",";
         }
     };
-    std::apply([&](const auto&... attribute) { (append(attribute), ...); }, T::declaration().attributes);
+    T::declaration().attributes.apply([&](const auto&... attribute) { (append(attribute), ...); });
     out.push_back('}');
 }
 
@@ -87,7 +87,7 @@ bool sequenceToValue(CharRange& range, T* value) {
             gap = ",";
         }
     };
-    std::apply([&](const auto&... attribute) { (readOne(attribute), ...); }, T::declaration().attributes);
+    T::declaration().attributes.apply([&](const auto&... attribute) { (readOne(attribute), ...); });
     if (!good || !ahead.take("}")) return false;
     *value = read;
     range = ahead;

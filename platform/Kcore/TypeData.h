@@ -1,11 +1,10 @@
 #pragma once
 
-#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "Kcore/Export.h"
@@ -27,12 +26,23 @@ constexpr Attribute<Access> attribute(std::string_view name, Access access) {
     return {name, access};
 }
 
+/// The value of the attribute of `object` that `access` gives. A compiler takes longer for std::invoke.
+template <class Access, class T>
+constexpr decltype(auto) valueOf(const Access& access, const T& object) {
+    if constexpr (std::is_member_function_pointer_v<Access>)
+        return (object.*access)();
+    else if constexpr (std::is_member_object_pointer_v<Access>)
+        return (object.*access);
+    else
+        return access(object);
+}
+
 /// Marks an attribute that is computed from others.
 template <class Access>
 struct DerivedAccess {
     Access access;  ///< as in Attribute
     /// The value of the attribute.
-    decltype(auto) operator()(const auto& object) const { return std::invoke(access, object); }
+    decltype(auto) operator()(const auto& object) const { return valueOf(access, object); }
 };
 /// Whether an attribute with this access is computed from others.
 template <class Access>
@@ -59,17 +69,47 @@ constexpr auto text(std::string_view name, const String& (T::*access)() const) {
     return attribute(name, [access](const T& object) { return (object.*access)().view(); });
 }
 
+namespace Detail {
+
+/// The attribute at one place of a list.
+template <std::size_t Place, class Access>
+struct AttributeAt {
+    Attribute<Access> attribute;
+};
+
+/// A list of attributes. A compiler takes much longer for a std::tuple of that size.
+template <class Places, class... Accesses>
+struct AttributeList;
+template <std::size_t... Places, class... Accesses>
+struct AttributeList<std::index_sequence<Places...>, Accesses...> : AttributeAt<Places, Accesses>... {
+    static constexpr std::size_t size() { return sizeof...(Accesses); }
+    /// Calls `visit` with all attributes.
+    template <class Visit>
+    constexpr decltype(auto) apply(Visit visit) const {
+        return visit(static_cast<const AttributeAt<Places, Accesses>&>(*this).attribute...);
+    }
+};
+
+/// The attribute at `Place` of a list.
+template <std::size_t Place, class Access>
+constexpr const Attribute<Access>& attributeAt(const AttributeAt<Place, Access>& entry) {
+    return entry.attribute;
+}
+
+}  // namespace Detail
+
 /// The name of a class and its attributes in order. A class states them once, in `static constexpr auto declaration()`.
 /// The attribute table, equality, hashing, text encoding and decoding are derived from it.
 template <class... Accesses>
 struct Declaration {
-    std::string_view name;                          ///< the name of the class, without namespaces
-    std::tuple<Attribute<Accesses>...> attributes;  ///< in order
+    std::string_view name;  ///< the name of the class, without namespaces
+    /// All attributes in order; `attributes.apply(visit)` calls `visit` with them as arguments.
+    Detail::AttributeList<std::index_sequence_for<Accesses...>, Accesses...> attributes;
 };
 /// A declaration of those attributes. `name` is the name of the class, without namespaces.
 template <class... Accesses>
 constexpr Declaration<Accesses...> declare(std::string_view name, Attribute<Accesses>... attributes) {
-    return {name, {attributes...}};
+    return {name, {{attributes}...}};
 }
 
 /// A class with a declaration.
@@ -81,18 +121,15 @@ concept Declared = requires {
 /// Calls `visit(name, value)` for each attribute of `object`, in order.
 template <class T, class Visit>
 void forEachAttribute(const T& object, Visit visit) {
-    std::apply([&](const auto&... a) { (visit(a.name, std::invoke(a.access, object)), ...); },
-               T::declaration().attributes);
+    T::declaration().attributes.apply([&](const auto&... a) { (visit(a.name, valueOf(a.access, object)), ...); });
 }
 
 /// Whether all attributes of `a` and `b` are equal.
 template <class T>
 bool equalAttributes(const T& a, const T& b) {
-    return std::apply(
-        [&](const auto&... attribute) {
-            return ((std::invoke(attribute.access, a) == std::invoke(attribute.access, b)) && ...);
-        },
-        T::declaration().attributes);
+    return T::declaration().attributes.apply([&](const auto&... attribute) {
+        return ((valueOf(attribute.access, a) == valueOf(attribute.access, b)) && ...);
+    });
 }
 
 /// Hash of all attributes.
@@ -148,12 +185,12 @@ template <class T, std::size_t I>
 void appendAttribute(std::string& out, const void* address) {
     using Seen = std::conditional_t<std::is_base_of_v<Node, T>, Node, T>;
     const T& object = static_cast<const T&>(*static_cast<const Seen*>(address));
-    appendText(out, std::invoke(std::get<I>(T::declaration().attributes).access, object));
+    appendText(out, valueOf(attributeAt<I>(T::declaration().attributes).access, object));
 }
 
 template <class T, std::size_t... I>
 std::vector<AttributeData> attributeRows(std::index_sequence<I...>) {
-    return {AttributeData{std::get<I>(T::declaration().attributes).name, &appendAttribute<T, I>}...};
+    return {AttributeData{attributeAt<I>(T::declaration().attributes).name, &appendAttribute<T, I>}...};
 }
 
 template <class E>
@@ -172,7 +209,7 @@ TypeData textValueTypeData() {
 
 template <class T>
 TypeData classTypeData() {
-    constexpr std::size_t count = std::tuple_size_v<decltype(T::declaration().attributes)>;
+    constexpr std::size_t count = decltype(T::declaration().attributes)::size();
     return {T::declaration().name, attributeRows<T>(std::make_index_sequence<count>{})};
 }
 
