@@ -30,7 +30,7 @@ template struct InterfaceName<Kitnet::IntfId>;
 template struct VlanNumber<Bridging::VlanId>;
 template struct VlanNumber<Bridging::VlanIdOrNone>;
 template struct VlanSettings<Bridging::Config, Kitnet::IntfId>;
-template struct ByteString<Kcore::String>;
+template struct ClearableString<Kcore::String>;
 template struct ByteString<L3::VrfName>;
 template struct ByteBuffer<Kcore::Bytes>;
 template struct Exception<Kcore::RangeException>;

@@ -272,7 +272,7 @@ struct VlanSettings {
         "VLAN settings: switchportMode() of an entry is missing: access, trunk or dot1qTunnel");
 };
 
-/// An immutable string of any bytes.
+/// A string of any bytes.
 template <class T>
 struct ByteString {
     static_assert(std::default_initializable<T> && std::copyable<T> && std::equality_comparable<T>,
@@ -300,6 +300,13 @@ struct ByteString {
             { s.view() } -> std::same_as<std::string_view>;
         },
         "byte string: view() is missing");
+};
+
+/// The byte string of an attribute that a parser resets.
+template <class T>
+struct ClearableString : ByteString<T> {
+    static_assert(
+        requires(T & s) { s.clear(); }, "byte string: clear() is missing");
 };
 
 /// A growable buffer, in which options are assembled.
