@@ -92,6 +92,7 @@ private:
     template <std::unsigned_integral T>
     T loadCut(U32 pos) const {
         U64 value = 0;
+        // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): the analyzer forgets that a view of no bytes has size 0
         for (U32 i = 0; i < sizeof(T); ++i) value = value << 8 | (from(pos) > i ? data_[pos + i] : 0u);
         return static_cast<T>(value);
     }

@@ -29,6 +29,7 @@ TEST(KcorePtr, TheLastPointerDestroysTheNode) {
     {
         const Ptr<const Node> asBase = first;
         Ptr<Leaf> moved = std::move(first);
+        // NOLINTNEXTLINE(bugprone-use-after-move): a pointer that was moved from is null
         EXPECT_TRUE(first == nullptr && asBase == moved && moved->useCount() == 2);
         first = moved;
         const Ptr<Leaf>& same = moved;

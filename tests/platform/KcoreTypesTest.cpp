@@ -71,7 +71,7 @@ struct Outer {
 
 const Outer whole{true, String("q\"\\,}\n\0\xff", 8), {65535, Gear::highest}, -7};
 constexpr std::string_view wholeText =
-    "Outer{on=true,name=\"q\\\"\\\\,}\\x0a\\x00\\xff\",inner=Inner{port=65535,gear=highest},delta=-7}";
+    R"(Outer{on=true,name="q\"\\,}\x0a\x00\xff",inner=Inner{port=65535,gear=highest},delta=-7})";
 
 TEST(KcoreDeclaration, YieldsEqualityAndHash) {
     EXPECT_EQ(hashOf(whole), hashOf(Outer(whole)));
@@ -103,8 +103,8 @@ TEST(KcoreDeclaration, OtherTextIsRefusedAndChangesNothing) {
     };
     for (std::size_t size = 0; size < wholeText.size(); ++size) refused(wholeText.substr(0, size));
     const std::string_view tail = ",inner=Inner{port=1,gear=low},delta=1}";
-    for (const char* head : {"outer{on=true,name=\"\"", "Outer{on=1,name=\"\"", "Outer{name=\"\",on=true",
-                             "Outer{on=true,name=\"\\y\"", "Outer{on=true,name=\"\\xfF\""})
+    for (const char* head : {R"(outer{on=true,name="")", R"(Outer{on=1,name="")", R"(Outer{name="",on=true)",
+                             R"(Outer{on=true,name="\y")", R"(Outer{on=true,name="\xfF")"})
         refused(std::string(head).append(tail));
     refused("Outer{on=true,name=\"\",inner=Inner{port=65536,gear=low},delta=1}");
 }
