@@ -122,7 +122,7 @@ std::string resultsOf(const PktPtr& pkt, U32 message, bool v6) {
 }
 
 PktPtr followedBy(const Octets& bytes, U8 junk) {
-    const PktPtr pkt = packet(bytes + Octets(Kitnet::Pkt::guardBytes, junk), Kitnet::Pkt::Storage::roomy);
+    PktPtr pkt = packet(bytes + Octets(Kitnet::Pkt::guardBytes, junk), Kitnet::Pkt::Storage::roomy);
     pkt->delSharedTailData(Kitnet::Pkt::guardBytes);
     return pkt;
 }

@@ -32,7 +32,7 @@ std::string lineStart(const Frame& frame) { return "frame " + std::to_string(fra
 
 /// The frame's headers followed by `message`. Bytes behind the old datagram are dropped.
 PktPtr frameOf(std::span<const U8> headers, const Pkt& message, U32 ipAt) {
-    const PktPtr frame = packetOf(headers);
+    PktPtr frame = packetOf(headers);
     const U32 at = frame->bytes();
     frame->newSharedTailData(message.bytes());
     DhcpLib::Wire::store(*frame, at, std::span<const U8>(message.data(), message.bytes()));
