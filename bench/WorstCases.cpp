@@ -10,7 +10,6 @@ namespace DhcpBench {
 namespace {
 
 using DhcpLib::Dhcp6Options;
-using DhcpLib::DhcpMsgOptions;
 
 constexpr std::size_t size = 65535;
 
@@ -128,7 +127,7 @@ void registerWorstCases() {
         measureWorst(
             worst(isNew ? "preparePacketNew" : "preparePacket", bootpHeader(Op::reply), {{82, 2, 9, 0}, {7, 0}}),
             [function = isNew ? preparePacketNew : preparePacket](const Input& input) {
-                const auto pkt = Kitnet::globalPktManager().newPkt(input.frame);
+                auto pkt = Kitnet::globalPktManager().newPkt(input.frame);
                 pkt->data()[size - 1] = 255;
                 function(pkt, DhcpLib::BootpOption::bootpReply, true, "", "", "", {}, {}, 0, true, "", {});
                 return pkt;
