@@ -27,8 +27,8 @@ namespace {
 
 using Input = std::vector<std::uint8_t>;
 
-constexpr std::size_t maxPrefixes = 3000;     // about; for a larger corpus, evenly spread ones
-constexpr std::size_t usualMutations = 3000;  // for the whole corpus; --mutations=N asks for others
+constexpr std::size_t maxPrefixes = 3000;     // of the whole corpus, roughly; evenly spread if there are more
+constexpr std::size_t usualMutations = 3000;  // of the whole corpus; --mutations=N asks for others
 constexpr std::size_t maxEdits = 6;           // per mutation
 constexpr unsigned maxSeconds = 20;           // per input
 

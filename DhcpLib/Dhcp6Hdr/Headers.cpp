@@ -31,6 +31,7 @@ bool Dhcp6Xid::parse(std::string_view text, Dhcp6Xid* value) {
 Dhcp6HdrBase::~Dhcp6HdrBase() = default;
 
 const Kcore::TypeData& Dhcp6HdrBase::typeData() const { return Kcore::typeDataOf<Dhcp6HdrBase>(); }
+
 void Dhcp6HdrBase::handleInitializedBase() {
     if (std::exchange(initializedBase_, true)) return;
     read(msg_);

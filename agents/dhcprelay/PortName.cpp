@@ -11,9 +11,6 @@ PortName::PortName(const std::string& option, const std::string& text) {
     const auto flush = [&] {
         if (!literal.empty()) parts_.push_back({0, std::exchange(literal, {})});
     };
-    const auto refuse = [&] {
-        throw UsageError("--" + option + " " + text + ": after % only i, v, m and % are allowed");
-    };
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] != '%') {
             literal += text[i];
@@ -24,7 +21,8 @@ PortName::PortName(const std::string& option, const std::string& text) {
             literal += '%';
             continue;
         }
-        if (kind != 'i' && kind != 'v' && kind != 'm') refuse();
+        if (kind != 'i' && kind != 'v' && kind != 'm')
+            throw UsageError("--" + option + " " + text + ": after % only i, v, m and % are allowed");
         flush();
         parts_.push_back({kind, {}});
     }
