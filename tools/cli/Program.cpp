@@ -7,10 +7,9 @@
 
 #include "CommandText.h"
 #include "Completion.h"
-#include "DhcpLib/Config.h"
-#include "DhcpLib/Version.h"
 #include "Help.h"
 #include "ManPage.h"
+#include "VersionText.h"
 
 namespace Cli {
 
@@ -44,11 +43,6 @@ void describe(CLI::App& app, const Program& program) {
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
         ->configurable(false)
         ->group("");
-}
-
-std::string versionText(std::string_view program) {
-    return std::string(program) + ' ' + DhcpLib::version + "\nbuild " DHCPLIB_BUILD_TEXT "\nenterprise number " +
-           std::to_string(DhcpLib::enterpriseNumber);
 }
 
 }  // namespace Cli

@@ -33,7 +33,4 @@ struct Program {
 /// All other line breaks are ignored. An option with few possible values names them as its type: "text|json".
 void describe(CLI::App& app, const Program& program);
 
-/// The text for --version: version, build and enterprise number.
-std::string versionText(std::string_view program);
-
 }  // namespace Cli
