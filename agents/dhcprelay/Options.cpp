@@ -300,7 +300,7 @@ std::optional<Settings> settingsOf(int argc, const char* const* argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {
-        app.exit(help);
+        Cli::answer(app, help);
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
         throw UsageError(error.what());

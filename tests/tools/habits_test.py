@@ -38,6 +38,13 @@ class CommandLine(unittest.TestCase):
             self.assertTrue(text.startswith("Usage: "))
             self.assertEqual([line for line in text.splitlines() if len(line) > 80], [])
 
+    def test_output_that_does_not_fit_is_an_error(self):
+        for name, program in PROGRAMS.items():
+            for option in ("--help", "--version", "--generate=man"):
+                with open("/dev/full", "wb") as full:
+                    done = subprocess.run([program, option], stdout=full, stderr=subprocess.PIPE, check=False)
+                self.assertEqual((done.returncode, done.stderr), (1, f"{name}: cannot write the output\n".encode()))
+
     def test_wrong_words_are_named_and_the_right_ones_suggested(self):
         capture = bundled("v4-dhclient-dhcpd")
         for arguments, status, told in (

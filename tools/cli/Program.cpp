@@ -1,6 +1,7 @@
 #include "Program.h"
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
@@ -15,6 +16,12 @@ namespace Cli {
 
 namespace {
 
+/// Throws if the output cannot be written. A reader that ends early is no error.
+void flushOutput() {
+    errno = 0;
+    if (!std::cout.flush() && errno != EPIPE) throw std::runtime_error("cannot write the output");
+}
+
 void generate(const CLI::App& app, const Program& program, const std::string& what) {
     const CommandText command = commandText(app);
     if (what == "man")
@@ -25,7 +32,7 @@ void generate(const CLI::App& app, const Program& program, const std::string& wh
         std::cout << zshCompletion(command);
     else
         std::cout << fishCompletion(command);
-    if (!std::cout.flush()) throw std::runtime_error("cannot write the output");
+    flushOutput();
 }
 
 }  // namespace
@@ -43,6 +50,11 @@ void describe(CLI::App& app, const Program& program) {
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
         ->configurable(false)
         ->group("");
+}
+
+void answer(const CLI::App& app, const CLI::Success& asked) {
+    app.exit(asked);
+    flushOutput();
 }
 
 }  // namespace Cli

@@ -5,7 +5,8 @@
 
 namespace CLI {
 class App;
-}
+class Success;
+}  // namespace CLI
 
 namespace Cli {
 
@@ -32,5 +33,8 @@ struct Program {
 /// Texts given to `app` are split into paragraphs at blank lines. A line that starts with a space is printed as it is.
 /// All other line breaks are ignored. An option with few possible values names them as its type: "text|json".
 void describe(CLI::App& app, const Program& program);
+
+/// Prints the help or the version that the command line asks for. Throws std::runtime_error if it cannot be written.
+void answer(const CLI::App& app, const CLI::Success& asked);
 
 }  // namespace Cli

@@ -75,7 +75,8 @@ int run(int argc, char** argv) {
         std::ranges::reverse(arguments);  // as parse() wants them
         app.parse(std::move(arguments));
     } catch (const CLI::Success& help) {
-        return app.exit(help);
+        Cli::answer(app, help);
+        return done;
     } catch (const CLI::ParseError& error) {
         complain(harmless(error.what()) + Cli::optionHint(app) + "; see --help");
         return failed;
