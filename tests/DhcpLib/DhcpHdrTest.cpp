@@ -108,6 +108,18 @@ TEST(DhcpHdrHeader, ReadsAndWritesEachFieldInItsPlace) {
     written.chaddrIs(read->chaddr());
     EXPECT_EQ(bytesOf(*pkt), hex("A5") + Octets(wire.begin() + 1, wire.end()) + hex("A5"));
 
+    const DhcpHdr& record = *read->header();
+    DhcpHdr copy = record;
+    copy.xidIs({});
+    copy.secsIs({});
+    copy.flagsIs({});
+    EXPECT_NE(copy.hash(), record.hash());
+    copy.xidIs(record.xid());
+    copy.secsIs(record.secs());
+    copy.flagsIs(record.flags());
+    EXPECT_EQ(copy, record);
+    EXPECT_EQ(copy.hash(), record.hash());
+
     pkt->newSharedHeadData(7);
     written.handleHeader();
     EXPECT_EQ(written.header(), static_cast<void*>(pkt->data() + 1));
@@ -136,6 +148,11 @@ TEST(DhcpHdrHeader, HopsAndFlagsKeepTheirRules) {
     cleared.broadcastIs(false);
     EXPECT_EQ(cleared.value().value(), 0x7fff);
     EXPECT_EQ(cleared.mbz(), 0x7fff);
+    EXPECT_TRUE(set.broadcast() && !cleared.broadcast() && cleared && cleared < set && cleared.hash() != set.hash());
+    cleared.valueIs(set.value());
+    EXPECT_EQ(cleared, set);
+    EXPECT_EQ(Kcore::textOf(set), "65535");
+    EXPECT_FALSE(Flags() || BootpOp());
 }
 
 TEST(DhcpHdrItem, SettersChangeNothingWhereThereIsNoDataOrNoRoom) {

@@ -40,6 +40,32 @@ TEST(PamManager, CreatesThePlatformObjectsAndDestroysThemInReverse) {
     EXPECT_EQ(inputs.all->useCount() + inputs.local->useCount(), 2u);
 }
 
+TEST(PamManager, DropsEachObjectOnItsOwn) {
+    const PlatformInputs inputs;
+    const auto pam = PamManager::PamManagerIs("Dhcp4PamMan", inputs.all, inputs.local, inputs.kni);
+    EXPECT_TRUE(pam->initialized() && pam->name() == "Dhcp4PamMan" && pam->allIntfStatusDir() == inputs.all &&
+                pam->allIntfStatusLocalDir() == inputs.local && pam->kniStatus() == inputs.kni);
+    std::string types;
+    for (const Kcore::Node* node : std::initializer_list<const Kcore::Node*>{
+             pam.get(), inputs.kni.get(), inputs.all.get(), inputs.local.get(), pam->deviceIntfStatusDir().get(),
+             pam->pamDesiredIntfDir().get(), pam->ethDevPamCollection().get(), pam->intfStatusManager().get(),
+             pam->ethDevPamManager().get()})
+        types.append(node->typeData().name()).append(" ");
+    EXPECT_EQ(types,
+              "PamManager Status AllIntfStatusDir AllIntfStatusLocalDir DeviceIntfStatusDir PamDesiredIntfDir "
+              "EthDevPamCollection LagLocalDeviceIntfStatusManager EthDevPamManager ");
+    TraceRecorder trace(4, {"Interface", "DhcpLib"});
+    pam->handleInitialized();
+    pam->ethDevPamManagerDel();
+    pam->intfStatusManagerDel();
+    pam->ethDevPamCollectionDel();
+    pam->pamDesiredIntfDirDel();
+    pam->deviceIntfStatusDirDel();
+    EXPECT_EQ(trace.lines(), (Lines{"4 EthDevPamManager dropped", "4 LagLocalDeviceIntfStatusManager dropped",
+                                    "4 EthDevPamCollection edpc dropped", "4 PamDesiredIntfDir pdid dropped",
+                                    "4 DeviceIntfStatusDir disd dropped"}));
+}
+
 using LiveSnooping = NetNamespace;
 
 /// A UDP datagram to port 69.

@@ -102,6 +102,20 @@ TEST_F(PacketAccess, DirectoriesFollowKernelDevices) {
     EXPECT_EQ(changes(), Names{"0x"});
 }
 
+TEST_F(PacketAccess, AnInterfaceHasTheDeviceThatTheFirstSourceNames) {
+    const IntfId uplink("uplink");
+    const auto index = [&] { return device("uplink") != nullptr ? device("uplink")->ifIndex() : 0; };
+    statusManager->kernelOnlyInterfaceIs(uplink, "lo");
+    EXPECT_EQ(index(), if_nametoindex("lo"));
+    local->deviceNameIs(uplink, "va");
+    EXPECT_EQ(index(), if_nametoindex("va"));
+    EXPECT_EQ(statusManager->kernelOnlyInterface().size(), 1u);
+    local->deviceNameDel(uplink);
+    EXPECT_EQ(index(), if_nametoindex("lo"));
+    statusManager->kernelOnlyInterfaceDel(uplink);
+    EXPECT_EQ(index(), 0u);
+}
+
 TEST_F(PacketAccess, RecoversFromLostNotifications) {
     ip("link add vy type veth peer name vz");
     kni->handleReadable();
