@@ -33,7 +33,7 @@ struct Fields {
 /// Empty if the data holds a VRF name of more than 100 bytes.
 std::optional<Fields> read(const PktPtr& pkt, U16 offset) {
     try {
-        return Fields(*dhcp6InterfaceIdFactory(dhcp6OptionFactory(pkt, offset)));
+        return Fields(*Dhcp6InterfaceId::Dhcp6InterfaceIdIs(dhcp6OptionFactory(pkt, offset)));
     } catch (const Kcore::RangeException&) {
         return std::nullopt;
     }
@@ -79,6 +79,9 @@ void checkWrite(const Octets& seed, std::size_t room) {
     const std::string error = internalErrorOf([&] { view->setInterfaceIdDataInPkt(); });
     const bool unset = fields.intfName.empty() || fields.vrfName.empty();
     expect((error == "Intf Name or Vrf Name is not set") == unset);
+    const auto announced = interfaceIdBytes({fields.intfName.view(), fields.vrfName.view(), fields.ip, fields.mac});
+    expect(announced.has_value() == (!unset && sizeOf(fields) <= (elements ? 255u : 65535u)));
+    expect(!announced || *announced == sizeOf(fields));
     expect(Fields(*view) == fields);
     if (!error.empty()) {
         expect(bytesOf(*pkt) == before);

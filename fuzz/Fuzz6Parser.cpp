@@ -2,6 +2,7 @@
 // reserved VLAN makes it throw.
 
 #include "DhcpLib/Dhcp6Hdr.h"
+#include "DhcpLib/Dhcp6Identifiers.h"
 #include "DhcpLib/Dhcp6Parser.h"
 #include "Kcore/Exception.h"
 #include "OptionsInput.h"
@@ -50,6 +51,12 @@ void checkAccepted(const PktPtr& pkt, const Dhcp6PacketParser& p) {
     const auto remoteId = options.option(Dhcp6OptionType::remoteId);
     expect(p.cIdOption() == static_cast<bool>(clientId));
     expect(p.rIdOption() == (clientId && remoteId));
+    const auto ids = dhcp6Identifiers(pkt, {message, pkt->bytes()});
+    // The parser reads an address past the option's end, dhcp6Identifiers does not.
+    const bool same =
+        clientId && ids.clientId.option.offset == clientId->offset() &&
+        ((clientId->len() == 10 && p.cIdDuidType() == 3) || (clientId->len() == 14 && p.cIdDuidType() == 1));
+    expect(!same || ids.clientId.duidllAddr == p.cIdDuidllAddr());
     if (clientId) checkClientId(p, clientId);
     if (clientId && remoteId) checkRemoteId(p, remoteId);
 }

@@ -65,25 +65,25 @@ using Opt = const Dhcp6OptionPtr&;
 const std::vector<Kind>& kinds() {
     using V = Values;
     static const std::vector<Kind> all{
-        {[](Opt o) { return dhcp6IanaFactory(o); }, {field<Dhcp6Ia>(4, &Dhcp6Ia::iaidIs, &V::u32)}},
-        {[](Opt o) { return dhcp6IapdFactory(o); }, {field<Dhcp6Ia>(4, &Dhcp6Ia::iaidIs, &V::u32)}},
-        {[](Opt o) { return dhcp6IaAddrFactory(o); },
+        {[](Opt o) { return Dhcp6Iana::Dhcp6IanaIs(o); }, {field<Dhcp6Ia>(4, &Dhcp6Ia::iaidIs, &V::u32)}},
+        {[](Opt o) { return Dhcp6Iapd::Dhcp6IapdIs(o); }, {field<Dhcp6Ia>(4, &Dhcp6Ia::iaidIs, &V::u32)}},
+        {[](Opt o) { return Dhcp6IaAddr::Dhcp6IaAddrIs(o); },
          {field(4, &Dhcp6IaAddr::pfxAddrIs, &V::ip6), field(24, &Dhcp6IaAddr::validLifetimeIs, &V::u32)}},
-        {[](Opt o) { return dhcp6IaPfxFactory(o); },
+        {[](Opt o) { return Dhcp6IaPfx::Dhcp6IaPfxIs(o); },
          {field(8, &Dhcp6IaPfx::validLifetimeIs, &V::u32), field(12, &Dhcp6IaPfx::pfxLenIs, &V::u8),
           field(13, &Dhcp6IaPfx::pfxAddrIs, &V::ip6)}},
-        {[](Opt o) { return dhcp6RemoteIdFactory(o); },
+        {[](Opt o) { return Dhcp6RemoteId::Dhcp6RemoteIdIs(o); },
          {field<Dhcp6RemoteIdBase>(4, &Dhcp6RemoteId::entnoIs, &V::u32),
           field(18, &Dhcp6RemoteId::interfaceIdIs, &V::u64)}},
-        {[](Opt o) { return dhcp6RemoteIdIntfNameFactory(o); },
+        {[](Opt o) { return Dhcp6RemoteIdIntfName::Dhcp6RemoteIdIntfNameIs(o); },
          {field<Dhcp6RemoteIdBase>(4, &Dhcp6RemoteIdIntfName::entnoIs, &V::u32)}},
-        {[](Opt o) { return dhcp6RemoteIdHostAndIntfNameFactory(o, 9); },
+        {[](Opt o) { return Dhcp6RemoteIdHostAndIntfName::Dhcp6RemoteIdHostAndIntfNameIs(o, 9); },
          {field<Dhcp6RemoteIdBase>(4, &Dhcp6RemoteIdHostAndIntfName::entnoIs, &V::u32)}},
-        {[](Opt o) { return dhcp6VirtualSubnetSelectionFactory(o); },
+        {[](Opt o) { return Dhcp6VirtualSubnetSelection::Dhcp6VirtualSubnetSelectionIs(o); },
          {field(4, &Dhcp6VirtualSubnetSelection::vssTypeIs, &V::u8)}},
-        {[](Opt o) { return dhcpLinkLayerAddrFactory(o); },
+        {[](Opt o) { return DhcpLinkLayerAddr::DhcpLinkLayerAddrIs(o); },
          {field(4, &DhcpLinkLayerAddr::llAddrTypeIs, &V::u16), field(6, &DhcpLinkLayerAddr::llAddrIs, &V::mac)}},
-        {[](Opt o) { return dhcp6VSIFactory(o); }, {field(4, &Dhcp6VSI::entnoIs, &V::u32)}}};
+        {[](Opt o) { return Dhcp6VSI::Dhcp6VSIIs(o); }, {field(4, &Dhcp6VSI::entnoIs, &V::u32)}}};
     return all;
 }
 
@@ -136,8 +136,26 @@ void checkTexts(const Octets& bytes, U16 offset, const Kcore::String& text) {
     fresh(dhcp6RemoteIdIntfNameFactory, 18, image, [&](auto& v) { v.interfaceNameIs(text); });
     Octets padded = image;
     padded.resize(9);
-    const auto named = [](Opt o) { return dhcp6RemoteIdHostAndIntfNameFactory(o, 9); };
+    const auto named = [](Opt o) { return Dhcp6RemoteIdHostAndIntfName::Dhcp6RemoteIdHostAndIntfNameIs(o, 9); };
     fresh(named, 18, padded, [&](auto& v) { v.hostAndIntfNameIs(text); });
+    const auto vss = [](Opt o) { return dhcp6VirtualSubnetSelectionFactory(o); };
+    if (!text.empty() && make({vss, {}}, packet(bytes), offset))
+        fresh(vss, Dhcp6Const::vrfName_offset, image, [&](auto& v) { v.vrfNameIs(text); });
+}
+
+/// A sub-option is the same alone and in its collection. An address goes into it at the low byte of the position.
+void checkCableLabs(const Octets& bytes, U16 offset, const Values& values) {
+    const PktPtr pkt = packet(bytes);
+    const auto all = CableLabsSubOptions::CableLabsSubOptionsIs(pkt, offset);
+    expect(all->pkt() == pkt && all->offset() == offset && all->typeData().name() == "CableLabsSubOptions");
+    if (all->option().empty()) return;
+    const auto first = (*all->option().begin()).second;
+    const auto view = CableLabsSubOption::CableLabsSubOptionIs(pkt, first->offset());
+    const Kcore::Node &alone = *view, &inside = *first;
+    expect(textOf(alone) == textOf(inside));
+    const Octets image(values.ip6.bytes(), values.ip6.bytes() + sizeof values.ip6);
+    checkText(view, pkt, bytes, U32{view->offset()} + values.u16 % 256, image,
+              [&](auto& v) { v.ip6AddrIs(values.ip6, values.u16); });
 }
 
 }  // namespace
@@ -159,5 +177,6 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
         for (const Setter& setter : kind.setters) checkSetter(kind, setter, bytes, offset, values);
     }
     checkTexts(bytes, offset, values.text);
+    checkCableLabs(bytes, offset, values);
     return 0;
 }

@@ -10,19 +10,30 @@ using namespace DhcpTest::Fuzz;
 
 namespace {
 
+template <class View>
+bool isSame(const View& a, const View& b) {
+    return a.offset() == b.offset() && a.opt() == b.opt() && a.len() == b.len() && a.dataText() == b.dataText();
+}
+
 /// Calls `see(view)` for every view that is reachable from the options at `offset`.
 template <class See>
 void forEachView(const PktPtr& pkt, U16 offset, See see) {
-    const auto options = dhcpMsgOptionsFactory(pkt, offset);
+    const auto options = DhcpMsgOptions::DhcpMsgOptionsIs(pkt, offset);
     for (const auto& [code, option] : options->option()) {
+        expect(isSame(*option, *DhcpMsgOption::DhcpMsgOptionIs(pkt, option->offset())));
         see(*option);
-        const auto subOptions = dhcpInformationSubOptionsFactory(option);
+        const auto subOptions = DhcpInformationSubOptions::DhcpInformationSubOptionsIs(option);
         for (const auto& [subCode, subOption] : subOptions->option()) {
+            expect(isSame(*subOption, *DhcpInformationSubOption::DhcpInformationSubOptionIs(pkt, subOption->offset())));
             see(*subOption);
-            const auto block = dhcpVendorSpecificSubOptFactory(subOption)->quorvaSpecificOpt();
+            const auto block = DhcpVendorSpecificSubOpt::DhcpVendorSpecificSubOptIs(subOption)->quorvaSpecificOpt();
             if (!block) continue;
             expect(block->entno() == Constants::quorvaEntNum);
-            for (const auto& [itemCode, item] : block->option()) see(*item);
+            for (const auto& [itemCode, item] : block->option()) {
+                using Item = QuorvaSpecificSubOptionSubOpt;
+                expect(isSame(*item, *Item::QuorvaSpecificSubOptionSubOptIs(pkt, item->offset())));
+                see(*item);
+            }
         }
     }
 }
@@ -62,9 +73,43 @@ void checkSetters(const PktPtr& pkt, U16 offset, const Octets& values) {
         expect(view.len() == (fits ? value : len));
         if (fits) expected[view.offset() + 1u] = value;
         expect(bytesOf(*pkt) == expected);
+        const Octets head{1, 2, 3, 4, value};
+        checkWrite(*pkt, view.offset(), head,
+                   [&] { DhcpVendorSpecificData::DhcpVendorSpecificDataIs(pkt, view.offset(), 0x01020304, value); });
         const Octets data(view.len(), value);
         checkWrite(*pkt, view.offset() + 2u, data, [&] { view.dataIs(data.data()); });
     }
+}
+
+/// Writes each field of the header, and expects the 34 bytes in their places.
+void checkHeader(const PktPtr& pkt, U16 offset) {
+    Octets expected = bytesOf(*pkt);
+    if (expected.size() < offset + sizeof(DhcpHdr)) return;
+    const Octets image(expected.rbegin(), expected.rbegin() + sizeof(DhcpHdr));
+    const DhcpHdr wanted = DhcpHdr::fromBytes(image.data());
+    DhcpHdrWrapper view(pkt, offset);
+    view.opIs(wanted.op());
+    view.htypeIs(wanted.htype());
+    view.hlenIs(wanted.hlen());
+    view.hopsIs(wanted.hops());
+    view.xidIs(wanted.xidU32());
+    view.secsIs(wanted.secsU16());
+    view.flagsIs(wanted.flagsU16());
+    view.ciaddrIs(wanted.ciaddr());
+    view.yiaddrIs(wanted.yiaddr());
+    view.siaddrIs(wanted.siaddr());
+    view.giaddrIs(wanted.giaddr());
+    view.chaddrIs(wanted.chaddr());
+    overwrite(expected, offset, image);
+    expect(bytesOf(*pkt) == expected && *view.header() == wanted && view.header()->hash() == wanted.hash());
+    expect(Octets(wanted.bytes(), wanted.bytes() + sizeof wanted) == image);
+    expect((wanted.bootpOp() == BootpOpType::bootpOpUnknown) == (image[0] != 1 && image[0] != 2));
+
+    const Flags flags(wanted.flags());
+    Flags again;
+    again.broadcastIs(flags.broadcast());
+    again.mbzIs(flags.mbz());
+    expect(again == flags && again.hash() == flags.hash() && static_cast<bool>(flags) == (wanted.flagsU16() != 0));
 }
 
 }  // namespace
@@ -77,11 +122,13 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
     for (const PktPtr& pkt : packets(bytes)) {
         expect(Model::placesIn(*dhcpMsgOptionsFactory(pkt, offset)) == Model::optionsOf(bytes, offset));
         expect(everything(pkt, offset) == views);
-        expect(magicCookieFactory(pkt, offset)->isDhcpMagicCookie() == (Model::number(bytes, offset) == 0x63825363));
-        const std::string failed = assertionOf([&] { dhcpHdrWrapperFactory(pkt, offset)->xid(); });
+        expect(MagicCookie::MagicCookieIs(pkt, offset)->isDhcpMagicCookie() ==
+               (Model::number(bytes, offset) == 0x63825363));
+        const std::string failed = assertionOf([&] { DhcpHdrWrapper::DhcpHdrWrapperIs(pkt, offset)->xid(); });
         expect(failed.empty() == (bytes.size() >= offset + std::size_t{34}));
         expect(bytesOf(*pkt) == bytes);
         checkSetters(pkt, offset, bytes);
+        checkHeader(pkt, offset);
     }
     return 0;
 }

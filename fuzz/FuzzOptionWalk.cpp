@@ -48,14 +48,27 @@ void checkSubOptions(const Octets& bytes, std::size_t total) {
     Octets roomy = bytes + Octets(total + 600, U8{0});
     Places expected;
     for (std::size_t p = 0, walked = 0;;) {
+        auto* const here = reinterpret_cast<DhcpSingleOption*>(&roomy[p]);
         expected[roomy[p]] = static_cast<std::ptrdiff_t>(p);
+        U8 added = 9;
+        increaseAddedOptLen(added, roomy[p + 1]);
+        expect(added == (roomy[p + 1] + 11u) % 256);
         walked += roomy[p + 1] + 2u;
         p += roomy[p] == 0 ? 1 : roomy[p + 1] + 2u;
+        expect(getDhcpNextOpt(here) == static_cast<void*>(&roomy[p]));
         if (walked >= total) break;
     }
     expect(placesFound(expected, roomy.data(), [&](auto& wanted) {
                parseDhcpSubOptsInOption(reinterpret_cast<DhcpSingleOption*>(roomy.data()), total, wanted);
            }) == expected);
+}
+
+/// The address in the last option of that code of a message at byte 0.
+Kitnet::IpAddr addressOption(const Octets& bytes, U8 code) {
+    const Model::Area area = Model::walk(bytes, 0);
+    const auto option = area.last.find(code);
+    if (!area.failure.empty() || option == area.last.end() || Model::at(bytes, option->second + 1) != 4) return {};
+    return Model::address(bytes, option->second + 2);
 }
 
 }  // namespace
@@ -68,13 +81,10 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
         checkPlaces(pkt, input.offset, area);
         U8 found = 200;
         expect(getDhcpMsgTypeStringAndOpt(pkt, input.offset, found) == name);
+        expect(getDhcpMsgType(pkt, input.offset) == name);
         expect(found == (type < 0 ? 200 : type));
-        const Kitnet::IpAddr requested = getRequestedIpOption(pkt, BootpOption::bootpRequest);
-        const auto option = Model::walk(input.bytes, 0);
-        const auto fifty = option.last.find(50);
-        const bool there =
-            option.failure.empty() && fifty != option.last.end() && Model::at(input.bytes, fifty->second + 1) == 4;
-        expect(requested == (there ? Model::address(input.bytes, fifty->second + 2) : Kitnet::IpAddr()));
+        expect(getRequestedIpOption(pkt, BootpOption::bootpRequest) == addressOption(input.bytes, 50));
+        expect(getServerId(pkt) == addressOption(input.bytes, 54));
         expect(bytesOf(*pkt) == input.bytes);
     }
     checkSubOptions(Octets(data, data + size), std::min<std::size_t>(size, 255));

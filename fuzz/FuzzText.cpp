@@ -6,9 +6,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Bridging/Config.h"
 #include "Bridging/VlanId.h"
 #include "DhcpLib/Dhcp6Hdr.h"
+#include "DhcpLib/Dhcp6Identifiers.h"
 #include "DhcpLib/DhcpHdr.h"
+#include "DhcpLib/FrameRejection.h"
+#include "DhcpLib/OptionParser/OptionLookup.h"
 #include "Kcore/Encoding.h"
 #include "Kcore/Exception.h"
 #include "Kitnet/IntfId.h"
@@ -53,13 +57,40 @@ void checkQuoted(std::string_view text) {
     if (!sequenceToValue(given, &value)) expect(given.rest() == text && value == text);
 }
 
-template <class Enum>
-void checkName(std::string_view text) {
+/// Checks the function that returns the member of an enumeration with a number or a name.
+template <class Instance>
+void checkMember(std::string_view text, unsigned number, Instance instance) {
     try {
-        expect(Kcore::stringValue(Kcore::enumInstance<Enum>(String(text))) == text);
+        expect(static_cast<unsigned>(instance(number)) == number);
+    } catch (const Kcore::RangeException&) {
+    }
+    try {
+        const auto member = instance(String(text));
+        expect(Kcore::stringValue(member) == text && instance(static_cast<unsigned>(member)) == member);
     } catch (const Kcore::RangeException& refusal) {
         expect(std::string_view(refusal.what()).find('\x1b') == std::string_view::npos);
     }
+}
+
+void checkMembers(std::string_view text) {
+    using namespace DhcpLib;
+    const auto number = static_cast<unsigned>(std::strtoul(std::string(text.substr(0, 5)).c_str(), nullptr, 0));
+    const auto check = [&](auto instance) { checkMember(text, number, instance); };
+    check([](const auto& given) { return BootpOptionInstance(given); });
+    check([](const auto& given) { return BootpOpTypeInstance(given); });
+    check([](const auto& given) { return DhcpOptionTypeInstance(given); });
+    check([](const auto& given) { return DhcpInformationSubOptionTypeInstance(given); });
+    check([](const auto& given) { return DhcpVendorSpecificDataTypeInstance(given); });
+    check([](const auto& given) { return AreaStateInstance(given); });
+    check([](const auto& given) { return FrameRejectionInstance(given); });
+    check([](const auto& given) { return Dhcp6MsgTypeInstance(given); });
+    check([](const auto& given) { return Dhcp6OptionTypeInstance(given); });
+    check([](const auto& given) { return Dhcp6InterfaceIdCodeInstance(given); });
+    check([](const auto& given) { return Dhcp6RemoteIdFormatInstance(given); });
+    check([](const auto& given) { return CableLabsSubOptionTypeInstance(given); });
+    check([](const auto& given) { return Dhcp6PortInfoInstance(given); });
+    check([](const auto& given) { return Bridging::SwitchportModeInstance(given); });
+    check([](const auto& given) { return Kitnet::AddressFamilyInstance(given); });
 }
 
 /// A file without a place in a folder, so that writing it costs little.
@@ -123,8 +154,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
     checkText<DhcpLib::Dhcp6Xid>(text);
     checkEncoded<DhcpLib::DhcpHdr>(text);
     checkQuoted(text);
-    checkName<DhcpLib::DhcpOptionType>(text);
-    checkName<DhcpLib::Dhcp6MsgType>(text);
+    checkMembers(text);
     checkToggle(text);
     return 0;
 }

@@ -26,6 +26,18 @@ Kitnet::IpGenAddr addressIn(const Octets& bytes) {
     return Kitnet::Ip6Addr::fromBytes(sixteen);
 }
 
+/// Writes an item over bytes of the buffer, from bytes of the buffer.
+void checkItem(const Octets& bytes, std::size_t at, U8 len) {
+    Kcore::Bytes buf;
+    buf.append(bytes);
+    auto pos = static_cast<U32>(at);
+    setInfoData(buf, pos, 7, len, buf.data());
+    Octets expected = bytes;
+    expected.resize(std::max(bytes.size(), at + 2 + len));
+    overwrite(expected, at, Octets{7, len} + Octets(bytes.begin(), bytes.begin() + len));
+    expect(Octets(buf.begin(), buf.end()) == expected && pos == expected.size());
+}
+
 /// Adds a block behind `existing` bytes of sub-option 9, which contain no own block.
 void checkAdding(const Octets& existing, const Kcore::String& name, const Kitnet::IpGenAddr& vtep) {
     const U32 d = quorvaVendorSpecificSubOptLen(name, vtep);
@@ -53,7 +65,14 @@ void checkAdding(const Octets& existing, const Kcore::String& name, const Kitnet
     auto* first = reinterpret_cast<DhcpVendorSpecificEntOption*>(&bytes[4]);
     if (!isVendorSpecificQuorvaEntno(first, bytes[3], &found)) return;  // the existing bytes hide the new block
     if (reinterpret_cast<U8*>(found) != &bytes[4 + existing.size()]) return;
+    expect(reinterpret_cast<U8*>(getNextVendorSpecificEntOpt(found)) == found->data() + d);
+    auto view = dhcpInformationSubOptionFactory(pkt, 0);
+    auto blocks = dhcpVendorSpecificSubOptFactory(view);
+    expect(calculateNonQuorvaVendorLen(view, blocks) == existing.size());
     const RelayInfo read = readBlock(Octets(bytes.begin() + 2, bytes.end()), pkt);
+    RelayInfo unbounded;
+    parseVendorSpecificSubOpt(reinterpret_cast<DhcpSingleOption*>(&bytes[2]), unbounded.intfName, unbounded.srcVtepIp);
+    expect(unbounded == read);
     expect(read.intfName == (name.empty() ? Kcore::String("-") : name));
     expect(read.srcVtepIp == (vtep.isUsable() ? vtep : Kitnet::IpGenAddr()));
 }
@@ -68,6 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
     for (const PktPtr& pkt : packets(bytes)) expect(readBlock(bytes, pkt) == expected);
     const std::size_t nameSize = std::min<std::size_t>(data[17] % 64, bytes.size());
     const Kcore::String name = Model::text(bytes, 0, nameSize);
+    if (!bytes.empty()) checkItem(bytes, data[17] % bytes.size(), static_cast<U8>(std::min(nameSize, bytes.size())));
     checkAdding(Octets(bytes.begin() + static_cast<std::ptrdiff_t>(nameSize), bytes.end()), name, addressIn(contents));
     return 0;
 }

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "Bytes.h"
 #include "DhcpLib/OptionParser.h"
 #include "Kcore/Assert.h"
+#include "Recorders.h"
 #include "Steps.h"
 
 /// Properties that hold for every rewrite of every packet, in both generations and both directions.
@@ -110,7 +112,15 @@ inline std::string& failedAssertion() {
     return text;
 }
 
-inline Outcome rewritten(const PktPtr& pkt, const RelayRewrite& args, Generation generation) {
+/// Calls the function of the generation itself.
+inline bool prepare(const PktPtr& pkt, const RelayRewrite& a, Generation generation) {
+    const auto function = generation == Generation::preparePacket ? DhcpLib::preparePacket : DhcpLib::preparePacketNew;
+    return function(pkt, a.op, a.infoOpt, a.circuitId, a.remoteId, a.vpnId, a.serverId, a.linkselectionId, a.offset,
+                    a.vssControlDisable, a.vendorSpecificSubOptIntfName, a.vendorSpecificSubOptSrcVtepIp);
+}
+
+inline Outcome rewritten(const PktPtr& pkt, const RelayRewrite& args, Generation generation,
+                         bool (*rewrite)(const PktPtr&, const RelayRewrite&, Generation) = DhcpLib::relayRewrite) {
     static const auto throwing = [](const Kcore::Assertion& a) {
         failedAssertion() = a.expression;
         throw Kcore::AssertionError(a);
@@ -121,7 +131,7 @@ inline Outcome rewritten(const PktPtr& pkt, const RelayRewrite& args, Generation
     outcome.forecast = relayRewriteCheck(pkt, args, generation);
     require(DhcpTest::bytesOf(*pkt) == before, "relayRewriteCheck changes no byte");
     try {
-        outcome.result = relayRewrite(pkt, args, generation);
+        outcome.result = rewrite(pkt, args, generation);
     } catch (const Kcore::AssertionError& error) {
         outcome.assertion = error.expression();
     }
@@ -149,17 +159,20 @@ inline void requireSize(const Octets& packet, U32 offset, U32 end, U32 smallest)
             "zeros follow the end option");
 }
 
-/// Rewrites the packet in each kind of storage and with different bytes behind it, and expects the same result each
-/// time. Checks the properties that hold for every rewrite.
+/// Rewrites the packet in each kind of storage, with different bytes behind it, and through both forms of the function,
+/// and expects the same result each time. The last time the rewrite is traced. Checks the properties that hold for
+/// every rewrite.
 inline Outcome rewrittenEverywhere(const Octets& packet, const RelayRewrite& args, Generation generation) {
     const std::vector<PktPtr> everywhere = DhcpTest::packets(packet);
     Outcome outcome = rewritten(everywhere[0], args, generation);
     for (const PktPtr& pkt : std::span(everywhere).subspan(1)) {
-        const Outcome other = rewritten(pkt, args, generation);
+        std::optional<DhcpTest::TraceRecorder> trace;
+        if (&pkt == &everywhere.back()) trace.emplace(9);
+        const Outcome other = rewritten(pkt, args, generation, prepare);
         require(other.result == outcome.result && other.assertion == outcome.assertion &&
                     other.packet == outcome.packet && other.forecast.verdict == outcome.forecast.verdict &&
                     other.forecast.messageBytes == outcome.forecast.messageBytes,
-                "neither storage nor bytes behind the packet change the result");
+                "neither storage, bytes behind the packet, the form of the call nor tracing change the result");
     }
     requireForecast(outcome, packet, args.offset);
     return outcome;
