@@ -52,7 +52,7 @@ void checkAccepted(const PktPtr& pkt, const Dhcp6PacketParser& p) {
     expect(p.cIdOption() == static_cast<bool>(clientId));
     expect(p.rIdOption() == (clientId && remoteId));
     const auto ids = dhcp6Identifiers(pkt, {message, pkt->bytes()});
-    // The parser reads an address past the option's end, dhcp6Identifiers does not.
+    // The parser reads an address past the option's end; dhcp6Identifiers does not.
     const bool same =
         clientId && ids.clientId.option.offset == clientId->offset() &&
         ((clientId->len() == 10 && p.cIdDuidType() == 3) || (clientId->len() == 14 && p.cIdDuidType() == 1));

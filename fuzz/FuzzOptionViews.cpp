@@ -1,6 +1,7 @@
 // Views and collections over DHCPv4 options. Bytes behind the packet do not change what they hold, and reading changes
 // no byte. A setter writes its own bytes, or throws and writes nothing.
 
+#include "HeaderFields.h"
 #include "OptionsInput.h"
 #include "Recorders.h"
 
@@ -88,18 +89,7 @@ void checkHeader(const PktPtr& pkt, U16 offset) {
     const Octets image(expected.rbegin(), expected.rbegin() + sizeof(DhcpHdr));
     const DhcpHdr wanted = DhcpHdr::fromBytes(image.data());
     DhcpHdrWrapper view(pkt, offset);
-    view.opIs(wanted.op());
-    view.htypeIs(wanted.htype());
-    view.hlenIs(wanted.hlen());
-    view.hopsIs(wanted.hops());
-    view.xidIs(wanted.xidU32());
-    view.secsIs(wanted.secsU16());
-    view.flagsIs(wanted.flagsU16());
-    view.ciaddrIs(wanted.ciaddr());
-    view.yiaddrIs(wanted.yiaddr());
-    view.siaddrIs(wanted.siaddr());
-    view.giaddrIs(wanted.giaddr());
-    view.chaddrIs(wanted.chaddr());
+    writeFields(view, wanted);
     overwrite(expected, offset, image);
     expect(bytesOf(*pkt) == expected && *view.header() == wanted && view.header()->hash() == wanted.hash());
     expect(Octets(wanted.bytes(), wanted.bytes() + sizeof wanted) == image);

@@ -22,6 +22,10 @@ struct PlatformInputs {
 
 using Lines = std::vector<std::string>;
 
+const Lines dropped{"4 EthDevPamManager dropped", "4 LagLocalDeviceIntfStatusManager dropped",
+                    "4 EthDevPamCollection edpc dropped", "4 PamDesiredIntfDir pdid dropped",
+                    "4 DeviceIntfStatusDir disd dropped"};
+
 TEST(PamManager, CreatesThePlatformObjectsAndDestroysThemInReverse) {
     const PlatformInputs inputs;
     TraceRecorder trace(4, {"Interface", "DhcpLib"});
@@ -33,9 +37,7 @@ TEST(PamManager, CreatesThePlatformObjectsAndDestroysThemInReverse) {
                      "4 EthDevPamManager made", "4 protocol 3", "4 filter program of 18 instructions",
                      "4 receive buffer 204800", "4 enabled true"}));
     pam = nullptr;
-    EXPECT_EQ(trace.lines(), (Lines{"4 EthDevPamManager dropped", "4 LagLocalDeviceIntfStatusManager dropped",
-                                    "4 EthDevPamCollection edpc dropped", "4 PamDesiredIntfDir pdid dropped",
-                                    "4 DeviceIntfStatusDir disd dropped"}));
+    EXPECT_EQ(trace.lines(), dropped);
     EXPECT_EQ(PamManager::memAllocationTracker_.live(), 0u);
     EXPECT_EQ(inputs.all->useCount() + inputs.local->useCount(), 2u);
 }
@@ -61,9 +63,7 @@ TEST(PamManager, DropsEachObjectOnItsOwn) {
     pam->ethDevPamCollectionDel();
     pam->pamDesiredIntfDirDel();
     pam->deviceIntfStatusDirDel();
-    EXPECT_EQ(trace.lines(), (Lines{"4 EthDevPamManager dropped", "4 LagLocalDeviceIntfStatusManager dropped",
-                                    "4 EthDevPamCollection edpc dropped", "4 PamDesiredIntfDir pdid dropped",
-                                    "4 DeviceIntfStatusDir disd dropped"}));
+    EXPECT_EQ(trace.lines(), dropped);
 }
 
 using LiveSnooping = NetNamespace;

@@ -16,12 +16,6 @@ namespace Cli {
 
 namespace {
 
-/// Throws if the output cannot be written. A reader that ends early is no error.
-void flushOutput() {
-    errno = 0;
-    if (!std::cout.flush() && errno != EPIPE) throw std::runtime_error("cannot write the output");
-}
-
 void generate(const CLI::App& app, const Program& program, const std::string& what) {
     const CommandText command = commandText(app);
     if (what == "man")
@@ -32,7 +26,6 @@ void generate(const CLI::App& app, const Program& program, const std::string& wh
         std::cout << zshCompletion(command);
     else
         std::cout << fishCompletion(command);
-    flushOutput();
 }
 
 }  // namespace
@@ -54,7 +47,8 @@ void describe(CLI::App& app, const Program& program) {
 
 void answer(const CLI::App& app, const CLI::Success& asked) {
     app.exit(asked);
-    flushOutput();
+    // A reader that ends early is no error.
+    if (!std::cout.flush() && errno != EPIPE) throw std::runtime_error("cannot write the output");
 }
 
 }  // namespace Cli
