@@ -25,6 +25,7 @@ struct SinkInForce {
     std::mutex mutex;
     std::condition_variable callEnded;
     std::shared_ptr<SharedSink> sink;  // null means stderr
+    int replacedRunning = 0;           // calls that are running, of sinks that are no longer in force
 };
 
 SinkInForce& sinkInForce() {
@@ -54,7 +55,7 @@ public:
         --sinkCalls;
         const std::lock_guard lock(sinkInForce().mutex);
         --sink_->running;
-        sinkInForce().callEnded.notify_all();
+        if (sink_ != sinkInForce().sink && --sinkInForce().replacedRunning == 0) sinkInForce().callEnded.notify_all();
     }
     SinkCall(const SinkCall&) = delete;
     SinkCall& operator=(const SinkCall&) = delete;
@@ -131,7 +132,9 @@ TraceSink traceSinkIs(TraceSink sink) {
         std::unique_lock lock(sinkInForce().mutex);
         if (sinkInForce().sink != previous) continue;  // another thread has installed one
         sinkInForce().sink = next;
-        if (previous && sinkCalls == 0) sinkInForce().callEnded.wait(lock, [&] { return previous->running == 0; });
+        if (previous) sinkInForce().replacedRunning += previous->running;
+        // Calls of all replaced sinks: a sink may have replaced one that the caller has installed.
+        if (sinkCalls == 0) sinkInForce().callEnded.wait(lock, [] { return sinkInForce().replacedRunning == 0; });
         return copy;
     }
 }

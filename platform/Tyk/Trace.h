@@ -131,7 +131,7 @@ using TraceSink = std::function<void(const TraceLine&)>;
 /// Installs the receiver of every line whose level is at most its handle's; returns the previous one. With an empty
 /// sink each line is printed on stderr, its text in quotes with bytes outside printable ASCII as \xNN. The sink is
 /// called on the tracing thread, by several threads at once if they trace; if it throws, the line goes to stderr.
-/// Returns after the previous sink's last call has ended, unless the caller is a sink itself.
+/// Returns after the last call of every replaced sink has ended, unless the caller is a sink itself.
 DHCPPLATFORM_EXPORT TraceSink traceSinkIs(TraceSink sink);
 
 /// Builds a line piece by piece and traces it when destroyed: `TraceHelper(handle, 2).stream() << "left: " << left;`.

@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <map>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace TykTest {
@@ -109,6 +112,29 @@ TEST_F(TykTrace, LinesWithoutASinkGoToStderrQuoted) {
     EXPECT_EQ(printed(stamped).find(" TykTraceTest 2 "), std::string_view("23:59:59.999999").size());
     Tyk::traceSinkIs([](const Tyk::TraceLine&) { throw std::runtime_error("disk full"); });
     EXPECT_TRUE(printed(handle).ends_with(shown));
+}
+
+TEST_F(TykTrace, InstallingASinkWaitsForCallsOfAllReplacedOnes) {
+    std::atomic<bool> firstCalled = false, secondCalled = false, secondEnded = false;
+    const auto trace = [&] { Tyk::fmtrace(handle, 1, {"f()"}, "line"); };
+    Tyk::traceSinkIs([&](const Tyk::TraceLine&) {
+        if (firstCalled.exchange(true)) return;
+        while (!secondCalled) std::this_thread::yield();
+        Tyk::traceSinkIs({});  // replaces the second sink, not itself
+    });
+    std::thread first(trace);
+    while (!firstCalled) std::this_thread::yield();
+    std::thread second([&] {
+        while (!secondCalled) trace();
+    });
+    Tyk::traceSinkIs([&](const Tyk::TraceLine&) {
+        if (secondCalled.exchange(true)) return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        secondEnded = true;
+    });
+    EXPECT_TRUE(secondEnded);
+    first.join();
+    second.join();
 }
 
 TEST(TykTraceHandle, SharesItsLevelByNameAndReadsItFromTheEnvironment) {
