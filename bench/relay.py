@@ -2,7 +2,7 @@
 """Measures dhcprelay in network namespaces; script/bench-relay builds what it needs and starts it.
 
   compare  beside the ISC relay agent: CPU time of a transaction at a fixed rate, and transactions a second
-  flood    20,000 requests a second from one link while the other link's clients get leases
+  flood    20,000 requests per second from one link while the other link's clients get leases
   soak     a mixed load for a long time: nothing is lost and the resident size does not grow
 
 A transaction is DISCOVER, OFFER, REQUEST and ACK, or the corresponding DHCPv6 messages.
