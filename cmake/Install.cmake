@@ -11,7 +11,7 @@ install(DIRECTORY ${DHCPLIB_PLATFORM}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/D
 install(DIRECTORY DhcpLib ${PROJECT_BINARY_DIR}/generated/DhcpLib DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         COMPONENT Headers
         FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
-install(FILES DhcpLib/DhcpLib.json DESTINATION ${DHCPLIB_CONFIG_DIR} COMPONENT Library)
+install(FILES DhcpLib/DhcpLib.json DESTINATION ${DHCPLIB_CONFIG_DIR} COMPONENT Configuration)
 
 # The libraries depend on no other package, so the file of exported targets serves as the package file.
 install(EXPORT DhcpLib NAMESPACE DhcpLib:: FILE DhcpLibConfig.cmake DESTINATION ${package_dir}

@@ -1,5 +1,5 @@
-# Debian packages: libdhcplib1, libdhcplib-dev, dhcptool and dhcprelay, and the debug symbols of each in a package of
-# their own. script/package builds them.
+# Debian packages: libdhcplib1, libdhcplib-common, libdhcplib-dev, dhcptool and dhcprelay, and the debug symbols of the
+# binaries in packages of their own. script/package builds them.
 set(DHCPLIB_PACKAGE_MAINTAINER "DhcpLib maintainers <maintainers@dhcplib.example>" CACHE STRING
     "Maintainer named in the Debian packages")
 
@@ -56,17 +56,25 @@ set(library_package libdhcplib${PROJECT_VERSION_MAJOR})
 # builds ours.
 set(needs_library "${library_package} (>= ${PROJECT_VERSION})")
 
-describe_binary_package(Library ${library_package} libs ""
+describe_binary_package(Library ${library_package} libs "libdhcplib-common (>= ${PROJECT_VERSION})"
   "Reads, checks and rewrites DHCPv4 and DHCPv6 packets
 A library for DHCP agents. It turns received frames into typed fields, and
 adds or removes relay agent information (option 82). It is written for
 hostile input.")
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/packaging/shlibs
      CONTENT "libDhcpLib @PROJECT_VERSION_MAJOR@ @needs_library@\nlibDhcpPlatform @PROJECT_VERSION_MAJOR@ @needs_library@\n")
-file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/packaging/conffiles CONTENT "@DHCPLIB_FULL_CONFIG_DIR@/DhcpLib.json\n")
 set(scripts ${PROJECT_SOURCE_DIR}/packaging/libdhcplib)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${scripts}/triggers ${scripts}/postinst ${scripts}/postrm
-    ${PROJECT_BINARY_DIR}/packaging/shlibs ${PROJECT_BINARY_DIR}/packaging/conffiles)
+    ${PROJECT_BINARY_DIR}/packaging/shlibs)
+
+# Not in the library's package, so that the packages of two major versions can be installed side by side.
+describe_package(Configuration libdhcplib-common libs ""
+  "Feature toggles of DhcpLib
+The file /etc/dhcplib/DhcpLib.json turns features of the library on and off
+in all programs that use it.")
+set(CPACK_DEBIAN_CONFIGURATION_PACKAGE_ARCHITECTURE all)
+file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/packaging/conffiles CONTENT "@DHCPLIB_FULL_CONFIG_DIR@/DhcpLib.json\n")
+set(CPACK_DEBIAN_CONFIGURATION_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/packaging/conffiles)
 
 describe_package(Development libdhcplib-dev libdevel "${library_package} (= ${PROJECT_VERSION})"
   "Headers to build programs that use DhcpLib

@@ -20,11 +20,15 @@ in_root --install "$packages"/*.deb
 
 libdir=$(echo "$root"/usr/lib/*/libDhcpLib.so)
 libdir=${libdir%/*}
-for file in etc/dhcplib/DhcpLib.json usr/lib/systemd/system/dhcprelay.service usr/share/man/man1/dhcptool.1.gz \
-    usr/share/man/man8/dhcprelay.8.gz usr/share/bash-completion/completions/dhcptool \
-    usr/share/zsh/vendor-completions/_dhcprelay usr/share/fish/vendor_completions.d/dhcptool.fish; do
-    [ -f "$root/$file" ] || fail "no package contains $file"
+documents='etc/dhcplib/DhcpLib.json usr/share/man/man1/dhcptool.1.gz usr/share/man/man8/dhcprelay.8.gz'
+for program in dhcptool dhcprelay; do
+    documents="$documents usr/share/bash-completion/completions/$program usr/share/zsh/vendor-completions/_$program
+               usr/share/fish/vendor_completions.d/$program.fish"
 done
+for file in $documents; do [ -f "$root/$file" ] || fail "no package contains $file"; done
+# systemd finds the programs of the unit and knows all its settings. It reports an unknown one, but succeeds.
+sed "s#/usr/bin/#$root&#" "$root/usr/lib/systemd/system/dhcprelay.service" >"$work/dhcprelay.service"
+systemd-analyze verify --man=no "$work/dhcprelay.service" >"$work/unit" 2>&1 && [ ! -s "$work/unit" ] || fail "see $work/unit"
 version=$(dpkg-deb -f "$(package libdhcplib1)" Version)
 for program in dhcptool dhcprelay; do
     dpkg-deb -f "$(package $program)" Depends | grep -qF "libdhcplib1 (>= $version)" || fail "$program lacks the library"
@@ -34,7 +38,7 @@ for library in DhcpLib DhcpPlatform; do
     dpkg-deb -I "$(package libdhcplib1)" shlibs | grep -qx "lib$library 1 libdhcplib1 (>= $version)" ||
         fail "no dependency for users of lib$library"
 done
-dpkg-deb -I "$(package libdhcplib1)" conffiles | grep -qx /etc/dhcplib/DhcpLib.json || fail 'no configuration file'
+dpkg-deb -I "$(package libdhcplib-common)" conffiles | grep -qx /etc/dhcplib/DhcpLib.json || fail 'no configuration file'
 grep -qF /etc/dhcplib "$libdir/libDhcpPlatform.so" || fail 'the library looks for its configuration in another folder'
 
 # Shipped files are stripped and without a run path; the symbols are where a debugger finds them by the build-id.
@@ -58,7 +62,9 @@ cmake -S "$source/tests/package/consumer" -B "$work/consumer" -G Ninja -DCMAKE_P
 cmake --build "$work/consumer" >>"$work/consumer.log" || fail "see $work/consumer.log"
 "$work/consumer/installed" "$version" "$number"
 
-in_root --purge libdhcplib1 libdhcplib-dev dhcptool dhcprelay libdhcplib1-dbgsym dhcptool-dbgsym dhcprelay-dbgsym
-left=$(find "$root" -path "$root/var" -prune -o -type f -print)
+mkdir -p "$root/etc/systemd/system/multi-user.target.wants"  # as after "systemctl enable"
+ln -s /usr/lib/systemd/system/dhcprelay.service "$root/etc/systemd/system/multi-user.target.wants"
+in_root --purge libdhcplib1 libdhcplib-common libdhcplib-dev dhcptool dhcprelay libdhcplib1-dbgsym dhcptool-dbgsym dhcprelay-dbgsym
+left=$(find "$root" -path "$root/var" -prune -o ! -type d -print)
 [ -z "$left" ] || fail "files are left behind: $left"
 echo "packages of version $version: installed, used and removed"
