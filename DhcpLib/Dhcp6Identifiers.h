@@ -54,10 +54,10 @@ struct Dhcp6RemoteIdentifier {
     bool l2PortInfoValid() const { return portInfo == Dhcp6PortInfo::decoded; }
 };
 
-/// Decode the option `opt`, whatever its code, as a client identifier or a remote-id. Bytes past the option's data or
+/// Decodes the option `opt`, whatever its code, as a client identifier. Bytes past the option's data or
 /// the packet's end read as 0. A null `opt` gives the result for an absent option. Nothing is traced.
 DHCPLIB_EXPORT Dhcp6ClientIdentifier dhcp6ClientIdentifier(const Dhcp6OptionPtr& opt);
-/// As above, for a remote-id.
+/// As dhcp6ClientIdentifier(), for a remote-id.
 DHCPLIB_EXPORT Dhcp6RemoteIdentifier dhcp6RemoteIdentifier(const Dhcp6OptionPtr& opt);
 
 /// The client identifier and the remote-id of a message.

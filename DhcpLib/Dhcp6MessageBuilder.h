@@ -33,7 +33,7 @@ public:
     Dhcp6Option::Ptr addMessage(std::span<const U8> message) { return add(Dhcp6OptionType::relayMsg, message); }
     /// Adds an option with `len` zero bytes at the end of `outer`'s data, for example an address in an IA_NA. Increases
     /// the lengths of `outer` and of the options that contain it. `outer` is an option that this builder returned and
-    /// behind whose data nothing has been added. Returns null for any other `outer`, null included, and if the option
+    /// after whose data nothing has been added. Returns null for any other `outer`, null included, and if the option
     /// does not fit.
     Dhcp6Option::Ptr addNested(const Dhcp6Option::Ptr& outer, Dhcp6OptionType type, std::size_t len);
 

@@ -37,6 +37,7 @@ struct Dhcp6PacketParserNumbers {
 /// Parser of received frames for DHCPv6 snooping. Takes a frame that starts at its Ethernet header and stores its
 /// fields as attributes. A parse resets only `rejection`: attributes that it does not reach keep their values
 /// (docs/compatibility.md#attributes-are-kept). For clean results use a fresh parser per frame, or call reset().
+/// A reference that an accessor returns is valid until the next parse or reset().
 /// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2, failed parts of a parse at 1.
 class DHCPLIB_EXPORT Dhcp6PacketParser : private Detail::Dhcp6PacketParserNumbers {
 public:
@@ -68,15 +69,17 @@ public:
 
     /// The VLAN settings given to the constructor.
     const Kcore::Ptr<const Bridging::Config>& bridgingConfig() const { return bridgingConfig_; }
-    /// The EtherType of the payload; in a tagged frame the one behind the tag.
+    /// The EtherType of the payload; in a tagged frame the one after the tag.
     U16 etherType() const { return ether_.etherType; }
     /// Source MAC address of the frame.
     const Kitnet::EthAddr& srcMac() const { return ether_.srcMac; }
     /// Destination MAC address of the frame.
     const Kitnet::EthAddr& dstMac() const { return ether_.dstMac; }
-    /// Whether a VLAN tag counts (docs/compatibility.md#one-tag-of-0x8100); never on a tunnel port.
+    /// Whether the frame has a tag of TPID 0x8100, in the frame or out of band
+    /// (docs/compatibility.md#one-tag-of-0x8100); always false on a port in the mode `dot1qTunnel`.
     bool tagged() const { return ether_.tagged; }
-    /// The VLAN of the tag, else the native VLAN of the receiving interface; 0 without either.
+    /// The VLAN of the tag; without a tag, and for VLAN 0, the native VLAN of the receiving interface, which is 0 if no
+    /// interface was given.
     Bridging::VlanId vlanId() const { return ether_.vlanId; }
     /// Size of the Ethernet header in bytes: 14, or 18 with a tag in the frame.
     U32 etherHdrLen() const { return ether_.etherHdrLen; }

@@ -49,7 +49,8 @@ struct PacketParserNumbers {
 /// Parser of received frames for DHCPv4 snooping. Takes a frame that starts at its Ethernet header and stores its
 /// fields as attributes. A parse resets only `offset` and `rejection`: attributes that it does not reach keep their
 /// values, and `associatedIps` only grows (docs/compatibility.md#attributes-are-kept). For clean results use a fresh
-/// parser per frame, or call reset(). Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2,
+/// parser per frame, or call reset(). A reference that an accessor returns is valid until the next parse or reset().
+/// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2,
 /// failed parts of a parse at 1.
 class DHCPLIB_EXPORT PacketParser : private Detail::PacketParserNumbers {
 public:
@@ -74,14 +75,17 @@ public:
     }
 
     /// Parses Ethernet, IPv4, UDP and the DHCP message. With `dhcpHdrOnly` the packet starts at the BOOTP header, and
-    /// the options are searched behind the header lengths of the previous parse
+    /// the options are searched after the header lengths of the previous parse
     /// (docs/compatibility.md#header-only-uses-old-lengths). Returns true for DHCP, and for plain BOOTP, which sets
     /// `isDhcp` to false and `dhcpMsgType` to "BOOTP" (docs/compatibility.md#bootp-is-accepted). Returns false after a
     /// trace line if it refused the frame; `rejection` gives the reason. Throws Kcore::RangeException for a tag with
-    /// VLAN 4095.
+    /// VLAN 4095. `srcIntfName` is the receiving interface; with an empty one no configuration is needed, and the
+    /// native VLAN is 0.
     bool doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool dhcpHdrOnly);
-    /// The header stages, for agents that run one alone. Each reads at `offset`, advances it and sets `rejection`. A
-    /// stage whose header does not fit into the frame changes no other attribute.
+    /// The header stages, for agents that run one alone. Each advances `offset` and sets `rejection`; those of IP and
+    /// UDP read at `offset`. A stage whose header does not fit into the frame changes no other attribute. The Ethernet
+    /// header, always at byte 0. `resetOffset` sets `offset` to 0 first, which makes a difference only if the frame is
+    /// refused. Throws Kcore::RangeException for a tag with VLAN 4095.
     bool doParseEthHdr(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool resetOffset);
     /// The fixed IPv4 header (RFC 791); its options are skipped.
     bool doParseIpHdr(const PktPtr& pkt);
@@ -95,15 +99,17 @@ public:
 
     /// The VLAN settings given to the constructor.
     const Kcore::Ptr<const Bridging::Config>& bridgingConfig() const { return bridgingConfig_; }
-    /// The EtherType of the payload; in a tagged frame the one behind the tag.
+    /// The EtherType of the payload; in a tagged frame the one after the tag.
     U16 etherType() const { return ether_.etherType; }
     /// Source MAC address of the frame.
     const Kitnet::EthAddr& srcMac() const { return ether_.srcMac; }
     /// Destination MAC address of the frame.
     const Kitnet::EthAddr& dstMac() const { return ether_.dstMac; }
-    /// Whether a VLAN tag counts (docs/compatibility.md#one-tag-of-0x8100); never on a tunnel port.
+    /// Whether the frame has a tag of TPID 0x8100, in the frame or out of band
+    /// (docs/compatibility.md#one-tag-of-0x8100); always false on a port in the mode `dot1qTunnel`.
     bool tagged() const { return ether_.tagged; }
-    /// The VLAN of the tag, else the native VLAN of the receiving interface; 0 without either.
+    /// The VLAN of the tag; without a tag, and for VLAN 0, the native VLAN of the receiving interface, which is 0 if no
+    /// interface was given.
     Bridging::VlanId vlanId() const { return ether_.vlanId; }
     /// Size of the Ethernet header in bytes: 14, or 18 with a tag in the frame.
     U32 etherHdrLen() const { return ether_.etherHdrLen; }
@@ -125,11 +131,13 @@ public:
     Kitnet::UdpPort udpDstPort() const { return udp_.dst; }
     /// Size of the UDP header in bytes: 8.
     U32 udpHdrLen() const { return udpHdrLen_; }
-    /// Whether the message has a magic cookie; false for plain BOOTP.
+    /// Whether the UDP destination port is 67 or 68 and the message is not plain BOOTP. Use it only if doParse()
+    /// returned true. A parse with `dhcpHdrOnly` never sets it to true.
     bool isDhcp() const { return isDhcp_; }
     /// Request or reply; `bootpOpUnknown` for any `op` byte but 1 and 2.
     BootpOpType dhcpOpType() const { return dhcpOpType_; }
-    /// Name of the message type, such as "DHCPDISCOVER"; "BOOTP" for plain BOOTP; empty without a valid option 53.
+    /// Name of the message type, such as "DHCPDISCOVER"; "BOOTP" for plain BOOTP; "INVALID DHCP" for a malformed
+    /// options area; empty if option 53 is absent or not 1 to 13.
     const Kcore::String& dhcpMsgType() const { return dhcpMsgType_; }
     /// Number of the message type, 1 to 13 (RFC 2132, section 9.6; RFC 3203; RFC 4388); see `dhcpMsgType`.
     U8 dhcpMsgTypeOpt() const { return dhcpMsgTypeOpt_; }
@@ -143,24 +151,27 @@ public:
     Kitnet::IpAddr yiaddr() const { return yiaddr_; }
     /// Address of the first relay agent, else 0.0.0.0.
     Kitnet::IpAddr giaddr() const { return giaddr_; }
-    /// Circuit-id of option 82, as raw bytes from the network: quote it before printing.
+    /// Circuit-id of option 82, as raw bytes from the network: quote it before printing (Kcore::appendQuoted()). This
+    /// text and those below are empty if a message without them has been parsed.
     const Kcore::String& circuitId() const { return circuitId_; }
     /// Remote-id of option 82, as raw bytes from the network.
     const Kcore::String& remoteId() const { return remoteId_; }
-    /// Server identifier (option 54), or the override in option 82 (RFC 5107); valid if `serverIdExist`.
+    /// Server identifier (option 54), or the override in option 82 (RFC 5107). 0.0.0.0 if the message has
+    /// neither, or an option 54 whose length is not 4.
     Kitnet::IpAddr serverId() const { return serverId_; }
-    /// Whether the message has either of them.
+    /// Whether the message has either of them, whatever its length (docs/compatibility.md#presence-without-value).
     bool serverIdExist() const { return serverIdExist_; }
-    /// Lease time (option 51) in seconds; valid if `leaseTimeExist`.
+    /// Lease time (option 51) in seconds; 0 if it is absent or its length is not 4.
     Kcore::Duration leaseTime() const { return leaseTime_; }
-    /// Whether the message has an option 51.
+    /// Whether the message has an option 51, whatever its length.
     bool leaseTimeExist() const { return leaseTimeExist_; }
-    /// Client last transaction time (option 91, RFC 4388) in seconds; valid if `lastTransactionTimeExist`.
+    /// Client last transaction time (option 91, RFC 4388) in seconds; 0 if it is absent or its length is not 4.
     Kcore::Duration lastTransactionTime() const { return lastTransactionTime_; }
-    /// Whether the message has an option 91.
+    /// Whether the message has an option 91, whatever its length.
     bool lastTransactionTimeExist() const { return lastTransactionTimeExist_; }
     /// Addresses of the client (option 92, RFC 4388). A parse adds to them and never removes one.
     const HN_AssociatedIps& associatedIps() const { return associatedIps_; }
+    /// Adds an address.
     void associatedIpsIs(Kitnet::IpAddr ip) { associatedIps_.insert(ip); }
     /// Removes an address.
     void associatedIpsDel(Kitnet::IpAddr ip) { associatedIps_.erase(ip); }
@@ -174,7 +185,7 @@ public:
     const Kcore::String& paramReqList() const { return paramReqList_; }
     /// Vendor class identifier (option 60), as raw bytes from the network.
     const Kcore::String& vendorClassId() const { return vendorClassId_; }
-    /// Position behind the headers that were read: after doParse() that of the BOOTP header.
+    /// Position after the headers that were read: after doParse() that of the BOOTP header.
     U16 offset() const { return offset_; }
 
     /// Whether any attribute differs from those of a fresh parser with a null configuration.

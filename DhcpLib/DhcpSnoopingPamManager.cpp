@@ -39,7 +39,7 @@ constexpr Kitnet::SockFilter dhcp4Filter[] = {
     {jeq,    2,  0, 0x8100},  //  9  802.1Q tag
     {jeq,    1,  0, 0x88a8},  // 10  802.1ad tag
     {jeq,    0, 11, 0x9100},  // 11  an older tag of provider bridges, else reject
-    {ldh,    0,  0, 16},      // 12  EtherType behind the tag
+    {ldh,    0,  0, 16},      // 12  EtherType after the tag
     {jeq,    0,  9, 0x0800},  // 13  IPv4, else reject
     {ldb,    0,  0, 27},      // 14  protocol
     {jeq,    0,  7, 17},      // 15  UDP, else reject
@@ -64,7 +64,7 @@ constexpr Kitnet::SockFilter dhcp6Filter[] = {
     {jeq,    2,  0, 0x8100},  //  6  802.1Q tag
     {jeq,    1,  0, 0x88a8},  //  7  802.1ad tag
     {jeq,    0,  8, 0x9100},  //  8  an older tag of provider bridges, else reject
-    {ldh,    0,  0, 16},      //  9  EtherType behind the tag
+    {ldh,    0,  0, 16},      //  9  EtherType after the tag
     {jeq,    0,  6, 0x86dd},  // 10  IPv6, else reject
     {ldb,    0,  0, 24},      // 11  next header
     {jeq,    0,  4, 17},      // 12  UDP, else reject

@@ -9,9 +9,9 @@ namespace DhcpLib {
 
 /// Gives a snooping agent the DHCP frames of its interfaces. Creates the platform's objects for interface status and
 /// packet access, connects them, and installs a socket filter that accepts DHCP only. An agent creates one manager per
-/// protocol. A manager with the name "Dhcp6PamMan" accepts DHCPv6: UDP destination port 547 or 546 directly behind the
+/// protocol. A manager with the name "Dhcp6PamMan" accepts DHCPv6: UDP destination port 547 or 546 directly after the
 /// fixed IPv6 header. Any other name accepts DHCPv4: UDP destination port 67 or 68, except in later fragments. Both
-/// filters look behind one VLAN tag in the frame, of TPID 0x8100, 0x88a8 or 0x9100.
+/// filters look past one VLAN tag in the frame, of TPID 0x8100, 0x88a8 or 0x9100.
 ///
 /// The agent lists the interfaces it wants in `pamDesiredIntfDir`. Its event loop polls the descriptor of
 /// `KernelNetInfo::Status` and of each member of `ethDevPamCollection`. It calls `handleReadable` on the former and

@@ -9,11 +9,11 @@ namespace DhcpLib {
 
 /// Fields that both snooping parsers read from an Ethernet header.
 struct EthernetFields {
-    U16 etherType = 0;        ///< of the payload; in a tagged frame the one behind the tag
+    U16 etherType = 0;        ///< of the payload; in a tagged frame the one after the tag
     Kitnet::EthAddr srcMac;   ///< source
     Kitnet::EthAddr dstMac;   ///< destination
-    bool tagged = false;      ///< with a tag of TPID 0x8100, on no tunnel port
-    Bridging::VlanId vlanId;  ///< of the tag, else the native VLAN of the receiving interface
+    bool tagged = false;      ///< with a tag of TPID 0x8100; never on a tunnel port
+    Bridging::VlanId vlanId;  ///< of the tag if it is not 0, else the native VLAN
     U32 etherHdrLen = 0;      ///< 14, or 18 if the tag is in the frame
 };
 

@@ -50,7 +50,8 @@ public:
     Width opt() const { return opt_; }
     /// The length field: number of data bytes.
     Width len() const { return len_; }
-    /// The first data byte inside the packet; null for a pad, and if the data would start past the packet's end.
+    /// The first data byte inside the packet; null for a pad, and if the data would start past the packet's end. Valid
+    /// until the packet's size changes, as is dataText().
     const U8* data() const {
         return hasData_ && pkt() && dataAt() <= pkt()->bytes() ? pkt()->data() + dataAt() : nullptr;
     }
@@ -69,7 +70,8 @@ public:
         Wire::store<Width>(writablePkt(), position(sizeof(Width)), n);
         len_ = n;
     }
-    /// Copies `len()` bytes from `from` into the packet. Throws like lenIs, and for a view of a pad.
+    /// Copies `len()` bytes from `from`, which must be readable, into the packet. The two may overlap. Throws like
+    /// lenIs, and for a view of a pad.
     void dataIs(const U8* from) {
         if (!hasData_) Wire::throwNoRoom();
         requireFrontRoom(len_);

@@ -20,7 +20,8 @@ using Kcore::U64;
 using Kcore::U8;
 
 /// Bounded access to packet bytes. All walks, readers and rewriters use it. Integers are big-endian on the wire. A byte
-/// past the end reads as 0. A write that does not fit throws and changes nothing.
+/// past the end reads as 0. A write that does not fit throws Tyk::InternalException and changes nothing. What points
+/// into a packet is valid until the packet's size changes.
 namespace Wire {
 
 /// Message of the exception that throwNoRoom() throws.

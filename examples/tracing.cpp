@@ -2,11 +2,13 @@
 
 #include <cstddef>
 #include <iostream>
+#include <string>
 
 #include "DhcpLib/DhcpParser.h"
 #include "DhcpLib/OptionParser.h"
 #include "Frames.h"
 #include "Kcore/Assert.h"
+#include "Kcore/Encoding.h"
 #include "Tyk/Trace.h"
 
 namespace {
@@ -18,7 +20,9 @@ using namespace DhcpLib;
 void traceToStandardOutput() {
     Tyk::TraceHandle("DhcpLib", false).levelIs(2);
     Tyk::traceSinkIs([](const Tyk::TraceLine& line) {
-        std::cout << line.handle << " level " << line.level << ": " << line.text << '\n';
+        std::string text;
+        Kcore::appendQuoted(text, line.text);  // it can contain bytes from the network
+        std::cout << line.handle << " level " << line.level << ": " << text << '\n';
     });
 }
 // [/sink]

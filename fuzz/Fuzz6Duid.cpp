@@ -1,5 +1,5 @@
 // The DUID view. A setter for a field that the DUID type has writes that field, and a new view reads it back. Every
-// other setter throws its text. Bytes behind the packet do not change what is read.
+// other setter throws its text. Bytes after the packet do not change what is read.
 
 #include "DhcpLib/Dhcp6Hdr/Duid.h"
 #include "OptionsInput.h"

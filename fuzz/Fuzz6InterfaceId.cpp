@@ -1,4 +1,4 @@
-// The interface-id in the encoding that the toggle selects. Bytes behind the packet do not change what is read, what
+// The interface-id in the encoding that the toggle selects. Bytes after the packet do not change what is read, what
 // was written is read back, and a refused write leaves the packet unchanged.
 
 #include "DhcpLib/Dhcp6Hdr/InterfaceId.h"

@@ -1,4 +1,4 @@
-// Dhcp6PacketParser finds what the views over the same frame hold. Bytes behind the frame change nothing. Only the
+// Dhcp6PacketParser finds what the views over the same frame hold. Bytes after the frame change nothing. Only the
 // reserved VLAN makes it throw.
 
 #include "DhcpLib/Dhcp6Hdr.h"

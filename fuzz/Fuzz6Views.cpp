@@ -1,4 +1,4 @@
-// The views over a DHCPv6 option. Bytes behind the packet do not change what is read, and reading changes no byte. A
+// The views over a DHCPv6 option. Bytes after the packet do not change what is read, and reading changes no byte. A
 // setter writes its own bytes, which a new view reads back, or throws and writes nothing.
 
 #include <functional>

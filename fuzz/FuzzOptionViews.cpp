@@ -1,4 +1,4 @@
-// Views and collections over DHCPv4 options. Bytes behind the packet do not change what they hold, and reading changes
+// Views and collections over DHCPv4 options. Bytes after the packet do not change what they hold, and reading changes
 // no byte. A setter writes its own bytes, or throws and writes nothing.
 
 #include "HeaderFields.h"

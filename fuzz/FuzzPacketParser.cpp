@@ -1,4 +1,4 @@
-// PacketParser: neither bytes behind the frame nor calling the stages one by one changes what it finds. reset() clears
+// PacketParser: neither bytes after the frame nor calling the stages one by one changes what it finds. reset() clears
 // everything.
 
 #include "DhcpLib/DhcpParser.h"

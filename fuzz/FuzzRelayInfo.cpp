@@ -22,7 +22,7 @@ bool isWellFormed(const Octets& bytes, U32 offset) {
     U32 p = first;
     for (; p < end; p += Model::at(bytes, p + 1) + 2u)
         if (bytes[p] == 9 || !seen.insert(bytes[p]).second) return false;
-    // The collection goes on behind the end option and takes the next byte for its length.
+    // The collection goes on after the end option and takes the next byte for its length.
     return p == end && bytes.size() == end + 2 && bytes[end + 1] == 0;
 }
 

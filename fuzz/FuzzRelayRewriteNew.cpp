@@ -106,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const U8* data, std::size_t size) {
         end = requireRemoval(outcome.packet, input.packet, was, args.infoOpt);
     else
         require(slice(outcome.packet, 0, end + 1) == slice(input.packet, 0, end + 1), "the options are unchanged");
-    // This generation finds option 57 behind the end option, too.
+    // This generation finds option 57 after the end option, too.
     const DhcpLib::DhcpMsgOptions options(DhcpTest::packet(input.packet),
                                           static_cast<Kcore::U16>(args.offset + optionsAt));
     const bool small = !request || options.option().contains(DhcpLib::DhcpOptionType::maxMsgSize);

@@ -38,7 +38,7 @@ void checkItem(const Octets& bytes, std::size_t at, U8 len) {
     expect(Octets(buf.begin(), buf.end()) == expected && pos == expected.size());
 }
 
-/// Adds a block behind `existing` bytes of sub-option 9, which contain no own block.
+/// Adds a block after `existing` bytes of sub-option 9, which contain no own block.
 void checkAdding(const Octets& existing, const Kcore::String& name, const Kitnet::IpGenAddr& vtep) {
     const U32 d = quorvaVendorSpecificSubOptLen(name, vtep);
     const bool fresh = existing.empty();

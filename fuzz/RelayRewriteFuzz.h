@@ -151,7 +151,7 @@ inline void requireForecast(const Outcome& outcome, const Octets& before, U32 of
     require(forecast.messageBytes == bytes, "the forecast size is right");
 }
 
-/// Expects `smallest` bytes, or more if nothing follows the end option, and only zeros behind the end option.
+/// Expects `smallest` bytes, or more if nothing follows the end option, and only zeros after the end option.
 inline void requireSize(const Octets& packet, U32 offset, U32 end, U32 smallest) {
     const std::size_t bytes = packet.size() - offset;
     require(bytes == smallest || (bytes > smallest && end + 1 == packet.size()), "the size rule holds");
@@ -159,7 +159,7 @@ inline void requireSize(const Octets& packet, U32 offset, U32 end, U32 smallest)
             "zeros follow the end option");
 }
 
-/// Rewrites the packet in each kind of storage, with different bytes behind it, and through both forms of the function,
+/// Rewrites the packet in each kind of storage, with different bytes after it, and through both forms of the function,
 /// and expects the same result each time. The last time the rewrite is traced. Checks the properties that hold for
 /// every rewrite.
 inline Outcome rewrittenEverywhere(const Octets& packet, const RelayRewrite& args, Generation generation) {

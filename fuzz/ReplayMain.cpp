@@ -63,7 +63,7 @@ void catchDeath() {
 }
 
 void run(const Input& input) {
-    // Storage of exactly the input's size, so that an address sanitizer reports a read behind it.
+    // Storage of exactly the input's size, so that an address sanitizer reports a read past it.
     const std::unique_ptr<std::uint8_t[]> exact(new std::uint8_t[input.size()]);
     std::copy(input.begin(), input.end(), exact.get());
     running = &input;

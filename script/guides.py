@@ -5,9 +5,10 @@
   guides.py run FOLDER...    commands print what the guides show; the programs are in the folders
   guides.py update [FOLDER...]    puts the code, and with folders the output, into the guides
 
-A code block behind the comment <!-- FILE NAME --> is the part of examples/FILE between the lines "// [NAME]" and
-"// [/NAME]", without its indentation; behind <!-- FILE --> it is the whole file. A line "    $ COMMAND" is run in a
-folder that has the bundled captures and the files of examples/; the indented lines behind it are what it prints.
+A code block after the comment <!-- FILE NAME --> is the part of examples/FILE between the lines "// [NAME]" and
+"// [/NAME]", without its indentation; after <!-- FILE --> it is the whole file. A guide has no other C++ blocks. A line
+"    $ COMMAND" is run in a folder that has tests/, the bundled captures and the files of examples/; the indented lines
+after it are what it prints.
 """
 
 import os
@@ -22,6 +23,7 @@ import textwrap
 TOP = pathlib.Path(__file__).resolve().parent.parent
 PAGES = [TOP / "README.md", *sorted((TOP / "docs/guide").glob("*.md"))]
 CODE = re.compile(r"(<!-- ([\w.]+)(?: (\w+))? -->\n```\w*\n)(.*?)(?=```)", re.S)
+OPTIONAL = {"dhcptool", "dhcprelay"}  # programs that a build may leave out
 COMMAND = re.compile(r"^    \$ (.*)\n((?:    (?!\$ ).*\n)*)", re.M)
 
 
@@ -72,13 +74,15 @@ def printed(command, folder, path):
 def with_output(text, programs):
     """Runs the commands whose program is in one of the folders `programs`."""
     with tempfile.TemporaryDirectory() as folder:
-        for file in [*(TOP / "tests/data/captures").glob("*.pcap"), *(TOP / "examples").iterdir()]:
+        for file in [TOP / "tests", *(TOP / "tests/data/captures").glob("*.pcap"), *(TOP / "examples").iterdir()]:
             (pathlib.Path(folder) / file.name).symlink_to(file)
         path = os.pathsep.join([*(os.path.abspath(each) for each in programs), os.environ["PATH"]])
 
         def shown(example):
             program = example[1].split()[0]
             if shutil.which(program, path=path) is None:
+                if program not in OPTIONAL:
+                    sys.exit(f"{program}: not found in {', '.join(programs)}")
                 print(f"skipped, not built: {program}")
                 return example[0]
             shown.count += 1
@@ -94,7 +98,10 @@ def main():
         text = page.read_text()
         fresh = with_code(text) if action != "run" else text
         blocks += len(CODE.findall(text))
-        if programs and page.parent.name == "guide":
+        unmarked = text.count("```cpp\n") - sum(block[0].endswith("```cpp\n") for block in CODE.findall(text))
+        if page.parent.name == "guide" and unmarked > 0:
+            sys.exit(f"{page.name}: {unmarked} C++ blocks are not part of an example")
+        if programs:
             fresh, count = with_output(fresh, programs)
             commands += count
         if fresh != text:

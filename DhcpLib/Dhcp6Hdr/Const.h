@@ -63,7 +63,7 @@ public:
     static constexpr U8 vssType_size = 1;
     static constexpr U8 vrfName_offset = 5;  ///< the VPN identifier
     static constexpr U8 entno_offset = 4;    ///< of a remote-id and of a vendor option
-    static constexpr U8 duid_offset = 8;     ///< in a remote-id, behind the enterprise number
+    static constexpr U8 duid_offset = 8;     ///< in a remote-id, after the enterprise number
     static constexpr U8 hostAndIntfName_offset = 18;
     static constexpr U8 interfaceId_offset = 18;
     static constexpr U8 interfaceName_offset = 18;

@@ -142,7 +142,7 @@ public:
     U8 pfxLen() const { return pfxLen_.value; }
     /// Values of 129 to 255 are written unchanged.
     void pfxLenIs(U8 bits) { write(pfxLen_, bits); }
-    /// The prefix. Bits behind `pfxLen` are not cleared.
+    /// The prefix. Bits after `pfxLen` are not cleared.
     const Kitnet::Ip6Addr& pfxAddr() const { return pfxAddr_.value; }
     void pfxAddrIs(const Kitnet::Ip6Addr& prefix) { write(pfxAddr_, prefix); }
 

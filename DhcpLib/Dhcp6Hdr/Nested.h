@@ -9,7 +9,7 @@ namespace DhcpLib {
 /// Position of a DHCPv6 message in a packet: from its message type up to `end`, exclusive.
 struct Dhcp6MessagePlace {
     U16 offset = 0;  ///< of the message type
-    U32 end = 0;     ///< behind the last byte
+    U32 end = 0;     ///< after the last byte
 
     friend bool operator==(const Dhcp6MessagePlace&, const Dhcp6MessagePlace&) = default;
     static constexpr auto declaration() {

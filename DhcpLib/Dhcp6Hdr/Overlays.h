@@ -59,7 +59,7 @@ public:
 
 private:
     bool hasItemAt(U32 at) const;
-    /// The position behind the item.
+    /// The position after the item.
     U32 behindItem(U32 at) const;
     void rememberPlaces() const;
 

@@ -246,7 +246,7 @@ private:
 
 DHCPLIB_EXPORT DhcpHdrWrapper::Ptr dhcpHdrWrapperFactory(const PktPtr& pkt, U32 offset);
 
-/// View of the magic cookie (RFC 2131, section 3), the four bytes behind the 236-byte BOOTP header that mark a DHCP
+/// View of the magic cookie (RFC 2131, section 3), the four bytes after the 236-byte BOOTP header that mark a DHCP
 /// message. Bytes past the packet's end read as 0. A wrong cookie is not an error.
 class DHCPLIB_EXPORT MagicCookie final : public PacketView {
 public:

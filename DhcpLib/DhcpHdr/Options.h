@@ -69,7 +69,7 @@ void walkMsgOptions(Wire::ByteView bytes, U16 offset, U16 first, Keep keep) {
     });
 }
 
-/// Calls `keep(head)` for each item of a region of `len` bytes that starts `header` bytes behind `base`. The walk ends
+/// Calls `keep(head)` for each item of a region of `len` bytes that starts `header` bytes after `base`. The walk ends
 /// at an item that would pass the region.
 template <class Keep>
 void walkSubItems(Wire::ByteView bytes, U16 base, U16 header, U16 len, Keep keep) {
@@ -82,7 +82,7 @@ void walkSubItems(Wire::ByteView bytes, U16 base, U16 header, U16 len, Keep keep
     });
 }
 
-/// The options of a DHCPv4 message by code, from `offset` (the byte behind the magic cookie) to the packet's end. The
+/// The options of a DHCPv4 message by code, from `offset` (the byte after the magic cookie) to the packet's end. The
 /// first option of a code is kept. Pads are not stored; the end option is.
 class DHCPLIB_EXPORT DhcpMsgOptions final : public OptionMap<DhcpMsgOption> {
 public:

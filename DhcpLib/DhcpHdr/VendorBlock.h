@@ -66,7 +66,7 @@ bool findQuorvaBlock(Wire::ByteView bytes, Pos pos, U32 total, Pos* found) {
 
 /// View of one vendor block, with its data items by code; the first one of a code is kept. Creating the view writes the
 /// enterprise number and the length into the packet unless they are there already
-/// (docs/compatibility.md#vendor-view-writes-its-header), then reads the `len` bytes behind them. Throws
+/// (docs/compatibility.md#vendor-view-writes-its-header), then reads the `len` bytes after them. Throws
 /// Tyk::InternalException "length value exceeds pkt-length." if the header does not fit.
 class DHCPLIB_EXPORT DhcpVendorSpecificData final : public OptionMap<QuorvaSpecificSubOptionSubOpt> {
 public:

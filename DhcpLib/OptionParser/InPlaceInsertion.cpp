@@ -104,7 +104,7 @@ InPlaceInsertion::InPlaceInsertion(Wire::ByteView bytes, const RewriteArgs& args
     planLengths();
 }
 
-/// Reads the options behind option 82 as its sub-options, too: docs/compatibility.md#sub-options-up-to-the-end-option
+/// Reads the options after option 82 as its sub-options, too: docs/compatibility.md#sub-options-up-to-the-end-option
 void InPlaceInsertion::scan(U32 endAt) {
     walkSubOptionsUpTo(bytes_, dataAt_, endAt, [this](const Head& head) {
         if (Existing* const existing = recordOf(*this, head.code))
@@ -216,7 +216,7 @@ bool InPlaceInsertion::copyExisting(Writer& writer) const {
     return whole;
 }
 
-/// Appends the sub-option 9 at `head` with the own vendor data behind its data.
+/// Appends the sub-option 9 at `head` with the own vendor data after its data.
 void InPlaceInsertion::copyVendor(Writer& writer, const Head& head) const {
     const Kcore::Bytes added = vendorBytes(args_);
     writer.putHeader(SubCode::vendorSpecificSubOption, head.len + added.size());

@@ -9,7 +9,7 @@ namespace {
 constexpr U8 infoCode = static_cast<U8>(DhcpOptionType::infoOpt), endCode = static_cast<U8>(DhcpOptionType::endOpt);
 constexpr U32 endBytes = 1;
 
-/// Number of options 82 behind the end option, from `first` on.
+/// Number of options 82 after the end option, from `first` on.
 U32 countBehindEnd(Wire::ByteView bytes, U32 first) {
     U32 count = 0;
     const auto inside = [&](U32 at) { return at < bytes.size(); };
@@ -20,10 +20,10 @@ U32 countBehindEnd(Wire::ByteView bytes, U32 first) {
     return count;
 }
 
-/// Moves the remaining options to the front. Returns the position behind the end option. Requires: a well-formed area.
+/// Moves the remaining options to the front. Returns the position after the end option. Requires: a well-formed area.
 U32 closeGaps(Kitnet::Pkt& pkt, U32 offset) {
     U32 from = offset + Constants::bootpHdrSize + U32{sizeof(Constants::dhcpMagicCookie)}, to = from;
-    // A move changes no byte behind the option that the walk has reached.
+    // A move changes no byte after the option that the walk has reached.
     walkOptionsArea(Wire::ByteView(pkt), offset, [&](const auto& head) {
         const U32 bytes = head.code == endCode ? endBytes : head.wireBytes;
         if (head.code != infoCode) {

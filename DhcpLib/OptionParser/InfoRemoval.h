@@ -18,8 +18,8 @@ struct InfoRemoval {
 
 /// Removes every option 82 (RFC 3046) from the message whose BOOTP header starts at `offset`, so that a relay agent can
 /// insert its own instead of the client's. Later options, including the end option, move down. The packet keeps its
-/// size. All bytes behind the end option become pads (0), also if the only option 82 is there, since some readers
-/// continue behind the end option. Options in the `sname` and `file` fields (RFC 2132, section 9.3) are ignored.
+/// size. All bytes after the end option become pads (0), also if the only option 82 is there, since some readers
+/// continue after the end option. Options in the `sname` and `file` fields (RFC 2132, section 9.3) are ignored.
 /// Changes nothing if there is no option 82. Refuses, and changes nothing, if the options area is malformed.
 DHCPLIB_EXPORT InfoRemoval removeInfoOption(const PktPtr& pkt, U32 offset);
 

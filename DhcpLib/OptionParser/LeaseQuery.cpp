@@ -10,7 +10,7 @@ namespace {
 constexpr U32 leaseQueryBytes = 300;
 constexpr U8 dhcpLeaseQuery = 10;  // RFC 4388, section 6.1
 
-/// The options behind the magic cookie.
+/// The options after the magic cookie.
 constexpr U8 leaseQueryOptions[] = {
     static_cast<U8>(DhcpOptionType::msgType),
     1,

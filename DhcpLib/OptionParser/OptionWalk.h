@@ -41,7 +41,7 @@ struct DhcpSingleOptionWithCode {
 /// The start of the options area: the magic cookie and the first option.
 struct DhcpOptions {
     U8 cookie[4];                  ///< 63 82 53 63 in a DHCP message
-    DhcpSingleOption firstOption;  ///< the option behind the cookie
+    DhcpSingleOption firstOption;  ///< the option after the cookie
 
     static constexpr auto declaration() {
         return Kcore::declare(
@@ -52,7 +52,7 @@ struct DhcpOptions {
 };
 static_assert(sizeof(DhcpOptions) == 6 && alignof(DhcpOptions) == 1);
 
-/// The option behind `opt`: one byte further for a pad, else `len` + 2 bytes. Requires: the length byte is readable
+/// The option after `opt`: one byte further for a pad, else `len` + 2 bytes. Requires: the length byte is readable
 /// unless `opt` is a pad.
 DHCPLIB_EXPORT DhcpSingleOption* getDhcpNextOpt(DhcpSingleOption* opt);
 /// Adds the size of an option with `added` data bytes, header included, to `total`, modulo 256.
@@ -72,7 +72,7 @@ DHCPLIB_EXPORT bool parseDhcpOptions(const PktPtr& pkt, U32 offset, std::vector<
 /// readable; the first item is read even if `total` is 0. Fills nothing if `first` is null.
 DHCPLIB_EXPORT bool parseDhcpSubOptsInOption(DhcpSingleOption* first, std::size_t total,
                                              std::vector<DhcpSingleOptionWithCode>& wanted);
-/// Positions of the magic cookie, the last option 82 (null if there is none), the end option, and the byte behind the
+/// Positions of the magic cookie, the last option 82 (null if there is none), the end option, and the byte after the
 /// packet. Requires: dhcpOptionBasicCheck(pkt, offset). Otherwise assertion "0" fails.
 DHCPLIB_EXPORT void getDhcpOptions(const PktPtr& pkt, U32 offset, DhcpOptions*& options,
                                    DhcpSingleOption*& relayAgentInfo, DhcpSingleOption*& endOption,

@@ -15,9 +15,9 @@ constexpr char signature[] =
     "bool DhcpLib::preparePacketNew(const Ptr&, DhcpLib::BootpOption, bool, Tyk::String, Tyk::String, Tyk::String, "
     "Kitnet::IpAddr, Kitnet::IpAddr, U32, bool, Tyk::String, Kitnet::IpGenAddr)";
 
-/// The message before the rewrite. A sub-option that passes option 82's end, and all behind it, are ignored.
+/// The message before the rewrite. A sub-option that passes option 82's end, and all after it, are ignored.
 struct MessageScan {
-    RawOption info;  ///< an option 82 behind the end option counts as absent
+    RawOption info;  ///< an option 82 after the end option counts as absent
     RawOption end;
     bool hasMaxMsgSize = false;
     InfoSubOptions subOptions;

@@ -30,7 +30,7 @@ DHCPLIB_EXPORT bool parseInfoOpt(const PktPtr& pkt, Tyk::String& circuitId, Tyk:
                                  bool& vssControl, Kitnet::IpAddr& serverIdOverride, Kitnet::IpAddr& linkSelection,
                                  Tyk::String& intfName, Kitnet::IpGenAddr& srcVtepIp, U32 offset);
 /// As parseInfoOpt, but reads through the views: sub-options end with option 82, the first one of a code wins, option
-/// 82 is found behind the end option as well, the vendor block is always read in the layout of RFC 4243, and an option
+/// 82 is found after the end option as well, the vendor block is always read in the layout of RFC 4243, and an option
 /// 82 of length 0 gives false. docs/choosing.md compares the two.
 DHCPLIB_EXPORT bool parseInfoOptNew(const PktPtr& pkt, Tyk::String& circuitId, Tyk::String& remoteId,
                                     Tyk::String& vpnId, bool& vssControl, Kitnet::IpAddr& serverIdOverride,

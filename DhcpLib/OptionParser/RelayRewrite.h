@@ -12,17 +12,17 @@ namespace DhcpLib {
 /// replies.
 ///
 /// There are two generations with the same arguments; docs/choosing.md compares them.
-///   preparePacketNew  rebuilds option 82. It keeps the options behind option 82 and drops the sub-options that it does
+///   preparePacketNew  rebuilds option 82. It keeps the options after option 82 and drops the sub-options that it does
 ///                     not know. For new agents.
 ///   preparePacket     edits option 82 in place. It keeps the sub-options that other relays added, and drops the
-///                     options behind option 82 of a request.
-/// Neither changes an own block in a request (docs/compatibility.md#own-block-is-not-renewed). They search option 57 in
-/// different places (docs/compatibility.md#option-57-behind-the-end). Call relayRewriteCheck first: some packets from
-/// the network fail a documented assertion, or would get a broken option 82. If isRewritable() is false, drop the
+///                     options after option 82 of a request.
+/// Neither changes an own block in a request (docs/compatibility.md#own-block-is-not-renewed). They look for option 57
+/// in different places (docs/compatibility.md#option-57-behind-the-end). Call relayRewriteCheck first: some packets
+/// from the network fail a documented assertion, or would get a broken option 82. If isRewritable() is false, drop the
 /// packet or forward it unchanged. To forward a message without adding or removing option 82, set `infoOpt` to false.
 
 /// Rewrites the message whose BOOTP header starts at `offset` and brings it to its smallest size: 548 bytes for a
-/// request without option 57, 300 otherwise. Pad bytes behind the end option are added or removed. Arguments:
+/// request without option 57, 300 otherwise. Pad bytes after the end option are added or removed. Arguments:
 ///   op                      a request gets option 82, a reply loses it; any other value changes the size only
 ///   infoOpt                 false: leave option 82 alone
 ///   circuitId, remoteId     sub-options 1 and 2; not used if the request has an option 82
@@ -57,7 +57,7 @@ DHCPLIB_EXPORT bool preparePacket(const PktPtr& pkt, BootpOption op, bool infoOp
 ///   - A reply's option 82 keeps the blocks of 9 in front of the own block (all of 9 if the arguments contain no vendor
 ///     data), and 1 and 2 if `infoOpt` is false. If nothing is left, option 82 is removed
 ///     (docs/compatibility.md#vendor-data-behind-the-own-block-is-lost).
-///   - The options behind option 82 stay unchanged.
+///   - The options after option 82 stay unchanged.
 DHCPLIB_EXPORT bool preparePacketNew(const PktPtr& pkt, BootpOption op, bool infoOpt, Tyk::String circuitId,
                                      Tyk::String remoteId, Tyk::String vpnId, Kitnet::IpAddr serverId,
                                      Kitnet::IpAddr linkselectionId, U32 offset, bool vssControlDisable,
@@ -86,8 +86,8 @@ enum class RelayGeneration : U8 { preparePacket, preparePacketNew };
 enum class RelayRewriteVerdict : U8 {
     // The rewrite returns true.
     fine,
-    infoOptionNotLast,    ///< other options than pads follow option 82; preparePacket drops them from a request
-    infoOptionBehindEnd,  ///< an option 82 behind the end option counts as padding and is lost
+    infoOptionNotLast,    ///< options other than pads follow option 82; preparePacket drops them from a request
+    infoOptionBehindEnd,  ///< an option 82 after the end option counts as padding and is lost
     // The rewrite returns true, but do not call it.
     infoOptionWouldBreak,  ///< option 82 would end inside a sub-option, or lack one that was asked for
     // Do not call the rewrite.
@@ -95,9 +95,9 @@ enum class RelayRewriteVerdict : U8 {
     // The rewrite returns false and leaves the packet unchanged.
     notDhcp,              ///< no magic cookie or no end option: not a DHCP message
     infoOptionEmpty,      ///< option 82 has no data
-    infoOptionTooLong,    ///< option 82, a sub-option or an argument would pass 255 bytes: check the configuration
+    infoOptionTooLong,    ///< option 82, a sub-option or an argument would exceed 255 bytes: check the configuration
     infoOptionOverrun,    ///< an existing sub-option passes the end of option 82, or its address is not 4 bytes long
-    infoSubOptionBehind,  ///< an option behind option 82 looks like a sub-option and would be counted as one
+    infoSubOptionBehind,  ///< an option after option 82 looks like a sub-option and would be counted as one
 };
 
 /// What a rewrite would do.

@@ -41,7 +41,7 @@ inline bool isVendorDataPresent(const Kcore::String& intfName, const Kitnet::IpG
 /// buffer's size.
 DHCPLIB_EXPORT void setInfoData(Kcore::Bytes& buf, U32& pos, U8 subType, U8 len, const U8* data);
 
-/// The block behind `block`. Requires: the block's length byte is readable.
+/// The block after `block`. Requires: the block's length byte is readable.
 DHCPLIB_EXPORT DhcpVendorSpecificEntOption* getNextVendorSpecificEntOpt(DhcpVendorSpecificEntOption* block);
 /// Finds the own block among the blocks from `first` on. The walk ends when the blocks passed have `totalLen` bytes or
 /// more. The first block is always examined (docs/compatibility.md#first-item-always-read). Requires: all bytes that
@@ -63,7 +63,7 @@ DHCPLIB_EXPORT void addQuorvaVendorSpecificSubOpt(Kcore::Bytes& buf, U32& pos, c
 /// none yet. With the toggle DhcpRelayTunnelEncapReplies off, `legacyLen` counts in place of the block.
 DHCPLIB_EXPORT U32 getVendorSpecificSubOptionLenAdd(Kcore::String intfName, Kitnet::IpGenAddr srcVtep,
                                                     Kcore::String existingVendorData, U32 legacyLen);
-/// Writes the own block behind the data of `existingVsSubOpt`, or as a new sub-option 9 at `dataPos` of option
+/// Writes the own block after the data of `existingVsSubOpt`, or as a new sub-option 9 at `dataPos` of option
 /// 82's data, and returns the bytes that it takes. The caller adds them to the length of option 82. Writes nothing and
 /// returns 0 if the block would be empty, if the sub-option would pass 255 bytes, or if both options are null.
 /// Requires: the bytes are writable.

@@ -28,7 +28,7 @@ inline bool hasHeader(Wire::ByteView bytes, U32 pos, U32 needed, std::string_vie
 
 /// Reads the Ethernet header at the packet's start and determines the VLAN. A tag beside the frame wins over one in it;
 /// only TPID 0x8100 is a tag; there is no second one; a port in mode dot1qTunnel ignores tags
-/// (docs/compatibility.md#one-tag-of-0x8100). Sets `payload` to the position behind the header. If the interface has no
+/// (docs/compatibility.md#one-tag-of-0x8100). Sets `payload` to the position after the header. If the interface has no
 /// configuration, or the frame is null or too short, traces a line, sets only `rejection` and returns false. For VLAN
 /// 4095 sets `rejection` to reservedVlan and throws Kcore::RangeException.
 bool parseEthernet(const Kitnet::Pkt* pkt, const Kitnet::IntfId& srcIntf, const Bridging::Config* config,

@@ -181,7 +181,7 @@ void Agent::handleReturned(Stack& stack) {
     }
 }
 
-/// Prints a line about a server, at most one a second.
+/// Prints a line about a server, at most one per second.
 void Agent::printFailure(const ServerCounters& server, int error) {
     if (now_ < nextFailure_) return;
     nextFailure_ = now_ + std::chrono::seconds(1);

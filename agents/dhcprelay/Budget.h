@@ -10,7 +10,7 @@ class Budget {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    /// `rate` is in requests a second; 0 for no limit.
+    /// `rate` is in requests per second; 0 for no limit.
     explicit Budget(double rate) : rate_(rate), requests_(rate) {}
 
     /// Whether one more request is allowed. `now` must not be earlier than in the last call.

@@ -17,7 +17,7 @@ struct Receipt {
 };
 
 /// Parses a frame of the client link: Ethernet, one VLAN tag, IP and UDP. Checks lengths and checksums, sets the
-/// fields of the transaction's first part, and removes the bytes behind the datagram.
+/// fields of the transaction's first part, and removes the bytes after the datagram.
 Receipt receiveFrame(const ArrivedFrame& frame, const Links& links, std::size_t link, Transaction& t);
 
 /// Addresses, ports and VLAN tag of a datagram for a client.

@@ -51,7 +51,7 @@ private:
     void unchain(U32 place);
 
     const U32 ofLink_, seconds_;
-    std::vector<Entry> entries_;  // a ring buffer for each link, one behind the other
+    std::vector<Entry> entries_;  // a ring buffer for each link, one after the other
     std::vector<U32> oldest_;     // position in the ring buffer of each link
     std::vector<U32> buckets_;    // first entry of each bucket
 };

@@ -131,7 +131,7 @@ void addLimits(CLI::App& app, Settings& s) {
     group.number("--mtu", s.mtu, "BYTES", 576, 65535,
                  "Leave option 82 out of larger requests\n(default: that of --server-interface, or 1500)");
     group.number("--rate", s.rate, "N", 0, 1000000,
-                 "Requests a second that a link may send,\n0 for no limit (default 1000)");
+                 "Requests per second that a link may send,\n0 for no limit (default 1000)");
     group.number("--remember", s.rememberSeconds, "SECONDS", 1, 3600,
                  "How long to remember the port of a transaction\n(default 60)");
     group.number("--transactions", s.transactions, "N", 16, 1048576,

@@ -65,7 +65,7 @@ struct Kcore::EnumTable<DhcpRelay::Reason> {
         {badChecksum, "bad-checksum", drop, "the IP or UDP checksum is wrong"},
         {twoTags, "two-tags", drop, "the frame has two VLAN tags"},
         {vlanNotServed, "vlan-not-served", drop, "the frame is of a VLAN that the link does not serve"},
-        {rateLimit, "rate-limit", drop, "the link sent more requests a second than --rate allows"},
+        {rateLimit, "rate-limit", drop, "the link sent more requests per second than --rate allows"},
         {routed, "routed", drop, "a unicast to another host, which the kernel routes"},
         {malformed, "malformed", drop, "the message is too short, or its options are malformed"},
         {serverMessage, "server-message", drop, "a server's message came from a client link"},

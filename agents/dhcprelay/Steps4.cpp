@@ -22,7 +22,7 @@ TransactionKey keyOf(const Transaction& t, const DhcpHdr& header) {
     TransactionKey key;
     const ByteView bytes(*t.pkt);
     std::copy_n(t.relayAddress.v4Addr().bytes(), sizeof(IpAddr), key.relayAddress.begin());
-    // Servers may not return the bytes behind the hardware address.
+    // Servers may not return the bytes after the hardware address.
     const std::string_view chaddr = bytes.text(t.at + chaddrAt, header.hlen());
     std::copy(chaddr.begin(), chaddr.end(), key.client.begin());
     std::copy_n(header.xid().bytes(), sizeof(U32), key.id.begin());

@@ -36,7 +36,7 @@ CONVENTIONS = [
     (r"(?:constexpr )?(\w+)\(\) = default;", r"The default value of each attribute."),
     (r"void handleInitialized\(\);", r"Reads the packet; later calls do nothing."),
     (r"bool initialized\(\) const", r"Whether the object has been initialised, which the constructor does."),
-    (r"(?:constexpr )?void (\w+)Is\([^,()]*(?:\([^)]*\))?\)", r"Sets `\1`."),
+    (r"(?:constexpr )?void (\w+)Is\([^,()]*(?:\([^)]*\))?\)", r"Sets \1(); see there for unit and range."),
     (r"(?:using)? ?(\w+)::\1;", r"The constructors of the base class."),
     (r"void optionDelAll\(\)", r"Removes all entries."),
     (r"(?:explicit )?\w+\(const (?:Dhcp6OptionPtr|\w+::Ptr)& opt[,)]",

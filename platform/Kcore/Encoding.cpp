@@ -8,7 +8,7 @@ constexpr std::string_view hexDigits = "0123456789abcdef";
 
 bool isPlain(char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; }
 
-/// Decodes the escape behind a backslash. False if it is not valid.
+/// Decodes the escape after a backslash. False if it is not valid.
 bool takeEscape(CharRange& range, std::string& out) {
     if (range.take("\"")) return out.push_back('"'), true;
     if (range.take("\\")) return out.push_back('\\'), true;

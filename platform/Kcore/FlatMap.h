@@ -90,7 +90,7 @@ private:
         while (index_[slot] != 0 && !(KeyOf{}(entries_[index_[slot] - 1]) == key)) slot = (slot + 1) & slotMask();
         return slot;
     }
-    /// Frees a slot, and moves up those behind it that a search would no longer reach.
+    /// Frees a slot, and moves up those after it that a search would no longer reach.
     void freeSlot(std::size_t free) {
         for (std::size_t slot = (free + 1) & slotMask(); index_[slot] != 0; slot = (slot + 1) & slotMask()) {
             const std::size_t home = homeOf(KeyOf{}(entries_[index_[slot] - 1]));

@@ -71,9 +71,9 @@ public:
     char operator[](std::size_t i) const { return data()[i]; }
     /// Throws RangeException if `i` is not below size().
     char at(std::size_t i) const;
-    /// Position of the first `what` at or behind `from`; npos if there is none.
+    /// Position of the first `what` at or after `from`; npos if there is none.
     std::size_t find(std::string_view what, std::size_t from = 0) const { return view().find(what, from); }
-    /// Position of the first `what` at or behind `from`; npos if there is none.
+    /// Position of the first `what` at or after `from`; npos if there is none.
     std::size_t find(char what, std::size_t from = 0) const { return view().find(what, from); }
     /// At most `count` bytes from `pos`. Throws RangeException if `pos` is beyond size().
     String substr(std::size_t pos, std::size_t count = npos) const;

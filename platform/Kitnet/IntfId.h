@@ -29,7 +29,7 @@ public:
     /// "Et1" for "Ethernet1", and likewise for the other numbered kinds; any other name is its own short name.
     Kcore::String shortName() const;
 
-    /// Hashes whole words: the bytes behind the name are zero.
+    /// Hashes whole words: the bytes after the name are zero.
     std::size_t hash() const { return Kcore::hashBytes(name_, wordCount() * sizeof(U64)); }
     void appendText(std::string& out) const { out.append(name()); }
     /// As handleInitialized, but returns false instead of raising. The empty text is the empty identifier.

@@ -48,7 +48,7 @@ const Kcore::TypeData& Pkt::typeData() const { return Kcore::typeDataOf<Pkt>(); 
 
 U32 Pkt::grownBy(U32 n) const { return checkedBytes(U64{bytes_} + n); }
 
-/// Moves the first `kept` bytes into new storage, with `head` bytes in front and `tail` zero bytes behind.
+/// Moves the first `kept` bytes into new storage, with `head` bytes in front and `tail` zero bytes after.
 void Pkt::move(U64 head, U32 kept, U64 tail) {
     const U64 total = head + kept + tail;
     if (total > static_cast<U64>(std::numeric_limits<std::ptrdiff_t>::max())) throw std::bad_alloc();
@@ -60,7 +60,7 @@ void Pkt::move(U64 head, U32 kept, U64 tail) {
     freeTail_ = static_cast<std::size_t>(tail);
 }
 
-/// Makes sure that there are `head` free bytes in front of the packet and `tail` behind it. If the storage has to move,
+/// Makes sure that there are `head` free bytes in front of the packet and `tail` after it. If the storage has to move,
 /// the end that grows gets as much spare room as the packet has bytes, so that growth in small steps costs linear time.
 void Pkt::makeRoom(U32 head, U32 tail) {
     if (mode_ == Storage::tight) return move(head, bytes_, tail);

@@ -31,8 +31,8 @@ public:
     class Manager;
 
     /// Spare room of a new packet.
-    static constexpr U32 headRoom = 128, tailRoom = 1024;  ///< bytes in front of and behind the packet
-    /// With roomy storage at least this many bytes behind bytes() are readable. They are not part of the packet. They
+    static constexpr U32 headRoom = 128, tailRoom = 1024;  ///< bytes in front of and after the packet
+    /// With roomy storage at least this many bytes after bytes() are readable. They are not part of the packet. They
     /// are zero until the packet shrinks, then they may hold its former bytes.
     static constexpr U32 guardBytes = 1024;
 
@@ -51,10 +51,10 @@ public:
     U8* data() { return data_; }
     const U8* data() const { return data_; }
 
-    /// Grow the packet by `n` zero bytes in front of its first byte, or behind its last one. Throw RangeException and
+    /// Grow the packet by `n` zero bytes in front of its first byte, or after its last one. Throw RangeException and
     /// change nothing if it would have more than 4294967295 bytes.
     void newSharedHeadData(U32 n);
-    /// As newSharedHeadData(), behind the last byte.
+    /// As newSharedHeadData(), after the last byte.
     void newSharedTailData(U32 n);
     /// Removes the last `n` bytes. Throws only RangeException, if there are fewer; it then changes nothing.
     void delSharedTailData(U32 n);
@@ -88,7 +88,7 @@ private:
     bool vlanTagPresent_ = false;
     const Storage mode_;
     std::unique_ptr<U8[]> storage_;
-    std::size_t freeTail_ = 0;  // behind the packet, including the guard bytes
+    std::size_t freeTail_ = 0;  // after the packet, including the guard bytes
     [[no_unique_address]] KitSlab::Tracked<Pkt> tracked_;
 };
 

@@ -4,7 +4,7 @@
 
 namespace Kitnet {
 
-/// Corrects the lengths and checksums (RFC 791, RFC 768) of the IPv4 header at `ipAt` and the UDP header behind it, for
+/// Corrects the lengths and checksums (RFC 791, RFC 768) of the IPv4 header at `ipAt` and the UDP header after it, for
 /// a datagram that extends to the packet's end. Call it after the payload was changed or assembled. Other fields are
 /// used as they are, including the IPv4 header length. Throws RangeException and changes nothing if the headers do not
 /// fit into the packet, or if the datagram has more than 65535 bytes.

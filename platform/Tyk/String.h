@@ -44,7 +44,7 @@ public:
     char operator[](std::size_t i) const { return bytes_[i]; }
     /// Throws Kcore::RangeException if `i` is not below size().
     char at(std::size_t i) const { return bytes_.at(i); }
-    /// Position of the first `what` at or behind `from`; String::npos if there is none.
+    /// Position of the first `what` at or after `from`; String::npos if there is none.
     template <class What>
     std::size_t find(const What& what, std::size_t from = 0) const {
         return bytes_.find(what, from);

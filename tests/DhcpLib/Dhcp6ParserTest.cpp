@@ -146,7 +146,7 @@ TEST(Dhcp6Parser, IdentifiersAreReadWithoutAFrame) {
     struct Message {
         const char* rule;
         std::string bytes;
-        U32 end;  // of the message; bytes behind it are not read
+        U32 end;  // of the message; bytes after it are not read
         std::string read;
     };
     const Message rows[] = {

@@ -46,7 +46,7 @@ struct Frame {
     long u16(std::size_t at) const { return u8(at + 1) < 0 ? -1 : u8(at) << 8 | u8(at + 1); }
 };
 
-/// Position of the IP header behind at most one VLAN tag; 0 if the frame has another EtherType.
+/// Position of the IP header after at most one VLAN tag; 0 if the frame has another EtherType.
 std::size_t networkHeader(Frame f, long etherType) {
     const bool tagged = std::set<long>{0x8100, 0x88a8, 0x9100}.contains(f.u16(12));
     const std::size_t typeAt = tagged ? 16 : 12;
@@ -120,7 +120,7 @@ TEST(DhcpFilter, AcceptsDhcpv4Only) {
 TEST(DhcpFilter, AcceptsDhcpv6Only) {
     const DhcpFilter filter("Dhcp6PamMan");
     unsigned taken = 0;
-    // UDP, TCP, an unknown protocol, then UDP behind hop-by-hop options and behind a fragment header.
+    // UDP, TCP, an unknown protocol, then UDP after hop-by-hop options and after a fragment header.
     for (const Octets& ethernet : ethernetHeaders(0x86dd))
         for (const char* chain : {"11", "06", "91", "00 11 00 01 04 00*4", "2C 11 00 00 00 00*4"})
             for (const unsigned port : {546u, 547u, 545u, 548u, 0x2302u, 67u, 68u})

@@ -74,7 +74,7 @@ TEST(DhcpHdrPositions, WrapAt65536) {
     const auto view = dhcpMsgOptionFactory(atTheWrap(65535, "0C"), 65535);
     EXPECT_EQ(view->data(), view->pkt()->data() + 1);
     EXPECT_EQ(view->dataText(), std::string_view("\2ab", 3));
-    // A cursor that returns to 0 ends the walk, so options behind it are not found.
+    // A cursor that returns to 0 ends the walk, so options after it are not found.
     overwrite(bytes, 65534, hex("0D 01 00"));
     EXPECT_EQ(optionsIn(packet(bytes + hex("0C 00")), 0), "3@0+2 13@65534+1 ");
 }

@@ -131,7 +131,7 @@ TEST(DhcpParser, KeepsAttributesThatAParseDoesNotReach) {
     EXPECT_TRUE(parse(frame + bootp, false));
     EXPECT_TRUE(!parser.isDhcp() && parser.hostname().empty() && parser.offset() == 42);
 
-    // The options of a bare message are searched behind the header lengths of the previous parse; its fields are at the
+    // The options of a bare message are searched after the header lengths of the previous parse; its fields are at the
     // start.
     EXPECT_TRUE(parse(offer("") + Octets(38) + hex("63 82 53 63 35 01 05 FF"), true));
     EXPECT_TRUE(parser.dhcpMsgType() == "DHCPACK" && parser.offset() == 0 && !parser.isDhcp());

@@ -1,5 +1,5 @@
 // Every capture, cut at every length: the packet ends directly in front of a page that cannot be accessed, or begins
-// directly behind one, or other bytes follow it. The results are the same, and an access outside of the packet ends
+// directly after one, or other bytes follow it. The results are the same, and an access outside of the packet ends
 // the program. The usual run takes some of the lengths; with GUARD_PAGES_ALL in the environment it takes all.
 
 #include <gtest/gtest.h>

@@ -10,7 +10,7 @@ using namespace DhcpTest;
 
 namespace {
 
-/// "position behind the cookie + length = data", with '!' where the option is not whole; "none" for no option.
+/// "position after the cookie + length = data", with '!' where the option is not whole; "none" for no option.
 std::string textOf(const FoundOption& o) {
     if (!o) return "none";
     return std::to_string(o.offset() - 242) + '+' + std::to_string(o.len()) + '=' + std::string(o.data()) +

@@ -29,7 +29,7 @@ std::string textOf(const RelayInfo& r) {
     return out;
 }
 
-/// The part of each line behind the signature, separated by semicolons.
+/// The part of each line after the signature, separated by semicolons.
 std::string endsOf(const std::vector<std::string>& lines) {
     std::string out;
     for (const std::string& line : lines) {

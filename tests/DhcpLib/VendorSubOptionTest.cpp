@@ -41,7 +41,7 @@ TEST(VendorSubOption, SizesAndItemsAreWrittenAtThePosition) {
 
 TEST(VendorSubOption, IsNotExtendedPast255Bytes) {
     for (const bool exists : {false, true}) {
-        const std::size_t longest = 255 - 5 - 2 - (exists ? 2 : 0);  // behind the headers of block and item
+        const std::size_t longest = 255 - 5 - 2 - (exists ? 2 : 0);  // after the headers of block and item
         for (const std::size_t size : {longest, longest + 1}) {
             Octets bytes = hex("52 02 09 02 'AB'") + Octets(300, scratch);
             if (!exists) bytes[2] = bytes[3] = scratch;

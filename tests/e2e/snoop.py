@@ -144,7 +144,7 @@ def flood():
         assert Counter(map(shown, seen)) == wanted, (Counter(map(shown, seen)) - wanted, wanted - Counter(map(shown, seen)))
         assert f"frames {len(seen)}: " in counts and " refused 0, other traffic 0\n" in counts, counts
         assert f"dhcptool: lan: received {len(seen)}, dropped 0, errors 0\n" in counts, counts
-        # In the file the service tag is in the frame, so the parser does not see the IP packet behind it.
+        # In the file the service tag is in the frame, so the parser does not see the IP packet after it.
         service = [m for m in seen if m["srcMac"] == MAC_TEXT and int(m["xid"], 16) % len(TAGS) == SERVICE_TAG]
         assert len(service) == 80
         accepted = [m for m in lab.reread(written) if m["rejection"] is None]

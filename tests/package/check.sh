@@ -28,7 +28,7 @@ run_example() {
     tail -c +157 "$source/tests/data/captures/v4-relay-dhclient-dhcpd-server.pcap" | head -c 342 |
         "$work/example" >"$work/printed"
     cat "$work/printed"
-    grep -qxF 'DHCPDISCOVER for 02:c1:00:00:01:01, transaction 919687991, VLAN 10, via 10.20.0.1 at Ethernet1' \
+    grep -qxF 'DHCPDISCOVER for 02:c1:00:00:01:01, transaction 919687991, VLAN 10, via 10.20.0.1 at "Ethernet1"' \
         "$work/printed"
 }
 

@@ -19,7 +19,7 @@ using DhcpTest::bytesOf;
 using Bytes = DhcpTest::Octets;
 constexpr U32 maxBytes = std::numeric_limits<U32>::max();
 
-/// Reads the guard bytes behind a roomy packet. An address sanitizer would report them if they did not exist.
+/// Reads the guard bytes after a roomy packet. An address sanitizer would report them if they did not exist.
 unsigned guardSum(const Pkt& pkt) {
     const U8* const end = pkt.data() + pkt.bytes();
     return std::accumulate(end, end + Pkt::guardBytes, 0u);

@@ -32,7 +32,7 @@ def is_message(record, frame):
     if vlan(record) == 4095 or record["l3_off"] != (18 if tagged(record) else 14):
         return False
     size = len(frame) - record["off"]
-    if record["proto"] == "dhcpv6":  # behind extension headers UDP is not looked for
+    if record["proto"] == "dhcpv6":  # after extension headers UDP is not looked for
         return record["ethertype"] == "86dd" and record["ip_proto"] == 17 and record["udp_dport"] in (546, 547) and \
             size >= (4 if record["msg_type"] < 12 else 34) and 1 <= record["msg_type"] <= 13
     if record["udp_dport"] not in (67, 68) or size < 34:

@@ -32,9 +32,9 @@ void generate(const CLI::App& app, const Program& program, const std::string& wh
 
 void describe(CLI::App& app, const Program& program) {
     app.formatter(std::make_shared<HelpFormatter>());
-    app.set_help_flag("-h,--help", "Print this help and end");
+    app.set_help_flag("-h,--help", "Print this help and exit");
     app.set_version_flag("--version", versionText(app.get_name()),
-                         "Print version, build and enterprise number, and end");
+                         "Print version, build and enterprise number, and exit");
     app.add_option_function<std::string>("--generate",
                                          [&app, &program](const std::string& what) {
                                              generate(app, program, what);

@@ -29,7 +29,7 @@ AreaState walkOptionsArea(Wire::ByteView bytes, U32 offset, Visit visit) {
     return ended ? AreaState::wellFormed : AreaState::noEnd;
 }
 
-/// How positions behind an option's code are computed: in 32 bits, or in 16 bits as the views do.
+/// How positions after an option's code are computed: in 32 bits, or in 16 bits as the views do.
 enum class Positions : U32 { plain = 0xffffffff, ofViews = 0xffff };
 
 /// An option in a packet, or none (false). Reads are cut at the packet's end.
@@ -62,7 +62,7 @@ private:
     U32 positionBits_ = 0;  // 0 means: no option
 };
 
-/// The options that a DhcpMsgOptions over the area of a message holds: the first one of each code, also behind the end
+/// The options that a DhcpMsgOptions over the area of a message holds: the first one of each code, also after the end
 /// option.
 struct CollectedOptions {
     bool cookie = false;  ///< whether it is there, at its 16-bit position

@@ -25,7 +25,7 @@ struct RewritePlan {
     void replaceInfo();
     /// Plans to remove option 82. Requires: there is one.
     void removeInfo();
-    /// Plans to drop the options behind option 82.
+    /// Plans to drop the options after option 82.
     void cutBehindInfo() { keptAt = keptEnd; }
 
     U32 infoBytes() const { return writesInfo ? SubOptionShape::headerBytes + static_cast<U32>(infoData.size()) : 0; }
@@ -43,7 +43,7 @@ struct RewritePlan {
     U32 infoAt = 0, keptAt = 0, keptEnd = 0;
     U32 offset;
     U32 smallestMessage = 0;  ///< minimum size of the message
-    S32 neededPadding = 0;    ///< number of bytes that the insertion requests behind the end option
+    S32 neededPadding = 0;    ///< number of bytes that the insertion requests after the end option
     Kcore::Bytes infoData;
 };
 

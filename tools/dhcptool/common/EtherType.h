@@ -11,7 +11,7 @@ inline constexpr U16 ipv4EtherType = 0x0800, ipv6EtherType = 0x86dd;
 
 inline bool isVlanTag(U16 etherType) { return etherType == 0x8100 || etherType == 0x88a8 || etherType == 0x9100; }
 
-/// Position of the EtherType behind all tags of a frame.
+/// Position of the EtherType after all tags of a frame.
 inline U32 etherTypeAt(DhcpLib::Wire::ByteView frame) {
     constexpr U32 macsBytes = 12, tagBytes = 4;
     U32 at = macsBytes;

@@ -89,7 +89,7 @@ void addFollowCommand(CLI::App& app) {
     addExchangeOptions(*command, arguments->exchanges);
     command->add_flag("--problems", arguments->problems, "Print only exchanges in which something went wrong")
         ->group(group);
-    command->add_flag("--json", arguments->json, "One JSON object an exchange, on a line")->group(group);
+    command->add_flag("--json", arguments->json, "One JSON object per exchange, each on its own line")->group(group);
     addCount(*command, arguments->count, "Stop after N exchanges")->group(group);
     addTimeOption(*command, arguments->time);
     addColorOption(*command, arguments->coloured);

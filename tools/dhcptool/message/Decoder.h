@@ -5,7 +5,7 @@
 
 namespace DhcpTool {
 
-/// Decodes frames as a snooping agent for both protocols does. Frames with IPv6 behind their tags go to the DHCPv6
+/// Decodes frames as a snooping agent for both protocols does. Frames with IPv6 after their tags go to the DHCPv6
 /// parser, all others to the DHCPv4 parser.
 class Decoder {
 public:

@@ -7,7 +7,7 @@
 
 namespace DhcpTool {
 
-/// The headers in front of a DHCP message, whatever a snooping agent makes of the frame: read behind all VLAN tags and
+/// The headers in front of a DHCP message, whatever a snooping agent makes of the frame: read after all VLAN tags and
 /// IPv6 extension headers. Fields that are not in the frame are zero.
 struct Headers {
     Kitnet::EthAddr srcMac, dstMac;

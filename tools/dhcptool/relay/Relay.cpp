@@ -30,7 +30,7 @@ std::string messageText(const PktPtr& message, BootpOption op) {
 
 std::string lineStart(const Frame& frame) { return "frame " + std::to_string(frame.number) + ": "; }
 
-/// The frame's headers followed by `message`. Bytes behind the old datagram are dropped.
+/// The frame's headers followed by `message`. Bytes after the old datagram are dropped.
 PktPtr frameOf(std::span<const U8> headers, const Pkt& message, U32 ipAt) {
     PktPtr frame = packetOf(headers);
     const U32 at = frame->bytes();
@@ -78,7 +78,7 @@ Relayer::Result Relayer::relay(const Frame& frame, const UdpFrame& place) {
                        std::to_string(message->bytes()) + " bytes";
     const DhcpLib::FoundOption serverId = findOption(message, 0, DhcpLib::DhcpOptionType::serverIdOpt);
     if (!request && settings_.serverId && serverId) {
-        // The address would overwrite bytes behind a shorter option.
+        // The address would overwrite bytes after a shorter option.
         if (serverId.len() != sizeof(Kitnet::IpAddr)) return copy(frame, "server identifier is not 4 bytes long");
         DhcpLib::setServerId(message, *settings_.serverId);
         line += ", server identifier " + Kcore::textOf(*settings_.serverId);

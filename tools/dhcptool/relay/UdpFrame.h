@@ -22,7 +22,7 @@ struct UdpFrame {
     U32 payloadBytes = 0;
 };
 
-/// Finds a DHCPv4 datagram behind any number of VLAN tags and any IP options.
+/// Finds a DHCPv4 datagram after any number of VLAN tags and any IP options.
 UdpFrame udpFrameOf(DhcpLib::Wire::ByteView frame);
 
 }  // namespace DhcpTool

@@ -59,11 +59,11 @@ void addColorOption(CLI::App& command, bool& coloured) {
 
 void addViewOptions(CLI::App& command, ViewSettings& settings) {
     CLI::Option* const quick =
-        addKind(command, "-q,--quick", settings, ViewKind::quick, "One short line a message, at most 100 columns");
+        addKind(command, "-q,--quick", settings, ViewKind::quick, "One short line per message, at most 100 columns");
     CLI::Option* const verbose = addKind(command, "-v,--verbose", settings, ViewKind::verbose,
-                                         "All options of a message, one a line, with their positions");
+                                         "All options of a message, one per line, with their positions");
     CLI::Option* const json =
-        addKind(command, "--json", settings, ViewKind::json, "One JSON object a message, on a line");
+        addKind(command, "--json", settings, ViewKind::json, "One JSON object per message, each on its own line");
     quick->excludes(verbose)->excludes(json);
     verbose->excludes(json);
     command
