@@ -54,8 +54,8 @@ struct Dhcp6RemoteIdentifier {
     bool l2PortInfoValid() const { return portInfo == Dhcp6PortInfo::decoded; }
 };
 
-/// Decodes the option `opt`, whatever its code, as a client identifier. Bytes past the option's data or
-/// the packet's end read as 0. A null `opt` gives the result for an absent option. Nothing is traced.
+/// Decodes the option `opt`, whatever its code, as a client identifier. Bytes past the option's data or the
+/// packet's end read as 0. A null `opt` gives the result for an absent option. Nothing is traced.
 DHCPLIB_EXPORT Dhcp6ClientIdentifier dhcp6ClientIdentifier(const Dhcp6OptionPtr& opt);
 /// As dhcp6ClientIdentifier(), for a remote-id.
 DHCPLIB_EXPORT Dhcp6RemoteIdentifier dhcp6RemoteIdentifier(const Dhcp6OptionPtr& opt);

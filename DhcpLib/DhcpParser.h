@@ -50,8 +50,7 @@ struct PacketParserNumbers {
 /// fields as attributes. A parse resets only `offset` and `rejection`: attributes that it does not reach keep their
 /// values, and `associatedIps` only grows (docs/compatibility.md#attributes-are-kept). For clean results use a fresh
 /// parser per frame, or call reset(). A reference that an accessor returns is valid until the next parse or reset().
-/// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2,
-/// failed parts of a parse at 1.
+/// Traces to the handle "DhcpLib": progress at level 4, rejected frames at 2, failed parts of a parse at 1.
 class DHCPLIB_EXPORT PacketParser : private Detail::PacketParserNumbers {
 public:
     using HN_AssociatedIps = Kcore::FlatSet<Kitnet::IpAddr>;  ///< a set of addresses that keeps the order of insertion
@@ -82,14 +81,14 @@ public:
     /// VLAN 4095. `srcIntfName` is the receiving interface; with an empty one no configuration is needed, and the
     /// native VLAN is 0.
     bool doParse(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool dhcpHdrOnly);
-    /// The header stages, for agents that run one alone. Each advances `offset` and sets `rejection`; those of IP and
-    /// UDP read at `offset`. A stage whose header does not fit into the frame changes no other attribute. The Ethernet
-    /// header, always at byte 0. `resetOffset` sets `offset` to 0 first, which makes a difference only if the frame is
-    /// refused. Throws Kcore::RangeException for a tag with VLAN 4095.
+    /// Parses the Ethernet header alone, at byte 0. This function and the next two are for agents that run single
+    /// stages: each sets `offset` to the end of its header, and `rejection`. If the header does not fit into the frame,
+    /// no other attribute changes. `resetOffset` sets `offset` to 0 first, which makes a difference only if the frame
+    /// is refused. Throws Kcore::RangeException for a tag with VLAN 4095.
     bool doParseEthHdr(const PktPtr& pkt, Kitnet::IntfId srcIntfName, bool resetOffset);
-    /// The fixed IPv4 header (RFC 791); its options are skipped.
+    /// Parses the fixed IPv4 header (RFC 791) at `offset`; its options are skipped.
     bool doParseIpHdr(const PktPtr& pkt);
-    /// The UDP header (RFC 768).
+    /// Parses the UDP header (RFC 768) at `offset`.
     bool doParseUdpHdr(const PktPtr& pkt);
     /// Why the last call of one of these functions refused the frame: `none` if it returned true, `reservedVlan` if it
     /// threw. It is not an attribute: equality, hash and attribute table ignore it.
@@ -156,8 +155,8 @@ public:
     const Kcore::String& circuitId() const { return circuitId_; }
     /// Remote-id of option 82, as raw bytes from the network.
     const Kcore::String& remoteId() const { return remoteId_; }
-    /// Server identifier (option 54), or the override in option 82 (RFC 5107). 0.0.0.0 if the message has
-    /// neither, or an option 54 whose length is not 4.
+    /// Server identifier (option 54), or the override in option 82 (RFC 5107). 0.0.0.0 if the message has neither,
+    /// or an option 54 whose length is not 4.
     Kitnet::IpAddr serverId() const { return serverId_; }
     /// Whether the message has either of them, whatever its length (docs/compatibility.md#presence-without-value).
     bool serverIdExist() const { return serverIdExist_; }

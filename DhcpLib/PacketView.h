@@ -15,9 +15,9 @@ using PktPtr = Kcore::Ptr<Kitnet::Pkt>;
 /// (docs/compatibility.md#positions-wrap-at-65536).
 constexpr U16 packetPosition(U32 pos) { return static_cast<U16>(pos); }
 
-/// Base of the views that hold a packet and a position in it. A view keeps its packet alive. It may
-/// remember fields that it has read: what another view or Wire::store() changes is not visible in it. A null packet is
-/// treated as an empty one. The position is not adjusted when the packet grows at its head: create new views then.
+/// Base of the views that hold a packet and a position in it. A view keeps its packet alive. It may remember
+/// fields that it has read: what another view or Wire::store() changes is not visible in it. A null packet is treated
+/// as an empty one. The position is not adjusted when the packet grows at its head: create new views then.
 class DHCPLIB_EXPORT PacketView : public Kcore::Node, public KitSlab::SlabObject {
 public:
     ~PacketView() override;

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Measures dhcprelay in network namespaces; script/bench-relay builds what it needs and starts it.
 
-  compare  beside the ISC relay agent: CPU time of a transaction at a fixed rate, and transactions a second
+  compare  beside the ISC relay agent: CPU time of a transaction at a fixed rate, and transactions per second
   flood    20,000 requests per second from one link while the other link's clients get leases
   soak     a mixed load for a long time: nothing is lost and the resident size does not grow
 
@@ -22,7 +22,7 @@ from lab import require, wait_for  # noqa: E402
 from relayed import SERVER, SERVER6, AccessPort, Relayed, outcome  # noqa: E402
 
 OWN, ISC = "dhcprelay", "dhcrelay"
-# By protocol: limits of the ratio to the ISC agent, for CPU time of a transaction and for transactions a second.
+# By protocol: limits of the ratio to the ISC agent, for CPU time of a transaction and for transactions per second.
 TARGETS = {4: (0.6, 1.2), 6: (0.7, 1.2)}
 
 
@@ -54,7 +54,7 @@ def pin(process, cpu):
 
 
 def measured(name, protocol, rate, seconds):
-    """CPU seconds of a transaction at the rate and at full load, and transactions a second at full load."""
+    """CPU seconds of a transaction at the rate and at full load, and transactions per second at full load."""
     with Relayed() as lab:
         lab.responder(SERVER if protocol == 4 else SERVER6)
         pin(lab.processes[-1], 1)
@@ -90,7 +90,7 @@ def compare(arguments):
         for what, figure, unit, good in (
                 (f"CPU time of a transaction, {arguments.rate}/s", 0, 1e6, lambda ratio: ratio <= most),
                 ("CPU time of a transaction, full load", 1, 1e6, lambda ratio: ratio <= most),
-                ("transactions a second, full load", 2, 1, lambda ratio: ratio >= least)):
+                ("transactions per second, full load", 2, 1, lambda ratio: ratio >= least)):
             own, isc = ([run[figure] * unit for run in rounds[name]] for name in (OWN, ISC))
             ratio = statistics.median(a / b for a, b in zip(own, isc))
             missed |= not good(ratio)
@@ -105,7 +105,7 @@ def flood(arguments):
 
 
 def soak(arguments):
-    """Untagged and tagged clients of both protocols, 300 transactions a second together."""
+    """Untagged and tagged clients of both protocols, 300 transactions per second together."""
     require("ethtool")
     with Relayed(tagged=True) as lab:
         for address in (SERVER, SERVER6):

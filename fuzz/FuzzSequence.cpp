@@ -207,7 +207,7 @@ private:
         expectWrite(at, fits ? Octets(id.bytes(), id.bytes() + 4) : Octets(), true,
                     [&] { done = setServerId(pkt_, id); });
         expect(done == (area.failure.empty() && (!there || fits)));
-        // An address over a shorter option changes the options that follow, and perhaps which option 54 is the last one.
+        // An address over a shorter option changes what follows, and perhaps which option 54 is the last one.
         const Octets after = bytesOf(*pkt_);
         const Model::Area changed = Model::walk(after, 0);
         const auto last = changed.last.find(54);

@@ -52,9 +52,9 @@ private:
 };
 
 /// The last option `code` before the first end option, in the message whose BOOTP header starts at `offset`
-/// (docs/compatibility.md#duplicates-by-layer). The area may lack an end option; without a
-/// magic cookie nothing is found. Code 255 finds the end option; pads (code 0) are not found. Options in the `sname`
-/// and `file` fields (RFC 2132, section 9.3) are ignored.
+/// (docs/compatibility.md#duplicates-by-layer). The area may lack an end option; without a magic cookie nothing is
+/// found. Code 255 finds the end option; pads (code 0) are not found. Options in the `sname` and `file` fields (RFC
+/// 2132, section 9.3) are ignored.
 DHCPLIB_EXPORT FoundOption findOption(const PktPtr& pkt, U32 offset, U8 code);
 /// As above, with the code as an enumerator.
 DHCPLIB_EXPORT FoundOption findOption(const PktPtr& pkt, U32 offset, DhcpOptionType code);

@@ -20,7 +20,7 @@ struct ExchangeTally {
     void add(const ExchangeTally& other);
 };
 
-/// The answers of a server, and its response times: from the last transmission of the request to the answer, after a
+/// The answers of a server, and its response times: from the last transmission of the request to the answer, behind a
 /// relay agent if the messages were seen there.
 struct ServerTally {
     U64 exchanges = 0;
