@@ -1,5 +1,6 @@
 #include "DhcpLib/Dhcp6Identifiers.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
@@ -12,12 +13,13 @@ namespace {
 
 constexpr U16 firstVlan = 1, lastVlan = 4094;
 
+constexpr bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
 /// Reads a decimal number like strtoull: optional blanks and sign, then digits. Returns 0 if there are no digits and
 /// the largest number on overflow; a minus sign negates modulo 2^64 (docs/compatibility.md#vlan-text-as-strtoul).
 U64 leadingNumber(std::string_view text) {
-    const std::size_t start = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
-    const char* at = text.data() + start;
     const char* const end = text.data() + text.size();
+    const char* at = std::find_if_not(text.data(), end, isBlank);
     const bool negative = at != end && *at == '-';
     if (at != end && (*at == '-' || *at == '+')) ++at;
     U64 number = 0;

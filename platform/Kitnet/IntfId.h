@@ -1,7 +1,6 @@
 #pragma once
 
-#include <array>
-#include <bit>
+#include <cstring>
 
 #include "Kitnet/WireBytes.h"
 
@@ -37,20 +36,23 @@ public:
 
     friend bool operator==(const IntfId& a, const IntfId& b) {
         if (a.size_ != b.size_) return false;
-        const auto words = std::bit_cast<Words>(a), others = std::bit_cast<Words>(b);
-        for (std::size_t i = 0; i < a.wordCount(); ++i)
-            if (words[i] != others[i]) return false;
-        return true;
+        U64 differing = 0;
+        for (std::size_t i = 0; i < a.wordCount(); ++i) differing |= a.word(i) ^ b.word(i);
+        return differing == 0;
     }
     friend std::strong_ordering operator<=>(const IntfId& a, const IntfId& b) {
         return a.name().compare(b.name()) <=> 0;
     }
 
 private:
-    using Words = std::array<U64, 8>;
-
     /// Requires: a valid or empty name.
     void assign(std::string_view name);
+    /// Eight bytes of the object: of the name and, in the last word, the size.
+    U64 word(std::size_t i) const {
+        U64 word;
+        std::memcpy(&word, reinterpret_cast<const char*>(this) + i * sizeof word, sizeof word);
+        return word;
+    }
     std::size_t wordCount() const { return (size_ + sizeof(U64) - 1) / sizeof(U64); }
 
     alignas(U64) char name_[maxNameBytes] = {};
