@@ -62,6 +62,9 @@ struct Maps {
                 const auto copy = map;
                 if (key.value < 3) map.clear(), model.clear();
                 if (key.value == 100) map = copy, model = {copy.begin(), copy.end()};
+                const auto moved = std::move(set);
+                set = moved;
+                if (key.value < 3) set.clear(), setModel.clear();
                 break;
             }
             default: {

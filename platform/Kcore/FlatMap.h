@@ -8,20 +8,24 @@
 #include <vector>
 
 #include "Kcore/Hash.h"
+#include "Kcore/SmallVector.h"
 
 namespace Kcore {
+
+/// Tables with at most this many entries have no index.
+inline constexpr std::size_t searchedInOrder = 8;
 
 /// Hash table that stores its entries in one vector. Tables with more than a few entries are searched through an
 /// open-addressed index of positions in that vector. Entries keep the order of insertion until one is removed: the last
 /// entry then takes the removed one's place.
 /// Insertion and removal take constant time, amortized. An operation that throws leaves the table as it was; only
-/// those that add entries allocate. `KeyOf` gives an entry's key.
-template <class Key, class Entry, class KeyOf>
+/// those that add entries allocate. `KeyOf` gives an entry's key, `Entries` is the vector.
+template <class Key, class Entry, class KeyOf, class Entries = std::vector<Entry>>
 class FlatTable {
 public:
     using value_type = Entry;  ///< type of an entry
     /// Iterator in the order of insertion. Valid until the table changes.
-    using const_iterator = typename std::vector<Entry>::const_iterator;
+    using const_iterator = typename Entries::const_iterator;
 
     FlatTable() = default;
     FlatTable(const FlatTable&) = default;
@@ -46,7 +50,6 @@ public:
 
 protected:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
-    static constexpr std::size_t searchedInOrder = 8;
 
     std::size_t placeOf(const Key& key) const {
         if (index_.empty()) {
@@ -62,7 +65,8 @@ protected:
         static_assert(std::is_nothrow_move_constructible_v<Entry> && std::is_nothrow_move_assignable_v<Entry>);
         const std::size_t count = entries_.size() + 1;
         if (count > searchedInOrder && 2 * count > index_.size()) growIndex(count);
-        if (entries_.capacity() == 0) entries_.reserve(searchedInOrder);
+        if constexpr (requires { entries_.reserve(searchedInOrder); })
+            if (entries_.capacity() == 0) entries_.reserve(searchedInOrder);
         entries_.push_back(std::move(entry));
         if (!index_.empty()) index_[slotOf(KeyOf{}(entries_.back()))] = static_cast<U32>(count);
     }
@@ -78,7 +82,7 @@ protected:
         return removed;
     }
 
-    std::vector<Entry> entries_;
+    Entries entries_;
 
 private:
     std::size_t slotMask() const { return index_.size() - 1; }
@@ -163,10 +167,15 @@ public:
     }
 };
 
+/// The vector of a set. Small keys are stored in the set until it has an index, so that few of them cost no allocation.
+template <class Key>
+using SetEntries = std::conditional_t<std::is_trivially_copyable_v<Key> && sizeof(Key) <= sizeof(U64),
+                                      SmallVector<Key, searchedInOrder>, std::vector<Key>>;
+
 /// A set with the properties of FlatMap.
 template <class Key>
-class FlatSet : public FlatTable<Key, Key, std::identity> {
-    using Table = FlatTable<Key, Key, std::identity>;
+class FlatSet : public FlatTable<Key, Key, std::identity, SetEntries<Key>> {
+    using Table = FlatTable<Key, Key, std::identity, SetEntries<Key>>;
 
 public:
     /// False if the key is present.
