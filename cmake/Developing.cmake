@@ -23,11 +23,6 @@ endif()
 
 # Together they make a parse a fifth faster.
 add_compile_options("$<$<CONFIG:Release,RelWithDebInfo>:-O3;-fno-semantic-interposition;-fno-plt>")
-# Each library is optimised as a whole: another fifth, since a parse crosses many small files.
-if(CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo)$" AND NOT DHCPLIB_SANITIZE)
-  include(CheckIPOSupported)
-  check_ipo_supported(RESULT DHCPLIB_OPTIMISE_WHOLE LANGUAGES CXX)
-endif()
 # Hardening of the shipped binaries; script/check-binaries checks it.
 add_compile_options("$<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|i.86")
