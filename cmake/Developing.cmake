@@ -33,6 +33,7 @@ add_link_options("$<$<CONFIG:Release,RelWithDebInfo>:-Wl,-z,relro,-z,now,-z,noex
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 # Trace lines and assertions give file names relative to the source folder.
 add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+add_link_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)  # a library that is optimised as a whole is compiled there
 if(DHCPLIB_SANITIZE)
   add_compile_options(-fsanitize=${DHCPLIB_SANITIZE} -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${DHCPLIB_SANITIZE})
