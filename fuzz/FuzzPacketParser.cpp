@@ -54,8 +54,9 @@ void checkOptions(const PktPtr& pkt, const PacketParser& p) {
     U8 type = 0;
     expect(p.dhcpMsgType() == getDhcpMsgTypeStringAndOpt(pkt, offset, type) && p.dhcpMsgTypeOpt() == type);
     if (!p.isDhcp()) return;
-    Model::LeaseReply lease = Model::readLeaseQuery(pkt, offset);
-    if (lease.serverId == Model::LeaseReply().serverId) lease.serverId = {};
+    Model::LeaseReply lease;
+    lease.serverId = {};
+    lease = Model::readLeaseQuery(pkt, offset, lease);
     const Model::RelayInfo info = Model::readInfo(parseInfoOptNew, pkt, offset);
     if (!info.serverIdOverride.isAny()) {
         lease.serverId = info.serverIdOverride;

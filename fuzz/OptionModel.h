@@ -79,8 +79,8 @@ struct LeaseReply {
     friend bool operator==(const LeaseReply&, const LeaseReply&) = default;
 };
 
-inline LeaseReply readLeaseQuery(const PktPtr& pkt, U32 offset) {
-    LeaseReply r;
+/// `r` is the result before the call.
+inline LeaseReply readLeaseQuery(const PktPtr& pkt, U32 offset, LeaseReply r = {}) {
     r.ok = DhcpLib::parseLeaseQueryOpts(pkt, r.leaseTime, r.lastTransactionTime, r.ips, r.serverId, r.leaseTimePresent,
                                         r.lastTransactionTimePresent, r.serverIdPresent, offset);
     return r;
