@@ -27,8 +27,10 @@ MessageScan scanMessage(Wire::ByteView bytes, U32 offset) {
     bool hasMaxMsgSize = false;
     const AreaState state = walkOptionsArea(bytes, offset, [&](const auto& head) {
         const auto code = static_cast<DhcpOptionType>(head.code);
-        if (code == DhcpOptionType::infoOpt) infoAt = head.at;
-        if (code == DhcpOptionType::maxMsgSize) hasMaxMsgSize = true;
+        if (code == DhcpOptionType::infoOpt) [[unlikely]]
+            infoAt = head.at;
+        if (code == DhcpOptionType::maxMsgSize) [[unlikely]]
+            hasMaxMsgSize = true;
         endAt = head.at;
     });
     // No option is at position 0: the header is in front of it.

@@ -80,9 +80,12 @@ CollectedOptions collectOptions(Wire::ByteView bytes, U32 offset) {
     U32 info = none, end = none, maxMsgSize = none;  // plain locals stay in registers during the walk
     const auto keepFirst = [&](U8 code, U32 at) {
         found.any = true;
-        if (code == static_cast<U8>(DhcpOptionType::infoOpt) && info == none) info = at;
-        if (code == static_cast<U8>(DhcpOptionType::maxMsgSize) && maxMsgSize == none) maxMsgSize = at;
-        if (code == static_cast<U8>(DhcpOptionType::endOpt) && end == none) end = at;
+        if (code == static_cast<U8>(DhcpOptionType::infoOpt) && info == none) [[unlikely]]
+            info = at;
+        if (code == static_cast<U8>(DhcpOptionType::maxMsgSize) && maxMsgSize == none) [[unlikely]]
+            maxMsgSize = at;
+        if (code == static_cast<U8>(DhcpOptionType::endOpt) && end == none) [[unlikely]]
+            end = at;
     };
     // The walk with 32-bit positions is faster. Both agree up to the end option, unless positions wrap at 65536.
     U16 start = 0;
