@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <numeric>
 #include <thread>
 #include <vector>
 
@@ -28,13 +29,14 @@ struct Work {
         for (const Input& input : caseOf("mixed").inputs)
             packets.push_back(Kitnet::globalPktManager().newPkt(input.frame));
     }
-    /// Frames that were read until `stop` is set.
+    /// Reads until `stop` is set. Returns frames per second.
     template <class Read>
     double run(const std::atomic<bool>& stop, Read read) {
+        const auto start = std::chrono::steady_clock::now();
         double frames = 0;
         for (; !stop; frames += static_cast<double>(packets.size()))
             for (const auto& pkt : packets) read(*this, pkt);
-        return frames;
+        return frames / std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     }
 };
 
@@ -54,31 +56,27 @@ void readInOnePass(const Work&, const Kcore::Ptr<Kitnet::Pkt>& pkt) {
 
 template <class Read>
 double framesPerSecond(std::size_t threads, Read read) {
-    constexpr std::chrono::milliseconds time(500);
+    constexpr std::chrono::milliseconds time(10);
     std::vector<Work> works(threads);
-    std::vector<double> frames(threads);
+    std::vector<double> rates(threads);
     std::atomic<bool> stop = false;
     std::vector<std::thread> running;
-    for (std::size_t i = 0; i < threads; ++i) running.emplace_back([&, i] { frames[i] = works[i].run(stop, read); });
+    for (std::size_t i = 0; i < threads; ++i) running.emplace_back([&, i] { rates[i] = works[i].run(stop, read); });
     std::this_thread::sleep_for(time);
     stop = true;
     for (std::thread& thread : running) thread.join();
-    double all = 0;
-    for (const double one : frames) all += one;
-    return all / std::chrono::duration<double>(time).count();
+    return std::accumulate(rates.begin(), rates.end(), 0.0);
 }
 
-/// The best of several runs, since other programs disturb two threads more than one.
-template <class Read>
-double best(std::size_t threads, Read read) {
-    double most = 0;
-    for (int i = 0; i < 7; ++i) most = std::max(most, framesPerSecond(threads, read));
-    return most;
-}
-
+/// The best of many short runs, with one thread and with two in turn, since other programs disturb two threads more
+/// than one.
 template <class Read>
 void compare(const char* name, Read read) {
-    const double one = best(1, read), two = best(2, read);
+    double one = 0, two = 0;
+    for (int i = 0; i < 200; ++i) {
+        one = std::max(one, framesPerSecond(1, read));
+        two = std::max(two, framesPerSecond(2, read));
+    }
     std::printf("%-24s %12.0f %12.0f %8.2f\n", name, one, two, two / one);
 }
 

@@ -1,6 +1,7 @@
 #include "KitSlab/Slab.h"
 
 #include <array>
+#include <atomic>
 #include <new>
 
 namespace KitSlab {
@@ -54,7 +55,15 @@ bool isSlab(std::size_t size) { return slabsInUse && size <= largestSlab && !lis
 std::size_t rounded(std::size_t size) { return (size + grain - 1) / grain * grain; }
 FreeList& listOf(std::size_t size) { return lists.bySize[(size + grain - 1) / grain]; }
 
+std::atomic<std::size_t> lastNumber = 0;
+constinit thread_local std::size_t number = 0;  // 0 until the thread asks for it
+
 }  // namespace
+
+std::size_t threadNumber(std::size_t n) {
+    if (number == 0) number = lastNumber.fetch_add(1, std::memory_order_relaxed) + 1;
+    return number % n;
+}
 
 void* slabAlloc(std::size_t size) {
     if (!isSlab(size)) return ::operator new(rounded(size));

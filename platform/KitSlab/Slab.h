@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 
 #include "Kcore/Counter.h"
@@ -15,18 +16,32 @@ DHCPPLATFORM_EXPORT void slabFree(void* memory, std::size_t size) noexcept;
 
 inline constexpr std::size_t largestSlab = 256;  ///< largest size of the free lists, in bytes
 
+/// A number from 0 to `n` - 1 for the calling thread. Threads share a number if there are more than `n` of them.
+DHCPPLATFORM_EXPORT std::size_t threadNumber(std::size_t n);
+
 /// Counts the live objects of a class.
 class AllocationTracker {
 public:
     /// Number of live objects.
-    Kcore::U32 live() const { return live_.value(); }
+    Kcore::U32 live() const {
+        Kcore::U32 sum = 0;  // counts of single threads wrap if another thread destroys their objects, the sum does not
+        for (const Share& share : shares_) sum += share.count.value();
+        return sum;
+    }
     /// One more object. For Tracked.
-    void created() { live_.increment(); }
+    void created() { own().count.increment(); }
     /// One object less. For Tracked.
-    void destroyed() { live_.decrement(); }
+    void destroyed() { own().count.decrement(); }
 
 private:
-    Kcore::Counter live_;
+    /// The count of some threads, in a cache line of its own, so that threads do not slow each other down.
+    struct alignas(64) Share {
+        Kcore::Counter count;
+    };
+
+    Share& own() { return shares_[Kcore::ThreadControl::multiThreaded() ? threadNumber(shares_.size()) : 0]; }
+
+    std::array<Share, 8> shares_;
 };
 
 /// Member of a class with a static `memAllocationTracker_`. Keeps the count up to date.
