@@ -16,7 +16,7 @@ DHCPPLATFORM_EXPORT void slabFree(void* memory, std::size_t size) noexcept;
 
 inline constexpr std::size_t largestSlab = 256;  ///< largest size of the free lists, in bytes
 
-/// A number from 0 to `n` - 1 for the calling thread. Threads share a number if there are more than `n` of them.
+/// A number from 0 to `n` - 1 for the calling thread. The first `n` threads that ask get different numbers.
 DHCPPLATFORM_EXPORT std::size_t threadNumber(std::size_t n);
 
 /// Counts the live objects of a class.
